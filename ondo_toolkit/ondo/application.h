@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QApplication>
+#include <QPointer>
+
+namespace ondo {
+
+// A QApplication that hands application-level events (file-open requests above all) on to the
+// main window once that window is visible.
+template <typename T>
+class application : public QApplication {
+public:
+    application(int& argc, char** argv) : QApplication(argc, argv) {}
+    ~application() override = default;
+
+    bool event(QEvent* e) override
+    {
+        const bool handled = QApplication::event(e);
+        if (main_window && main_window->isVisible())
+            return main_window->event(e);
+        return handled;
+    }
+
+    QPointer<T> main_window;
+};
+
+} // namespace ondo

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QProxyStyle>
+
+namespace ondo {
+
+// The program's few style hints: list-style combo pop-ups, sliders that jump to a left click,
+// and tool-tip delays that start at the platform's values.
+class proxy_style : public QProxyStyle {
+    Q_OBJECT
+public:
+    proxy_style();
+
+    int styleHint(StyleHint hint, const QStyleOption* option = nullptr,
+        const QWidget* widget = nullptr, QStyleHintReturn* returnData = nullptr) const override;
+
+public slots:
+    void set_tooltip_delay(int delay);
+    void set_tooltip_cooldown(int delay);
+
+private:
+    int tooltip_delay;
+    int tooltip_cooldown;
+};
+
+} // namespace ondo
