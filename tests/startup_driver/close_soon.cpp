@@ -1,0 +1,24 @@
+// Linked with the program's own main.cpp into a test driver: after the delay in
+// TAVIMO_TEST_CLOSE_AFTER_MS it reports the visible top-level windows and closes them, as a user
+// clicking the close control would.
+#include <QApplication>
+#include <QTimer>
+#include <QWidget>
+
+#include <iostream>
+
+static void close_soon()
+{
+    const int delay = qEnvironmentVariableIntValue("TAVIMO_TEST_CLOSE_AFTER_MS");
+    QTimer::singleShot(delay, qApp, [] {
+        for (QWidget* w : QApplication::topLevelWidgets()) {
+            if (!w->isVisible())
+                continue;
+            std::cout << "visible: " << w->metaObject()->className() << ' ' << w->width() << 'x'
+                      << w->height() << std::endl;
+            w->close();
+        }
+    });
+}
+
+Q_COREAPP_STARTUP_FUNCTION(close_soon)

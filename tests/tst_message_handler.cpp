@@ -1,0 +1,205 @@
+#include <ondo/message_handler.h>
+
+#include <QCoreApplication>
+#include <QProcess>
+#include <QThread>
+#include <QtTest>
+
+#include <iostream>
+#include <sstream>
+
+namespace {
+
+const char* pattern = "%{time hh:mm:ss.zzz} %{if-category}%{category}: %{endif}%{message}";
+
+// Captures what the handler writes to both standard streams while alive.
+class stream_capture {
+public:
+    stream_capture() : old_out(std::cout.rdbuf(out.rdbuf())), old_err(std::cerr.rdbuf(err.rdbuf())) {}
+    ~stream_capture()
+    {
+        std::cout.rdbuf(old_out);
+        std::cerr.rdbuf(old_err);
+    }
+    QString cout_text() const { return QString::fromStdString(out.str()); }
+    QString cerr_text() const { return QString::fromStdString(err.str()); }
+
+private:
+    std::stringstream out, err;
+    std::streambuf* old_out;
+    std::streambuf* old_err;
+};
+
+const QRegularExpression time_stamp("^\\d\\d:\\d\\d:\\d\\d\\.\\d\\d\\d $");
+
+} // namespace
+
+class tst_message_handler : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        qSetMessagePattern(pattern);
+        ondo::install_qt_message_handler(true, false);
+    }
+    void cleanup()
+    {
+        ondo::log_message_hook = nullptr;
+        ondo::install_qt_message_handler(false, false);
+    }
+
+    void lines_data();
+    void lines();
+    void srgb_warning_filtered_data();
+    void srgb_warning_filtered();
+    void hook_gets_raw_message();
+    void fatal_on_worker_thread_prints_and_aborts();
+};
+
+void tst_message_handler::lines_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::addColumn<bool>("show_context");
+    QTest::addColumn<bool>("with_source");
+    QTest::addColumn<QString>("category");
+    QTest::addColumn<QString>("prefix");
+    QTest::addColumn<bool>("to_cerr");
+    QTest::addColumn<bool>("suffix_expected");
+
+    QTest::newRow("debug") << int(QtDebugMsg) << false << true << "" << "Debug: " << false << false;
+    QTest::newRow("info") << int(QtInfoMsg) << false << true << "" << "Info: " << false << false;
+    QTest::newRow("warning goes to cout") << int(QtWarningMsg) << false << true << "" << "Warning: " << false << false;
+    QTest::newRow("critical") << int(QtCriticalMsg) << false << true << "" << "Critical: " << true << false;
+    QTest::newRow("debug with context") << int(QtDebugMsg) << true << true << "" << "Debug: " << false << true;
+    QTest::newRow("critical with context") << int(QtCriticalMsg) << true << true << "" << "Critical: " << true << true;
+    QTest::newRow("context asked, none supplied") << int(QtWarningMsg) << true << false << "" << "Warning: " << false << false;
+    QTest::newRow("category") << int(QtInfoMsg) << false << true << "exiftool" << "Info: " << false << false;
+}
+
+void tst_message_handler::lines()
+{
+    QFETCH(int, type);
+    QFETCH(bool, show_context);
+    QFETCH(bool, with_source);
+    QFETCH(QString, category);
+    QFETCH(QString, prefix);
+    QFETCH(bool, to_cerr);
+    QFETCH(bool, suffix_expected);
+
+    ondo::install_qt_message_handler(true, show_context);
+    const QByteArray category_name = category.toUtf8();
+    QLoggingCategory logging_category(category_name.isEmpty() ? "default" : category_name.constData());
+    logging_category.setEnabled(QtDebugMsg, true);
+    logging_category.setEnabled(QtInfoMsg, true);
+
+    stream_capture capture;
+    const QMessageLogger logger = with_source ? QMessageLogger("photo.cpp", 42, "void load()") : QMessageLogger();
+    const bool plain = category.isEmpty();
+    auto stream = [&]() -> QDebug {
+        switch (QtMsgType(type)) {
+        case QtDebugMsg: return plain ? logger.debug() : logger.debug(logging_category);
+        case QtInfoMsg: return plain ? logger.info() : logger.info(logging_category);
+        case QtWarningMsg: return plain ? logger.warning() : logger.warning(logging_category);
+        default: return plain ? logger.critical() : logger.critical(logging_category);
+        }
+    };
+    stream().noquote() << "hello world";
+
+    const QString written = to_cerr ? capture.cerr_text() : capture.cout_text();
+    const QString other = to_cerr ? capture.cout_text() : capture.cerr_text();
+    QCOMPARE(other, QString());
+    QVERIFY2(written.startsWith(prefix), qPrintable(written));
+    QVERIFY(written.endsWith('\n'));
+    QCOMPARE(written.count('\n'), 1);
+
+    QString rest = written.mid(prefix.size());
+    QVERIFY2(time_stamp.match(rest.left(13)).hasMatch(), qPrintable(rest));
+    rest = rest.mid(13).chopped(1);
+    QString expected = category.isEmpty() ? QString() : category + ": ";
+    expected += "hello world";
+    if (suffix_expected)
+        expected += " (photo.cpp:42, void load())";
+    QCOMPARE(rest, expected);
+}
+
+void tst_message_handler::srgb_warning_filtered_data()
+{
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<bool>("printed");
+    QTest::newRow("exact") << "libpng warning: iCCP: known incorrect sRGB profile" << false;
+    QTest::newRow("trailing blank") << "libpng warning: iCCP: known incorrect sRGB profile " << true;
+    QTest::newRow("other case") << "libpng warning: iCCP: known incorrect SRGB profile" << true;
+}
+
+void tst_message_handler::srgb_warning_filtered()
+{
+    QFETCH(QString, message);
+    QFETCH(bool, printed);
+    int hook_calls = 0;
+    ondo::log_message_hook = [&](const QString&) { ++hook_calls; };
+
+    stream_capture capture;
+    qWarning().noquote() << message;
+    qCritical().noquote() << message;
+    QCOMPARE(!capture.cout_text().isEmpty(), printed);
+    QCOMPARE(!capture.cerr_text().isEmpty(), printed);
+    QCOMPARE(hook_calls, printed ? 2 : 0);
+}
+
+void tst_message_handler::hook_gets_raw_message()
+{
+    QStringList seen;
+    ondo::log_message_hook = [&](const QString& text) { seen << text; };
+    ondo::install_qt_message_handler(true, true);
+
+    stream_capture capture;
+    QMessageLogger("photo.cpp", 7, "f()").warning("disk %d full", 2);
+    QMessageLogger("photo.cpp", 8, "f()").info("ok");
+    QCOMPARE(seen, QStringList({"Warning: disk 2 full\n", "Info: ok\n"}));
+    QVERIFY(capture.cout_text().contains("disk 2 full (photo.cpp:7, f())"));
+}
+
+void tst_message_handler::fatal_on_worker_thread_prints_and_aborts()
+{
+    QProcess child;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("TST_FATAL_CHILD", "1");
+    env.insert("QT_QPA_PLATFORM", "offscreen");
+    child.setProcessEnvironment(env);
+    child.start(QCoreApplication::applicationFilePath(), QStringList());
+    QVERIFY(child.waitForFinished(20000));
+
+    QCOMPARE(child.exitStatus(), QProcess::CrashExit);
+    const QString err = QString::fromUtf8(child.readAllStandardError());
+    // Qt may warn about its runtime folder before the handler is installed; nothing else may appear.
+    const QStringList lines = err.split('\n', Qt::SkipEmptyParts).filter(QRegularExpression("^(?!QStandardPaths:)"));
+    QCOMPARE(lines.size(), 1);
+    QVERIFY2(lines.first().startsWith("Fatal: "), qPrintable(err));
+    QVERIFY2(lines.first().contains(" worker gave up ("), qPrintable(err));
+    QVERIFY2(lines.first().endsWith("worker_body())"), qPrintable(err));
+    QCOMPARE(QString::fromUtf8(child.readAllStandardOutput()), QString());
+}
+
+// Child process: a fatal message from a thread that is not the GUI thread.
+static int fatal_child(int argc, char** argv)
+{
+    QApplication app(argc, argv);
+    qSetMessagePattern(pattern);
+    ondo::install_qt_message_handler(true, false);
+    QThread* worker = QThread::create([] { QMessageLogger(__FILE__, __LINE__, "worker_body()").fatal("worker gave up"); });
+    worker->start();
+    worker->wait();
+    return 0; // not reached: Qt aborts after a fatal message
+}
+
+int main(int argc, char** argv)
+{
+    if (qEnvironmentVariableIsSet("TST_FATAL_CHILD"))
+        return fatal_child(argc, argv);
+    QApplication app(argc, argv);
+    tst_message_handler test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_message_handler.moc"
