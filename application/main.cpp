@@ -29,16 +29,19 @@ int main(int argc, char** argv)
 
     const QString lang = ondo::get_language_suffix("lang");
 
-    // Load results are not looked at: a missing catalogue leaves an empty translator behind.
-    auto* qt_translator = new QTranslator();
-    qt_translator->load("qt_" + lang, QLibraryInfo::location(QLibraryInfo::TranslationsPath));
-    QCoreApplication::installTranslator(qt_translator);
-    auto* app_translator = new QTranslator();
-    app_translator->load(":/translations/" + lang);
-    QCoreApplication::installTranslator(app_translator);
-    auto* toolkit_translator = new QTranslator();
-    toolkit_translator->load(":/translations/toolkit_" + lang);
-    QCoreApplication::installTranslator(toolkit_translator);
+    // The translators stay installed for the whole process and are never deleted. Load results
+    // are not looked at: a missing catalogue leaves an empty translator behind.
+    static QTranslator* translators[3];
+    const QString catalogues[3][2] = {
+        {"qt_" + lang, QLibraryInfo::location(QLibraryInfo::TranslationsPath)},
+        {":/translations/" + lang, QString()},
+        {":/translations/toolkit_" + lang, QString()},
+    };
+    for (int i = 0; i < 3; ++i) {
+        translators[i] = new QTranslator();
+        translators[i]->load(catalogues[i][0], catalogues[i][1]);
+        QCoreApplication::installTranslator(translators[i]);
+    }
 
     app.main_window = new MainWindow();
     QGuiApplication::setQuitOnLastWindowClosed(true);
