@@ -198,12 +198,16 @@ int table_data_model::columnCount(const QModelIndex& parent) const
 
 QDateTime table_data_model::get_dt(const QString& path) const
 {
-    const exif_tag_map& record = record_of(path);
-    const auto number = [&record](const char* key) {
-        return value_of(record, QLatin1String(key)).toInt();
+    // Built once: the sorts call this for every row.
+    static const QString keys[] = {
+        QStringLiteral("rec_year"), QStringLiteral("rec_month"),  QStringLiteral("rec_day"),
+        QStringLiteral("rec_hour"), QStringLiteral("rec_minute"), QStringLiteral("rec_second"),
     };
-    return QDateTime(QDate(number("rec_year"), number("rec_month"), number("rec_day")),
-                     QTime(number("rec_hour"), number("rec_minute"), number("rec_second"), 0),
+    const exif_tag_map& record = record_of(path);
+    int fields[6];
+    for (int i = 0; i < 6; ++i)
+        fields[i] = value_of(record, keys[i]).toInt();
+    return QDateTime(QDate(fields[0], fields[1], fields[2]), QTime(fields[3], fields[4], fields[5], 0),
                      Qt::LocalTime);
 }
 
