@@ -52,7 +52,8 @@ void message_box::add_buttons(StandardButtons buttons, StandardButton default_bu
                 setDefaultButton(added);
                 default_set = true;
             }
-        } else if (buttonRole(added) == AcceptRole) {
+        } else if (buttonRole(added) == AcceptRole || buttonRole(added) == YesRole) {
+            // Yes accepts as much as Ok does: a yes/no question defaults to Yes.
             setDefaultButton(added);
             default_set = true;
         }
