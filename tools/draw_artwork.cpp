@@ -399,7 +399,7 @@ void draw_icons()
     save(info_icon(16), "images/icon_about.png");
     save(disc_with_glyph(16, "?", 13.5, QPointF(0.2, 0)), "images/icon_help.png");
     save(open_icon(), "images/icon_open.png");
-    save(undo_icon(16, 2.2), "images/icon_undo_small.png");
+    save(undo_icon(16, 2.5), "images/icon_undo_small.png");
     save(undo_icon(30, 2.1), "images/icon_undo.png");
     save(fix_time_icon(), "images/icon_fix_time.png");
     // The application's own drop-down glyphs, in the text colour.

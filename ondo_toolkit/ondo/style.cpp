@@ -1,6 +1,10 @@
 #include "ondo/style.h"
 
 #include <QApplication>
+#include <QScrollBar>
+#include <QStyleFactory>
+#include <QTableView>
+#include <QTextEdit>
 
 namespace ondo {
 
@@ -25,5 +29,35 @@ int proxy_style::styleHint(StyleHint hint, const QStyleOption* option, const QWi
 
 void proxy_style::set_tooltip_delay(int delay) { tooltip_delay = delay; }
 void proxy_style::set_tooltip_cooldown(int delay) { tooltip_cooldown = delay; }
+
+template <typename T>
+void style_scrollbars(T* view)
+{
+    QStyle* style = QStyleFactory::create("fusion");
+    style->setParent(view);
+    view->verticalScrollBar()->setStyle(style);
+    view->horizontalScrollBar()->setStyle(style);
+    view->verticalScrollBar()->setStyleSheet(
+        "QScrollBar:vertical {    border: none;    background-color:rgb(47,47,47);    width:11px;    "
+        "    margin: 0px 0px 0px 0px;}"
+        "QScrollBar::handle:vertical {    border: 1px solid black;    border-radius: 5px;    "
+        "background: rgb(0,0,0);    min-height: 20px;}"
+        "QScrollBar::add-line:vertical {    background: black;    height: 0px;    "
+        "subcontrol-position: bottom;    subcontrol-origin: margin;}"
+        "QScrollBar::sub-line:vertical {    background: black;    height: 0px;    "
+        "subcontrol-position: top;    subcontrol-origin: margin;}");
+    view->horizontalScrollBar()->setStyleSheet(
+        "QScrollBar:horizontal {    border: none;    background-color:rgb(47,47,47);    height:11px;    "
+        "    margin: 0px 0px 0px 0px;}"
+        "QScrollBar::handle:horizontal {    border: 1px solid black;    border-radius: 5px;    "
+        "background: rgb(0,0,0);    min-width: 20px;}"
+        "QScrollBar::add-line:horizontal {    background: black;    width: 0px;    "
+        "subcontrol-position: left;    subcontrol-origin: margin;}"
+        "QScrollBar::sub-line:horizontal {    background: black;    width: 0px;    "
+        "subcontrol-position: right;    subcontrol-origin: margin;}");
+}
+
+template void style_scrollbars<QTableView>(QTableView*);
+template void style_scrollbars<QTextEdit>(QTextEdit*);
 
 } // namespace ondo

@@ -23,4 +23,9 @@ private:
     int tooltip_cooldown;
 };
 
+// Gives both scroll bars of `view` the dark sheet, on a fusion style owned by `view` (native
+// macOS scroll bars ignore style sheets). Instantiated for QTableView and QTextEdit.
+template <typename T>
+void style_scrollbars(T* view);
+
 } // namespace ondo
