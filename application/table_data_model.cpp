@@ -1,0 +1,410 @@
+#include "table_data_model.h"
+
+#include <QFileInfo>
+#include <QSize>
+#include <QtDebug>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+#include <vector>
+
+namespace {
+
+const QString true_text = QStringLiteral("true");
+const QString false_text = QStringLiteral("false");
+
+QString two_digits(int value)
+{
+    return QStringLiteral("%1").arg(value, 2, 10, QLatin1Char('0'));
+}
+
+// The file's creation time where the file system keeps one, else its metadata change time.
+QDateTime creation_time(const QString& path)
+{
+    const QFileInfo info(path);
+    const QDateTime birth = info.birthTime();
+    return birth.isValid() ? birth : info.metadataChangeTime();
+}
+
+void store_file_system_time(const QString& path, exif_tag_map& record)
+{
+    const QDateTime created = creation_time(path);
+    record[QStringLiteral("rec_year")] = QString::number(created.date().year());
+    record[QStringLiteral("rec_month")] = two_digits(created.date().month());
+    record[QStringLiteral("rec_day")] = two_digits(created.date().day());
+    record[QStringLiteral("rec_hour")] = two_digits(created.time().hour());
+    record[QStringLiteral("rec_minute")] = two_digits(created.time().minute());
+    record[QStringLiteral("rec_second")] = two_digits(created.time().second());
+}
+
+// ExifTool's "2017:06:21 18:30:05", optionally with a zone, which is dropped. The fields are
+// stored as they stand; missing ones are stored empty and later read as 0.
+void store_recording_text(const QString& path, const QString& text, exif_tag_map& record)
+{
+    const QStringList parts = text.split(QLatin1Char(' '), Qt::KeepEmptyParts);
+    if (text.isEmpty() || parts.isEmpty()) {
+        if (!text.isEmpty())
+            qWarning() << path << "Can't parse exif recording date/time..." << text << parts;
+        return;
+    }
+
+    const QStringList date = parts.at(0).split(QLatin1Char(':'));
+    record[QStringLiteral("rec_year")] = date.value(0);
+    record[QStringLiteral("rec_month")] = date.value(1);
+    record[QStringLiteral("rec_day")] = date.value(2);
+    if (parts.size() == 1)
+        return;
+
+    QString time = parts.at(1);
+    for (const QChar sign : {QLatin1Char('+'), QLatin1Char('-')}) {
+        const int at = time.indexOf(sign);
+        if (at >= 0)
+            time.truncate(at);
+    }
+    const QStringList fields = time.split(QLatin1Char(':'));
+    record[QStringLiteral("rec_hour")] = fields.value(0);
+    record[QStringLiteral("rec_minute")] = fields.value(1);
+    record[QStringLiteral("rec_second")] = fields.value(2);
+}
+
+void store_iptc(const exif_tag_map& tags, exif_tag_map& record)
+{
+    record[QStringLiteral("has_iptc_date")] = false_text;
+    record[QStringLiteral("has_iptc_time")] = false_text;
+    // Written under this spelling too, always empty; nothing reads it.
+    record[QStringLiteral("ipct_timezone")] = QString();
+
+    if (tags.count(QStringLiteral("IPTC:DateCreated")))
+        record[QStringLiteral("has_iptc_date")] = true_text;
+
+    const auto time = tags.find(QStringLiteral("IPTC:TimeCreated"));
+    if (time == tags.end())
+        return;
+    record[QStringLiteral("has_iptc_time")] = true_text;
+    int sign = time->second.lastIndexOf(QLatin1Char('+'));
+    if (sign < 0)
+        sign = time->second.lastIndexOf(QLatin1Char('-'));
+    if (sign >= 0)
+        record[QStringLiteral("iptc_timezone")] = time->second.mid(sign);
+}
+
+// Reads through the subscript, so that an unknown path leaves an empty record behind.
+const exif_tag_map& record_of(const QString& path)
+{
+    return exif_cache::instance()->file_data[path];
+}
+
+QString value_of(const exif_tag_map& record, const QString& key)
+{
+    const auto found = record.find(key);
+    return found == record.end() ? QString() : found->second;
+}
+
+} // namespace
+
+std::shared_ptr<exif_cache> exif_cache::instance()
+{
+    static std::shared_ptr<exif_cache> _cache = std::make_shared<exif_cache>();
+    return _cache;
+}
+
+void exif_cache::load(const QString& path, const exif_tag_map& tags)
+{
+    file_tags[path] = tags;
+    exif_tag_map& record = file_data[path];
+
+    // Only the two DateTimeOriginal tags count; a present but empty ExifIFD one still wins
+    // over IFD0 and so leads to the file-system time.
+    QString recording;
+    const auto exif_original = tags.find(QStringLiteral("ExifIFD:DateTimeOriginal"));
+    if (exif_original != tags.end()) {
+        recording = exif_original->second;
+    } else {
+        const auto ifd0_original = tags.find(QStringLiteral("IFD0:DateTimeOriginal"));
+        if (ifd0_original != tags.end()) {
+            recording = ifd0_original->second;
+            record[QStringLiteral("DateTimeOriginalInIFD0")] = true_text;
+        }
+    }
+
+    if (recording.isEmpty())
+        store_file_system_time(path, record);
+    else
+        store_recording_text(path, recording, record);
+
+    store_iptc(tags, record);
+    record[QStringLiteral("has_data")] = true_text;
+}
+
+QStringList time_tags(const exif_tag_map& record)
+{
+    QStringList tags = {
+        QStringLiteral("ExifIFD:DateTimeOriginal"),
+        QStringLiteral("ExifIFD:CreateDate"),
+        QStringLiteral("IFD0:ModifyDate"),
+        QStringLiteral("XMP-photoshop:DateCreated"),
+        QStringLiteral("IPTC:DateCreated"),
+        QStringLiteral("IPTC:TimeCreated"),
+        QStringLiteral("System:FileModifyDate"),
+        QStringLiteral("System:FileInodeChangeDate"),
+        QStringLiteral("System:FileCreateDate"),
+    };
+    if (record.count(QStringLiteral("DateTimeOriginalInIFD0"))) {
+        tags.removeFirst();
+        tags.append(QStringLiteral("IFD0:DateTimeOriginal"));
+    }
+    return tags;
+}
+
+QString format_utc_offset(float hours)
+{
+    float whole = 0.0f;
+    const float fraction = std::modf(std::fabs(hours), &whole);
+    // Truncated on purpose: the float fraction of 5.1 times 60 falls just under 6.
+    return QStringLiteral("%1%2:%3")
+        .arg(hours >= 0 ? QLatin1Char('+') : QLatin1Char('-'))
+        .arg(int(whole), 2, 10, QLatin1Char('0'))
+        .arg(int(fraction * 60.0), 2, 10, QLatin1Char('0'));
+}
+
+float utc_offset_hours(const QString& zone)
+{
+    if (zone.isEmpty())
+        return 0.0f;
+    const bool negative = zone.startsWith(QLatin1Char('-'));
+    const int hours = zone.mid(1, 2).toInt();
+    const int minutes = zone.mid(4, 2).toInt();
+    const float value = float(minutes / 60.0 + hours);
+    return negative ? -value : value;
+}
+
+table_data_model::table_data_model(QObject* parent)
+    : QAbstractTableModel(parent)
+    , header_font(QStringLiteral("FreeSansBold"), 14, 75)
+{
+}
+
+// A flat table: cells have no children, or views would take every cell for a subtree.
+int table_data_model::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : files.size();
+}
+
+int table_data_model::columnCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : 3;
+}
+
+QDateTime table_data_model::get_dt(const QString& path) const
+{
+    // Built once: the sorts call this for every row.
+    static const QString keys[] = {
+        QStringLiteral("rec_year"), QStringLiteral("rec_month"),  QStringLiteral("rec_day"),
+        QStringLiteral("rec_hour"), QStringLiteral("rec_minute"), QStringLiteral("rec_second"),
+    };
+    const exif_tag_map& record = record_of(path);
+    int fields[6];
+    for (int i = 0; i < 6; ++i)
+        fields[i] = value_of(record, keys[i]).toInt();
+    return QDateTime(QDate(fields[0], fields[1], fields[2]), QTime(fields[3], fields[4], fields[5], 0),
+                     Qt::LocalTime);
+}
+
+QDateTime table_data_model::get_offset_dt(const QString& path) const
+{
+    QDateTime time = get_dt(path);
+    if (!time.isValid())
+        return time;
+    // Years, then months (each clamping to the month's last day), then days keep the wall
+    // clock; the seconds steps go through the local daylight saving rules.
+    time = time.addYears(offset_year);
+    time = time.addMonths(offset_month);
+    time = time.addDays(offset_day);
+    time = time.addSecs(qint32(qint64(offset_hour) * 3600)); // wraps like a 32-bit product
+    time = time.addSecs(qint64(offset_minute) * 60);
+    time = time.addSecs(offset_second);
+    return time;
+}
+
+QString table_data_model::get_timezone_string(const QString& path, bool with_offset) const
+{
+    const QString zone = value_of(record_of(path), QStringLiteral("iptc_timezone"));
+    if (!with_offset || !has_timezone)
+        return zone;
+    return format_utc_offset(float(double(utc_offset_hours(zone)) + offset_timezone));
+}
+
+QString table_data_model::time_text(const QDateTime& time, const QString& zone) const
+{
+    QString text = time.toString(format);
+    if (text.isEmpty())
+        return QStringLiteral("-");
+    if (!zone.isEmpty())
+        text += QStringLiteral("  UTC") + zone;
+    return text;
+}
+
+QVariant table_data_model::data(const QModelIndex& index, int role) const
+{
+    if (!index.isValid() || index.row() >= files.size())
+        return QVariant();
+    const QString& path = files.at(index.row());
+
+    if (role == Qt::DisplayRole) {
+        switch (index.column()) {
+        case 0:
+            return QFileInfo(path).fileName();
+        case 1:
+            return time_text(get_dt(path), get_timezone_string(path, false));
+        case 2:
+            return time_text(get_offset_dt(path), get_timezone_string(path, true));
+        }
+    } else if (role == Qt::UserRole) {
+        switch (index.column()) {
+        case 0:
+            return path;
+        case 1:
+            return get_dt(path);
+        case 2:
+            return get_offset_dt(path);
+        }
+    }
+    return QVariant();
+}
+
+QVariant table_data_model::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation != Qt::Horizontal)
+        return QAbstractTableModel::headerData(section, orientation, role);
+
+    switch (role) {
+    case Qt::DisplayRole:
+        switch (section) {
+        case 0:
+            return tr("Photos");
+        case 1:
+            return tr("Recording Time");
+        case 2:
+            return tr("New Recording Time");
+        }
+        break;
+    case Qt::SizeHintRole: {
+        QSize size = QAbstractTableModel::headerData(section, orientation, role).toSize();
+        size.setHeight(30);
+        if (section == 0)
+            size.setWidth(300);
+        return size;
+    }
+    case Qt::InitialSortOrderRole:
+        return 0;
+    case Qt::TextAlignmentRole:
+        return int(Qt::AlignLeft | Qt::AlignVCenter);
+    case Qt::FontRole:
+        return header_font;
+    }
+    return QAbstractTableModel::headerData(section, orientation, role);
+}
+
+void table_data_model::sort(int column, Qt::SortOrder order)
+{
+    if (column != 0 && column != 1) {
+        // The new time can't be sorted by: put the header's indicator back where it was.
+        emit sort_order_override(sort_column, sort_order);
+        return;
+    }
+
+    const bool ascending = order == Qt::AscendingOrder;
+    emit layoutAboutToBeChanged();
+
+    // Each row's key is computed once per sort; the keys die with it, so nothing outlives a
+    // change of the records or of the offset.
+    if (column == 1) {
+        std::vector<std::pair<QDateTime, QString>> rows;
+        rows.reserve(size_t(files.size()));
+        for (const QString& path : qAsConst(files))
+            rows.emplace_back(get_dt(path), path);
+        std::sort(rows.begin(), rows.end(), [ascending](const auto& a, const auto& b) {
+            return ascending ? a.first < b.first : b.first < a.first;
+        });
+        for (int i = 0; i < files.size(); ++i)
+            files[i] = std::move(rows[size_t(i)].second);
+    } else {
+        std::vector<std::pair<QString, QString>> rows;
+        rows.reserve(size_t(files.size()));
+        for (const QString& path : qAsConst(files))
+            rows.emplace_back(QFileInfo(path).fileName(), path);
+        // Equal names (the same file name in two folders) fall back to the whole path.
+        std::sort(rows.begin(), rows.end(), [ascending](const auto& a, const auto& b) {
+            const int result = a.first == b.first ? QString::localeAwareCompare(a.second, b.second)
+                                                  : QString::localeAwareCompare(a.first, b.first);
+            return ascending ? result < 0 : result > 0;
+        });
+        for (int i = 0; i < files.size(); ++i)
+            files[i] = std::move(rows[size_t(i)].second);
+    }
+
+    sort_column = column;
+    sort_order = order;
+    emit layoutChanged();
+}
+
+void table_data_model::add_file(const QString& path, bool notify)
+{
+    if (files.contains(path))
+        return;
+
+    const int row = files.size();
+    if (notify)
+        beginInsertRows(QModelIndex(), row, row);
+    files.append(path);
+    if (notify)
+        endInsertRows();
+
+    exif_cache::instance()->load(path, ondo::exiftool::read_tags(path, true, false));
+
+    // The row was shown before its tags came; let the view pick up its times.
+    if (notify && row < files.size() && files.at(row) == path)
+        emit dataChanged(index(row, 0), index(row, 2));
+}
+
+void table_data_model::add_files(const QStringList& paths)
+{
+    for (const QString& path : paths)
+        add_file(path, true);
+    sort(sort_column, sort_order);
+}
+
+void table_data_model::resort()
+{
+    sort(sort_column, sort_order);
+}
+
+void table_data_model::clear()
+{
+    beginResetModel();
+    files.clear();
+    endResetModel();
+}
+
+void table_data_model::datetime_format_changed(const QString& text)
+{
+    emit layoutAboutToBeChanged();
+    format = text;
+    emit layoutChanged();
+}
+
+void table_data_model::datetime_offset_changed(int year, int month, int day, int hour, int minute,
+                                               int second, bool timezone_entered, double timezone)
+{
+    emit layoutAboutToBeChanged();
+    offset_year = year;
+    offset_month = month;
+    offset_day = day;
+    offset_hour = hour;
+    offset_minute = minute;
+    offset_second = second;
+    has_timezone = timezone_entered;
+    offset_timezone = timezone;
+    emit layoutChanged();
+}

@@ -1,0 +1,98 @@
+#pragma once
+
+#include <ondo/exiftool.h>
+
+#include <QAbstractTableModel>
+#include <QDateTime>
+#include <QFont>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <map>
+#include <memory>
+
+// What is known of every loaded file, keyed by absolute path. Touched on the GUI thread only.
+// Look a file up with the subscript (a path never loaded yields an empty record) and work on
+// what it gives without keeping references across a load or a reset.
+class exif_cache {
+public:
+    static std::shared_ptr<exif_cache> instance();
+
+    // Derived record: "rec_year" ... "rec_second", "has_data", "has_iptc_date",
+    // "has_iptc_time", "ipct_timezone", "iptc_timezone", "DateTimeOriginalInIFD0".
+    std::map<QString, exif_tag_map> file_data;
+    // The tags as ExifTool returned them, with their groups ("ExifIFD:DateTimeOriginal").
+    std::map<QString, exif_tag_map> file_tags;
+
+    // Stores `tags` for `path` and derives its record from them; the recording time falls back
+    // to the file's creation time when neither DateTimeOriginal tag holds a text.
+    void load(const QString& path, const exif_tag_map& tags);
+};
+
+// The nine time tags a fix run writes and an undo restores, in that order. For a record with
+// "DateTimeOriginalInIFD0" the first gives way to IFD0:DateTimeOriginal at the end.
+QStringList time_tags(const exif_tag_map& record);
+
+// "+05:30" from 5.5 hours. Minutes are truncated, not rounded: 5.1 gives "+05:05".
+QString format_utc_offset(float hours);
+
+// Hours of a zone text such as "-03:30"; the empty text is 0.
+float utc_offset_hours(const QString& zone);
+
+// The table of loaded files: the file, its recording time and that time moved by the current
+// offset. The new time is computed on every request and never stored, so an offset change
+// shows through a bare layoutChanged.
+class table_data_model : public QAbstractTableModel {
+    Q_OBJECT
+public:
+    explicit table_data_model(QObject* parent = nullptr);
+
+    int rowCount(const QModelIndex& parent = QModelIndex()) const override;
+    int columnCount(const QModelIndex& parent = QModelIndex()) const override;
+    QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
+    // Columns 0 (name) and 1 (recording time) sort; any other is refused with sort_order_override.
+    void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
+
+    // Appends `path` and reads its tags, blocking until ExifTool has answered. A path already
+    // in the table is ignored without reading anything. `notify` announces the new row.
+    void add_file(const QString& path, bool notify);
+    // add_file(path, true) for each, then one sort with the stored column and order.
+    void add_files(const QStringList& paths);
+    void resort();
+    // Empties the table; exif_cache keeps its records.
+    void clear();
+
+    // The recording time as a local time; invalid when the record has no valid date.
+    QDateTime get_dt(const QString& path) const;
+    // The recording time moved by the offset; an invalid recording time stays invalid.
+    QDateTime get_offset_dt(const QString& path) const;
+    // The file's own zone text, or with `with_offset` and an entered zone, that zone moved by it.
+    QString get_timezone_string(const QString& path, bool with_offset) const;
+
+    QList<QString> files;
+    Qt::SortOrder sort_order = Qt::AscendingOrder;
+    int sort_column = -1;
+    QString format;
+    QFont header_font;
+    int offset_year = 0;
+    int offset_month = 0;
+    int offset_day = 0;
+    int offset_hour = 0;
+    int offset_minute = 0;
+    int offset_second = 0;
+    double offset_timezone = 0.0;
+    bool has_timezone = false;
+
+public slots:
+    void datetime_format_changed(const QString& format);
+    void datetime_offset_changed(int year, int month, int day, int hour, int minute, int second,
+                                 bool has_timezone, double timezone);
+
+signals:
+    void sort_order_override(int column, Qt::SortOrder order);
+
+private:
+    QString time_text(const QDateTime& time, const QString& zone) const;
+};

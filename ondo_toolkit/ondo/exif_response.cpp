@@ -1,0 +1,94 @@
+#include "exif_response.h"
+
+#include <QCoreApplication>
+#include <QTimer>
+
+namespace ondo {
+
+exif_response::exif_response() : QObject(nullptr) {}
+
+exif_response::~exif_response() = default;
+
+void exif_response::mark_ready()
+{
+    // Runs on the worker thread; the timer lives on the asking thread, so its stop is queued.
+    if (QTimer* timer = timeout_timer.load(std::memory_order_acquire))
+        QMetaObject::invokeMethod(timer, "stop", Qt::AutoConnection);
+    if (aborted_flag.load(std::memory_order_acquire))
+        return;
+    ready_flag.store(true, std::memory_order_release);
+    emit ready(this);
+    emit finished();
+}
+
+void exif_response::mark_error(exif_error e)
+{
+    if (QTimer* timer = timeout_timer.load(std::memory_order_acquire))
+        QMetaObject::invokeMethod(timer, "stop", Qt::AutoConnection);
+    if (aborted_flag.load(std::memory_order_acquire))
+        return;
+    ready_flag.store(false, std::memory_order_release);
+    error_code = e;
+    emit error(e);
+    emit finished();
+}
+
+void exif_response::timeout()
+{
+    if (ready_flag.load(std::memory_order_acquire) && !aborted_flag.load(std::memory_order_acquire))
+        return;
+    mark_error(exif_error::timeout);
+}
+
+bool exif_response::is_ready() const
+{
+    return ready_flag.load(std::memory_order_acquire) && !aborted_flag.load(std::memory_order_acquire);
+}
+
+exif_error exif_response::get_error() const
+{
+    return error_code;
+}
+
+QByteArray exif_response::get_data() const
+{
+    return data;
+}
+
+void exif_response::await_async(int ms)
+{
+    if (timeout_timer.load(std::memory_order_acquire))
+        return;
+    auto* timer = new QTimer(this);
+    connect(timer, &QTimer::timeout, this, &exif_response::timeout);
+    timer->setSingleShot(true);
+    timer->setTimerType(Qt::PreciseTimer);
+    timeout_timer.store(timer, std::memory_order_release);
+    timer->start(ms);
+}
+
+bool exif_response::await(int ms)
+{
+    await_async(ms);
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    // A passed time limit only records exif_error::timeout: mark_error leaves both flags so
+    // that this loop goes on until the marker comes, however late.
+    for (;;) {
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents, 10);
+        const bool aborted = aborted_flag.load(std::memory_order_acquire);
+        const bool ready = ready_flag.load(std::memory_order_acquire);
+        if (ready && !aborted)
+            return true;
+        if (aborted) {
+            mark_error(exif_error::aborted);
+            return false;
+        }
+    }
+}
+
+void exif_response::abort(exif_error e)
+{
+    mark_error(e == exif_error::none ? exif_error::aborted : e);
+}
+
+} // namespace ondo

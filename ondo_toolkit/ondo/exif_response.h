@@ -1,0 +1,65 @@
+#pragma once
+
+#include <QByteArray>
+#include <QMetaType>
+#include <QObject>
+#include <QString>
+
+#include <atomic>
+#include <cstdint>
+
+class QTimer;
+
+namespace ondo {
+
+enum class exif_error : int {
+    none = 0,
+    timeout = 1, // the time limit of the wait passed
+    aborted = 2, // the wait was given up
+};
+
+// The handle of one ExifTool task. The asking thread creates it, waits on it and ends it with
+// deleteLater() once it has finished; the worker thread sets `data` and then marks it ready.
+// The two flags are the only state both threads touch: release on store, acquire on load.
+class exif_response : public QObject {
+    Q_OBJECT
+public:
+    exif_response();
+    ~exif_response() override;
+
+    void mark_ready();
+    void mark_error(exif_error e);
+    // Runs when the time limit passes; records exif_error::timeout unless the output is there.
+    void timeout();
+    bool is_ready() const;
+    exif_error get_error() const;
+    QByteArray get_data() const;
+    // Waits for the output with a live event loop that keeps user input out. True once the
+    // output is there; false only when the wait was aborted. A time limit that passes records
+    // exif_error::timeout but does not end the wait.
+    bool await(int ms);
+    // Arms the time limit once; a second call does not extend it.
+    void await_async(int ms);
+    // Records `e` (exif_error::none counts as exif_error::aborted).
+    void abort(exif_error e);
+
+    int id = 0;
+    std::atomic<bool> ready_flag{false};
+    std::atomic<bool> aborted_flag{false};
+    exif_error error_code = exif_error::none;
+    QString file;
+    QByteArray data;
+    std::int64_t started_at = 0;
+    // Set on the asking thread, read by mark_ready on the worker thread.
+    std::atomic<QTimer*> timeout_timer{nullptr};
+
+signals:
+    void ready(ondo::exif_response* request);
+    void error(ondo::exif_error);
+    void finished();
+};
+
+} // namespace ondo
+
+Q_DECLARE_METATYPE(ondo::exif_error)
+Q_DECLARE_METATYPE(ondo::exif_response*)

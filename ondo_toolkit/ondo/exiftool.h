@@ -1,0 +1,54 @@
+#pragma once
+
+#include <QByteArray>
+#include <QObject>
+#include <QString>
+
+#include <map>
+#include <vector>
+
+// Tag name (with its group in front when read with groups, as "IFD0:Make") to tag text.
+using exif_tag_map = std::map<QString, QString>;
+
+namespace ondo {
+
+using ::exif_tag_map;
+
+class exif_response;
+
+// The only way to ExifTool: one stay-open child on its own thread, started by the first read
+// or write. Every function may be called from any thread with an event dispatcher; the
+// synchronous ones keep that thread's event loop turning (without user input) while they wait.
+class exiftool : public QObject {
+public:
+    exiftool() = delete;
+
+    // Creates the worker, its thread and the child if there are none yet.
+    static void start();
+    // Stops the child in stages and ends the worker thread. `deferred` hands worker and thread
+    // to deleteLater() instead of deleting them at once.
+    static void shutdown(bool deferred);
+    // Both only take effect while a worker exists.
+    static void verbose(bool value);
+    static void do_ping(bool value);
+
+    // Queues `data` (command lines without the execute line) and returns its response, which
+    // the caller owns and ends with deleteLater(). Never null.
+    static exif_response* start_task(const QString& file, const QString& operation, const QByteArray& data);
+    // All tags of `file`; with `group_names` the keys carry their group ("IFD0:Make").
+    // An unreadable or missing file gives an empty map.
+    static exif_tag_map read_tags(const QString& file, bool group_names, bool log_result);
+    // Only the named tags (no groups); an empty list reads all tags.
+    static exif_tag_map read_specific_tags(const QString& file, const std::vector<QString>& tags);
+    // Writes `tags` in place; an empty value deletes the tag. False when ExifTool reports that
+    // the file wasn't updated due to errors.
+    static bool write_tags(const QString& file, const exif_tag_map& tags);
+    static exif_response* write_tags_async(const QString& file, const exif_tag_map& tags);
+    // Writes "Software" and "CreatorTool" as "<organisation> - <application>".
+    static bool write_application_info_to_exif(const QString& file);
+    static void set_application_info(exif_tag_map& tags);
+    // What of `tags` (read without groups) may be written to another file.
+    static exif_tag_map remove_nonwriteable_tags(const exif_tag_map& tags, bool keep_file_tags);
+};
+
+} // namespace ondo

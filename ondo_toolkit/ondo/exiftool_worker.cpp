@@ -1,0 +1,298 @@
+#include "exiftool_worker.h"
+
+#include "exif_response.h"
+#include "exiftool.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QLoggingCategory>
+#include <QMutex>
+#include <QProcess>
+#include <QThread>
+#include <QTimer>
+
+namespace ondo {
+
+exiftool_worker* worker_instance = nullptr;
+QThread* worker_thread = nullptr;
+std::atomic<int> next_task_id{0};
+
+QMutex& worker_mutex()
+{
+    static QMutex mutex;
+    return mutex;
+}
+
+const QLoggingCategory& exiftool_log()
+{
+    static const QLoggingCategory category("exiftool");
+    return category;
+}
+
+QString exiftool_script_path()
+{
+    const QString bundled = QCoreApplication::applicationDirPath() + "/../Resources/exiftool/exiftool";
+    if (QFileInfo(bundled).isFile())
+        return bundled;
+    return QStringLiteral(TAVIMO_EXIFTOOL_SCRIPT);
+}
+
+namespace {
+
+// Ends stay-open mode; ExifTool then exits after the command it is running.
+const QString close_command = QStringLiteral("-stay_open\n0\n");
+
+} // namespace
+
+exiftool_worker::exiftool_worker() : QObject(nullptr)
+{
+    process = new QProcess(this);
+    restart_open_mode = QIODevice::ReadWrite | QIODevice::Text | QIODevice::Unbuffered;
+    process->setReadChannel(QProcess::StandardOutput);
+    connect(process, &QProcess::readyReadStandardOutput, this, &exiftool_worker::read_output);
+
+    // perl from the search path runs the script; -@ - reads one argument per line from standard
+    // input, and everything behind -common_args applies to every -execute.
+    process->setProgram(QStringLiteral("perl"));
+    process->setArguments({exiftool_script_path(),
+                           "-stay_open", "1",
+                           "-@", "-",
+                           "-common_args",
+                           "-charset", "filename=utf8",
+                           "-args",
+                           "-sort",
+                           "-fast",
+                           "-userParam", QString("processOwner=%1").arg(QCoreApplication::applicationName())});
+
+    connect(process, &QProcess::readyReadStandardError, this, [this] {
+        if (!exiftool_log().isDebugEnabled())
+            return;
+        const QByteArray text = process->readAllStandardError().trimmed();
+        qCDebug(exiftool_log(), "cerr: '%s'", text.constData());
+    });
+    connect(process, &QProcess::stateChanged, this, [this](QProcess::ProcessState state) {
+        if (verbose_enabled && exiftool_log().isDebugEnabled())
+            qCDebug(exiftool_log(), "Process changed state to %d.", int(state));
+    });
+    connect(process, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
+            [this](int code, QProcess::ExitStatus status) {
+                if (!verbose_enabled)
+                    return;
+                qCDebug(exiftool_log(), "Process finshed with code %d (%d).", code, int(status));
+                const QString err = QString::fromUtf8(process->readAllStandardError()).trimmed();
+                const QString out = QString::fromUtf8(process->readAllStandardOutput()).trimmed();
+                // The labels are crossed on purpose: support scripts read them so.
+                qCDebug(exiftool_log(), "In stdout: '%s'.", qUtf8Printable(err));
+                qCDebug(exiftool_log(), "In stderr: '%s'.", qUtf8Printable(out));
+            });
+}
+
+exiftool_worker::~exiftool_worker()
+{
+    shutdown();
+}
+
+QByteArray exiftool_worker::gen_execute(int id) const
+{
+    return "\n-execute" + QByteArray::number(id) + "\n";
+}
+
+QByteArray exiftool_worker::gen_marker(int id) const
+{
+    // With its brace and newline, so that id 1 does not match the output of id 10.
+    return "{ready" + QByteArray::number(id) + "}\n";
+}
+
+bool exiftool_worker::start()
+{
+    process->start(QIODevice::ReadWrite);
+    const bool started = process->waitForStarted(2000);
+    if (!started)
+        qCWarning(exiftool_log(), "%s: Could not start exiftool: %s (%d).", Q_FUNC_INFO,
+                  qUtf8Printable(process->errorString()), int(process->error()));
+    return started;
+}
+
+void exiftool_worker::add_task(ondo::exif_response* response, QString operation, QByteArray data)
+{
+    task_queue.append(exiftool_task{operation, response, data});
+    execute_task();
+}
+
+void exiftool_worker::execute_task()
+{
+    if (task_in_flight || task_queue.isEmpty())
+        return;
+    task_in_flight = true;
+    // The head stays queued until its marker has come.
+    const exiftool_task task = task_queue.first();
+    if (!task.response) {
+        // Leaves the worker stuck on purpose: nothing is sent after a task whose asker is gone.
+        qCCritical(exiftool_log(), "%s: Current %s task response object was unset!", Q_FUNC_INFO,
+                   qUtf8Printable(task.operation));
+        return;
+    }
+    const int id = task.response->id;
+    current_marker = gen_marker(id);
+    const WriteResult result = write(QString::fromUtf8(task.data + gen_execute(id)));
+    if (result == ok)
+        return;
+    qCCritical(exiftool_log(), "%s: Failed to write data to exiftool process. result=%d.", Q_FUNC_INFO,
+               int(result));
+    if (result == not_running) {
+        // The child went away while idle: bring it back and send the same task again shortly.
+        task_in_flight = false;
+        send_restart();
+        QTimer::singleShot(250, this, &exiftool_worker::execute_task);
+    }
+}
+
+exiftool_worker::WriteResult exiftool_worker::write(const QString& text)
+{
+    if (process->state() != QProcess::Running) {
+        qCWarning(exiftool_log(), "%s: Not writing: Process is not running.", Q_FUNC_INFO);
+        return not_running;
+    }
+    const QByteArray bytes = text.toUtf8();
+    if (verbose_enabled)
+        qCDebug(exiftool_log(), "%s: Writing '%s' to process.", Q_FUNC_INFO, bytes.constData());
+
+    const qint64 total = bytes.size();
+    qint64 written = 0;
+    int attempt = 0;
+    for (;;) {
+        // QProcess takes a whole buffer or nothing, so `written` is 0 here whenever this runs.
+        const qint64 result = process->write(bytes.constData() + written, total);
+        if (result == -1)
+            qCWarning(exiftool_log(), "%s: Failed to write to process: %s (%d).", Q_FUNC_INFO,
+                      qUtf8Printable(process->errorString()), int(process->error()));
+        else
+            written += result;
+        if (written >= total || attempt == 10)
+            break;
+        ++attempt;
+    }
+    if (written != total) {
+        qCCritical(exiftool_log(), "%s: Couldn't write all data. Wrote %d/%d bytes after %d attempts.",
+                   Q_FUNC_INFO, int(written), int(total), attempt + 1);
+        return incomplete;
+    }
+    return ok;
+}
+
+void exiftool_worker::read_output()
+{
+    QByteArray chunk(2048, Qt::Uninitialized);
+    while (process->bytesAvailable() != 0) {
+        const qint64 count = process->read(chunk.data(), chunk.size());
+        if (count == -1) {
+            qCWarning(exiftool_log(), "%s: Reading process output failed: %s (%d).", Q_FUNC_INFO,
+                      qUtf8Printable(process->errorString()), int(process->error()));
+            continue;
+        }
+        output_buffer.append(chunk.constData(), int(count));
+        // Searched over the whole buffer, so a marker split across two reads is found too.
+        const int at = output_buffer.indexOf(current_marker);
+        if (at < 0)
+            continue;
+        if (task_queue.isEmpty()) {
+            qCCritical(exiftool_log(), "%s: Got expected output marker but the command queue is empty?",
+                       Q_FUNC_INFO);
+            break;
+        }
+        const exiftool_task task = task_queue.first();
+        if (task.response) {
+            task.response->data = output_buffer.left(at);
+            task.response->mark_ready();
+        } else {
+            qCCritical(exiftool_log(), "%s: Current task response object was unset!", Q_FUNC_INFO);
+        }
+        // What follows the marker belongs to whatever comes next.
+        output_buffer = output_buffer.mid(at + current_marker.size());
+        task_in_flight = false;
+        task_queue.removeFirst();
+        execute_task();
+    }
+}
+
+bool exiftool_worker::send_restart()
+{
+    while (process->state() != QProcess::NotRunning) {
+        write(close_command);
+        if (!process->waitForFinished(500))
+            process->kill();
+    }
+    process->start(restart_open_mode);
+    qCDebug(exiftool_log(), "%s: Waiting for exiftool to start.", Q_FUNC_INFO);
+    if (!process->waitForStarted(5000))
+        qCWarning(exiftool_log(), "%s: Could not start exiftool: %s (%d).", Q_FUNC_INFO,
+                  qUtf8Printable(process->errorString()), int(process->error()));
+    return process->state() == QProcess::Running;
+}
+
+bool exiftool_worker::shutdown()
+{
+    // A task in flight gets longer to finish before the child is signalled.
+    const int wait = task_in_flight ? 1000 : 200;
+    const int rounds = task_in_flight ? 5 : 25;
+    int i = 0;
+    if (process->state() != QProcess::NotRunning) {
+        do {
+            if (write(close_command) != ok)
+                qCDebug(exiftool_log(), "%s: Failed to write close command.", Q_FUNC_INFO);
+            if (process->waitForFinished(wait)) {
+                qCDebug(exiftool_log(), "%s: Process finished on iteration %d", Q_FUNC_INFO, i);
+            } else if (i < rounds - 1) {
+                qCDebug(exiftool_log(), "%s: Sending termination signal to process.", Q_FUNC_INFO);
+                process->terminate();
+                ++i;
+            } else {
+                qCDebug(exiftool_log(), "%s: Sending kill signal to process.", Q_FUNC_INFO);
+                process->kill();
+                ++i;
+            }
+        } while (process->state() != QProcess::NotRunning && i < rounds);
+    }
+    qCDebug(exiftool_log(), "%s: Did %d iterations, state: %d", Q_FUNC_INFO, i, int(process->state()));
+    return process->state() == QProcess::NotRunning;
+}
+
+void exiftool_worker::verbose(bool value)
+{
+    verbose_enabled = value;
+}
+
+void exiftool_worker::do_ping(bool value)
+{
+    ping_enabled = value;
+}
+
+void exiftool_worker_init()
+{
+    QMutexLocker lock(&worker_mutex());
+    if (worker_instance)
+        return;
+    qRegisterMetaType<ondo::exif_response*>("ondo::exif_response*");
+    qRegisterMetaType<ondo::exif_error>("ondo::exif_error");
+
+    worker_thread = new QThread;
+    worker_thread->setObjectName(QStringLiteral("Exiftol IO Worker"));
+    worker_thread->start(QThread::InheritPriority);
+
+    worker_instance = new exiftool_worker;
+    worker_instance->moveToThread(worker_thread);
+
+    bool started = false;
+    if (!QMetaObject::invokeMethod(worker_instance, "start", Qt::BlockingQueuedConnection,
+                                   Q_RETURN_ARG(bool, started)))
+        qCWarning(exiftool_log(), "Failed to call start method on exiftool worker");
+    // A failed start is retried by the restart path of the first task.
+    qCInfo(exiftool_log(), "%s: Worker started: %s (thread=%p).", Q_FUNC_INFO, started ? "Ok" : "Failed",
+           static_cast<void*>(worker_instance->thread()));
+
+    // Direct, so that the child is stopped on the thread that leaves the main loop.
+    QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, worker_thread,
+                     [] { exiftool::shutdown(true); }, Qt::DirectConnection);
+}
+
+} // namespace ondo

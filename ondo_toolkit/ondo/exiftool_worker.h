@@ -1,0 +1,81 @@
+#pragma once
+
+#include <QByteArray>
+#include <QIODevice>
+#include <QList>
+#include <QObject>
+#include <QPointer>
+#include <QString>
+
+#include <atomic>
+
+class QLoggingCategory;
+class QMutex;
+class QProcess;
+class QThread;
+
+namespace ondo {
+
+class exif_response;
+
+// The category "exiftool", for every log line of the bridge.
+const QLoggingCategory& exiftool_log();
+
+// Absolute path of the ExifTool script: the copy inside the application bundle when there is
+// one, else the script the build was configured with.
+QString exiftool_script_path();
+
+struct exiftool_task {
+    QString operation; // "read", "read specific tags" or "write", for logs
+    QPointer<exif_response> response;
+    QByteArray data; // command lines in UTF-8, without the execute line
+};
+
+// Owns the stay-open ExifTool child. Lives on the thread "Exiftol IO Worker"; every slot runs
+// there and is reached through QMetaObject::invokeMethod. One task is in flight at a time; its
+// output ends at the marker "{ready<id>}\n".
+class exiftool_worker : public QObject {
+    Q_OBJECT
+public:
+    enum WriteResult { ok = 0, not_running = 1, incomplete = 2 };
+
+    exiftool_worker();
+    ~exiftool_worker() override;
+
+public slots:
+    bool send_restart();
+    void read_output();
+    void execute_task();
+    bool start();
+    bool shutdown();
+    void add_task(ondo::exif_response* response, QString operation, QByteArray data);
+    void verbose(bool value = true);
+    void do_ping(bool value = true);
+
+public:
+    QProcess* process = nullptr;
+    QIODevice::OpenMode restart_open_mode;
+    // Written by the facade from other threads.
+    std::atomic<bool> verbose_enabled{false};
+    std::atomic<bool> ping_enabled{false}; // stored only: there is no ping
+    QList<exiftool_task> task_queue;
+    bool task_in_flight = false;
+    QByteArray current_marker;
+    QByteArray output_buffer;
+
+private:
+    WriteResult write(const QString& text);
+    QByteArray gen_execute(int id) const;
+    QByteArray gen_marker(int id) const;
+};
+
+// Creates worker and thread once and starts the child; safe from any thread, any number of times.
+void exiftool_worker_init();
+
+// Shared by the worker and the facade only. worker_mutex guards creating and ending the pair.
+extern exiftool_worker* worker_instance;
+extern QThread* worker_thread;
+QMutex& worker_mutex();
+extern std::atomic<int> next_task_id;
+
+} // namespace ondo
