@@ -3,6 +3,7 @@
 #include "time_adjustment.h"
 
 #include "exiftool_support.h"
+#include "message_box_answerer.h"
 #include "settings_support.h"
 
 #include <ondo/application.h>
@@ -248,25 +249,19 @@ void tst_main_window::file_dialog_remembers_the_directory()
 
     QString opened_in;
     QStringList filters;
-    QTimer driver;
-    connect(&driver, &QTimer::timeout, this, [&] {
-        auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
-        if (!dialog)
-            return;
-        driver.stop();
+    const auto seen = test_support::answer_next_box(accept ? "Open" : "Cancel", [&](QDialog* box) {
+        auto* dialog = qobject_cast<QFileDialog*>(box);
         opened_in = dialog->directory().absolutePath();
         filters = dialog->nameFilters();
-        if (!accept) {
-            dialog->reject();
-            return;
+        if (accept) {
+            dialog->setDirectory(shots);
+            dialog->findChild<QLineEdit*>("fileNameEdit")->setText("\"a.jpg\" \"b.jpg\"");
         }
-        dialog->setDirectory(shots);
-        dialog->findChild<QLineEdit*>("fileNameEdit")->setText("\"a.jpg\" \"b.jpg\"");
-        static_cast<QDialog*>(dialog)->accept(); // QFileDialog::accept, which reads the typed names
     });
-    driver.start(50);
     button("Load images")->click();
 
+    QVERIFY(seen->answered);
+    QCOMPARE(seen->title, QString("Select files"));
     QCOMPARE(opened_in, root.path());
     QCOMPARE(filters.size(), 1);
     QVERIFY(filters.first().startsWith("Supported Files(*.360 *.3g2 "));
