@@ -469,22 +469,23 @@ QImage drop_picture(const QString& text)
     draw(image, [&](QPainter& p) {
         const QColor ink(112, 120, 118);
         const qreal cx = w / 2.0;
-        // A tray with an arrow dropping into it.
-        const qreal top = h - 118;
+        // A tray with an arrow dropping into it, kept low and compact: the drop area's own
+        // buttons sit near its top, and the area may be no more than 175 pixels high.
+        const qreal top = h - 100;
         p.setPen(QPen(ink, 3.0, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
         p.setBrush(Qt::NoBrush);
         QPolygonF tray;
-        tray << QPointF(cx - 26, top + 26) << QPointF(cx - 26, top + 44) << QPointF(cx + 26, top + 44)
-             << QPointF(cx + 26, top + 26);
+        tray << QPointF(cx - 22, top + 22) << QPointF(cx - 22, top + 38) << QPointF(cx + 22, top + 38)
+             << QPointF(cx + 22, top + 22);
         p.drawPolyline(tray);
-        p.drawLine(QPointF(cx, top), QPointF(cx, top + 28));
-        p.drawPolyline(QPolygonF() << QPointF(cx - 10, top + 20) << QPointF(cx, top + 30)
-                                   << QPointF(cx + 10, top + 20));
+        p.drawLine(QPointF(cx, top), QPointF(cx, top + 26));
+        p.drawPolyline(QPolygonF() << QPointF(cx - 9, top + 18) << QPointF(cx, top + 27)
+                                   << QPointF(cx + 9, top + 18));
         QFont font("FreeSans");
-        font.setPixelSize(26);
+        font.setPixelSize(24);
         p.setFont(font);
         p.setPen(ink);
-        p.drawText(QRectF(0, top + 52, w, 36), Qt::AlignHCenter | Qt::AlignVCenter, text);
+        p.drawText(QRectF(0, top + 46, w, 32), Qt::AlignHCenter | Qt::AlignVCenter, text);
     });
     return image;
 }
