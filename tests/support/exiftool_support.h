@@ -11,7 +11,7 @@
 
 namespace test_support {
 
-// Saves a small image as `dir`/`name` (format by suffix: jpg, png, tif) and sets `tags`
+// Saves a small image as `dir`/`name` (format by suffix: jpg or png; TIFF needs the image-formats plugin) and sets `tags`
 // ("IFD0:Make" -> "Canon") with the real ExifTool. Returns the absolute path; qFatal on failure.
 QString make_tagged_photo(const QString& dir, const QString& name, const exif_tag_map& tags = {});
 
