@@ -1,12 +1,276 @@
 #include "mainwindow.h"
 
+#include "drop_files_widget.h"
+#include "table_data_model.h"
 #include "ui_mainwindow.h"
+
+#include <ondo/button_dark.h>
+#include <ondo/exiftool_data.h>
+#include <ondo/language.h>
+#include <ondo/progress_dialog.h>
+#include <ondo/style.h>
+
+#include <QApplication>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QFileOpenEvent>
+#include <QFontDatabase>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QProgressBar>
+#include <QStandardPaths>
+#include <QStyleFactory>
+
+namespace {
+
+// Icon colours of all seven buttons: highlight, then normal.
+constexpr ondo::pixel_argb icon_highlight(0xFFF0F0F0);
+constexpr ondo::pixel_argb icon_normal(0xFF818885);
+
+ondo::button_dark* make_button(QWidget* parent, int width, int height, const QString& type, const QString& icon,
+                               const QString& tool_tip)
+{
+    auto* button = new ondo::button_dark(parent);
+    button->setFixedSize(width, height);
+    if (!type.isEmpty())
+        button->set_type(type);
+    button->set_icon(icon, -1, -1, icon_highlight, icon_normal);
+    button->setToolTip(tool_tip);
+    return button;
+}
+
+} // namespace
 
 MainWindow::MainWindow(QWidget* parent) : ondo::main_window(parent), ui(new Ui_MainWindow)
 {
+    // The log shortcuts (Ctrl+Shift+L and Ctrl+Shift+R) are installed here once the log exists.
+
+    QFontDatabase::addApplicationFont(":/images/FreeSans.ttf");
+    QFontDatabase::addApplicationFont(":/images/FreeSansBold.ttf");
+    QFont font("FreeSans");
+    font.setPointSize(12);
+    QApplication::setFont(font);
+
     ui->setupUi(this);
+    setup_layout();
+    setup_tableview();
+    setup_drop_files_widget();
+    setup_tavimo_progress_dialog();
+    setup_load_images_progress_dialog();
+    setup_inter_widget_connections();
+    // The application information box (Ctrl+Shift+G) is installed here once it exists.
+    load_application_settings();
+    ui->widget_time_adjust->init_focus();
 }
 
 MainWindow::~MainWindow() { delete ui; }
 
-bool MainWindow::event(QEvent* e) { return QMainWindow::event(e); }
+bool MainWindow::event(QEvent* e)
+{
+    if (e->type() != QEvent::FileOpen)
+        return QMainWindow::event(e);
+    const QString path = static_cast<QFileOpenEvent*>(e)->file();
+    load_files(drop_files_widget::regular_files(drop_files_widget::expand_directory(path)));
+    return true;
+}
+
+void MainWindow::setup_layout()
+{
+    button_fix_time = make_button(this, 120, 46, "header", ":/images/icon_fix_time.png",
+                                  tr("Apply changes to the timestamps of the images"));
+    button_undo = make_button(this, 46, 46, "header", ":/images/icon_undo.png",
+                              tr("Undo the last set of timestamp changes"));
+    button_settings = make_button(this, 23, 22, QString(), ":/images/icon_settings.png",
+                                  tr("Change application settings"));
+    button_help = make_button(this, 23, 22, QString(), ":/images/icon_help.png",
+                              tr("Show documentation, shortcuts and usage information"));
+    button_about = make_button(this, 23, 22, QString(), ":/images/icon_about.png",
+                               tr("Show information about the application"));
+    button_load_images = make_button(this, 23, 22, QString(), ":/images/icon_open.png", tr("Load images"));
+    button_reset = make_button(this, 23, 22, QString(), ":/images/icon_undo_small.png",
+                               tr("Clear list of loaded images"));
+
+    auto* info = new QHBoxLayout(ui->widget_info);
+    info->setContentsMargins(10, 4, 10, 4);
+    info->setSpacing(4);
+    info->addWidget(button_settings);
+    info->addStretch(1);
+    info->addWidget(button_about);
+    info->addWidget(button_help);
+
+    button_undo->setEnabled(false);
+    auto* header = new QWidget(ui->widget_logo);
+    header->setObjectName("header");
+    header->setStyleSheet("#header {background-image: url(:/images/head_medium_dark_without_shadow.png);}");
+    auto* header_layout = new QHBoxLayout(header);
+    header_layout->setContentsMargins(0, 5, 20, 5);
+    header_layout->setSpacing(4);
+    header_layout->addSpacing(300);
+    header_layout->addWidget(button_fix_time);
+    header_layout->addWidget(button_undo);
+    header_layout->addStretch(1);
+    auto* logo = new QWidget(header);
+    logo->setFixedSize(216, 48);
+    // Without the slash after the colon: Qt resolves it all the same.
+    logo->setStyleSheet("background-image: url(:images/logo_small.png);");
+    header_layout->addWidget(logo);
+    auto* logo_layout = new QHBoxLayout(ui->widget_logo);
+    logo_layout->setContentsMargins(0, 0, 0, 0);
+    logo_layout->setSpacing(0);
+    logo_layout->addWidget(header);
+    ui->widget_logo->setFixedHeight(66);
+
+    const QString lang = ondo::get_language_suffix("lang");
+
+    auto* controls = new QHBoxLayout(ui->dropper_controls);
+    controls->setContentsMargins(12, 0, 12, 0);
+    controls->setSpacing(4);
+    controls->addStretch(1);
+    controls->addWidget(button_load_images);
+    controls->addWidget(button_reset);
+    controls->addStretch(1);
+
+    // Pictures exist for de and en; any other code leaves the area plain black.
+    ui->widget->setStyleSheet(QString("background-color: black;background-image: url(:/images/drop_images_here_%1.png);"
+                                      "background-repeat: none;background-position: bottom center;")
+                                  .arg(lang));
+
+    ui->widget_time_adjust->setWidgetsToolTip(
+        tr("Change the timestamps of the photos by this value (positive and negative values can be used)"));
+}
+
+void MainWindow::setup_tableview()
+{
+    model = new table_data_model(nullptr);
+    ui->tableView->setModel(model);
+    ui->tableView->resizeColumnsToContents();
+
+    QHeaderView* header = ui->tableView->horizontalHeader();
+    // No column yet, so that setting the model sorts nothing.
+    header->setSortIndicator(-1, Qt::AscendingOrder);
+    header->setSectionResizeMode(0, QHeaderView::Fixed);
+    header->setSectionResizeMode(1, QHeaderView::Stretch);
+    header->setSectionResizeMode(2, QHeaderView::Stretch);
+    header->setStyle(QStyleFactory::create("fusion"));
+    header->setStyleSheet("QHeaderView::section {border-width: 3;border-style: solid;border-image:url(:/gui/panel/"
+                          "border.png) 3 stretch;padding-left: 1em;}");
+    ui->tableView->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    ondo::style_scrollbars(ui->tableView);
+
+    // The model refuses some columns (the computed one); the indicator follows what it really did.
+    connect(model, &table_data_model::sort_order_override, this,
+            [header](int column, Qt::SortOrder order) { header->setSortIndicator(column, order); });
+
+    header->setSortIndicator(0, Qt::AscendingOrder);
+}
+
+void MainWindow::setup_drop_files_widget()
+{
+    connect(ui->widget_dropper, &drop_files_widget::files_dropped, this, &MainWindow::load_files);
+}
+
+ondo::progress_dialog* MainWindow::make_progress_dialog(const QString& label)
+{
+    auto* dialog = new ondo::progress_dialog(this, Qt::WindowFlags());
+    // Neither help nor close: a run can't be cancelled.
+    dialog->setWindowFlags(dialog->windowFlags() ^ (Qt::WindowContextHelpButtonHint | Qt::WindowCloseButtonHint));
+    dialog->setWindowTitle(tr("Please Wait"));
+    dialog->setLabelText(label);
+    dialog->setCancelButton(nullptr);
+    dialog->setMinimumDuration(0);
+    dialog->setFixedSize(static_cast<int>(dialog->width() * 1.2), dialog->height());
+    auto* bar = new QProgressBar(dialog);
+    bar->setFormat(tr("%v of %m"));
+    dialog->setBar(bar);
+    // Hidden until a run sets a value.
+    dialog->reset();
+    return dialog;
+}
+
+void MainWindow::setup_tavimo_progress_dialog() { tavimo_progress_dialog = make_progress_dialog(tr("Fixing time")); }
+
+void MainWindow::setup_load_images_progress_dialog()
+{
+    load_images_progress_dialog = make_progress_dialog(tr("Loading files"));
+}
+
+void MainWindow::setup_inter_widget_connections()
+{
+    connect(ui->widget_datetime_format, &datetime_format::format_changed, model,
+            &table_data_model::datetime_format_changed);
+    // The panel has read its format from the settings already; the model has to start with it.
+    // The offset needs no such push: both start at zero.
+    model->datetime_format_changed(ui->widget_datetime_format->get_datetime_format());
+    connect(ui->widget_time_adjust, &time_adjustment::time_offset_changed, model,
+            &table_data_model::datetime_offset_changed);
+
+    connect(button_settings, &QPushButton::clicked, this, &MainWindow::on_button_settings_clicked);
+    connect(button_about, &QPushButton::clicked, this, &MainWindow::on_button_about_clicked);
+    connect(button_help, &QPushButton::clicked, this, &MainWindow::on_button_help_clicked);
+    connect(button_fix_time, &QPushButton::clicked, this, &MainWindow::on_button_fix_time_clicked);
+    connect(button_undo, &QPushButton::clicked, this, &MainWindow::on_button_undo_clicked);
+    connect(button_load_images, &QPushButton::clicked, this, &MainWindow::on_button_load_images_clicked);
+    connect(button_reset, &QPushButton::clicked, this, &MainWindow::on_button_reset_clicked);
+}
+
+void MainWindow::load_application_settings()
+{
+    last_load_path =
+        settings.value("last_load_path", QStandardPaths::writableLocation(QStandardPaths::PicturesLocation))
+            .toString();
+}
+
+void MainWindow::save_application_settings() { settings.setValue("last_load_path", last_load_path); }
+
+void MainWindow::load_files(QStringList filenames)
+{
+    load_images_progress_dialog->setRange(0, filenames.size());
+    load_images_progress_dialog->setValue(0);
+    QCoreApplication::processEvents();
+
+    int counter = 1;
+    for (const QString& path : filenames) {
+        model->add_file(path, true);
+        load_images_progress_dialog->setValue(counter++);
+        // Keeps the window painted while input waits for the end of the load.
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents, 50);
+    }
+    model->resort();
+}
+
+void MainWindow::on_button_load_images_clicked()
+{
+    // A file that is never made: given it, the dialog opens inside the directory.
+    const QString start = last_load_path + "/__dummy.file";
+    QString patterns;
+    for (const auto& extension : ondo::exiftool_data::writable_file_extensions)
+        patterns += QString("*.%1 ").arg(QString::fromLatin1(extension.data(), int(extension.size())));
+
+    const QStringList chosen = QFileDialog::getOpenFileNames(
+        this, tr("Select files"), start, tr("Supported Files(%1)").arg(patterns), nullptr, QFileDialog::Options());
+    if (chosen.isEmpty())
+        return;
+    last_load_path = QFileInfo(chosen.first()).absolutePath();
+    save_application_settings();
+    load_files(chosen);
+}
+
+void MainWindow::on_button_reset_clicked()
+{
+    model->clear();
+    ui->widget_time_adjust->clear();
+    auto cache = exif_cache::instance();
+    cache->file_data.clear();
+    cache->file_tags.clear();
+}
+
+// The fix and undo runs come with the next step of the program; settings, help and about later.
+void MainWindow::on_button_fix_time_clicked() {}
+
+void MainWindow::on_button_undo_clicked() {}
+
+void MainWindow::on_button_settings_clicked() {}
+
+void MainWindow::on_button_about_clicked() {}
+
+void MainWindow::on_button_help_clicked() {}

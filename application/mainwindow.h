@@ -2,16 +2,78 @@
 
 #include <ondo/main_window.h>
 
-class Ui_MainWindow;
+#include <QList>
+#include <QMap>
+#include <QSettings>
+#include <QString>
+#include <QStringList>
 
+class Ui_MainWindow;
+class table_data_model;
+
+namespace ondo {
+class button_dark;
+class progress_dialog;
+} // namespace ondo
+
+// One tag's value before the last fix run: what an undo writes back. An empty value removes a
+// tag that the run added.
+struct undo_entry {
+    QString tag;
+    bool existed = false;
+    QString value;
+};
+
+// The application's one window: header with the fix and undo buttons, the black drop area,
+// the offset and format panels and the table. Every operation starts in one of its slots and
+// runs on the GUI thread.
 class MainWindow : public ondo::main_window {
     Q_OBJECT
 public:
     explicit MainWindow(QWidget* parent = nullptr);
     ~MainWindow() override;
 
+    // Takes QEvent::FileOpen (a file or a directory, like a drop); passes everything else on.
     bool event(QEvent* e) override;
 
+public slots:
+    // Hands the files one by one to the model under the progress dialog, then sorts once.
+    // Adds to what is in the table; paths already there still move the bar.
+    void load_files(QStringList filenames);
+    void on_button_load_images_clicked();
+    // Empties the table, the offset panel and the cache; the undo information stays.
+    void on_button_reset_clicked();
+    void on_button_fix_time_clicked();
+    void on_button_undo_clicked();
+    void on_button_settings_clicked();
+    void on_button_about_clicked();
+    void on_button_help_clicked();
+
 private:
+    void setup_layout();
+    void setup_tableview();
+    void setup_drop_files_widget();
+    void setup_tavimo_progress_dialog();
+    void setup_load_images_progress_dialog();
+    void setup_inter_widget_connections();
+    void load_application_settings();
+    void save_application_settings();
+    ondo::progress_dialog* make_progress_dialog(const QString& label);
+
+    QSettings settings;
     Ui_MainWindow* ui;
+    table_data_model* model = nullptr;
+    ondo::progress_dialog* tavimo_progress_dialog = nullptr;
+    ondo::progress_dialog* load_images_progress_dialog = nullptr;
+    // The last fix run's old values by path; the undo button is enabled exactly when it holds any.
+    QMap<QString, QList<undo_entry>> undo_info;
+    // Where the file dialog opens; changed only by that dialog.
+    QString last_load_path;
+    ondo::button_dark* button_fix_time = nullptr;
+    ondo::button_dark* button_undo = nullptr;
+    ondo::button_dark* button_settings = nullptr;
+    ondo::button_dark* button_help = nullptr;
+    ondo::button_dark* button_about = nullptr;
+    ondo::button_dark* button_load_images = nullptr;
+    ondo::button_dark* button_reset = nullptr;
 };

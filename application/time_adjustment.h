@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QWidget>
+
+class Ui_time_adjustment;
+
+// The row of offset fields: years, months, days, hours, minutes, seconds and a time zone in
+// hours. Every keystroke reports the whole offset through time_offset_changed.
+class time_adjustment : public QWidget {
+    Q_OBJECT
+public:
+    explicit time_adjustment(QWidget* parent = nullptr);
+    ~time_adjustment() override;
+
+    // Empties the fields from year to zone; each field that held text reports once.
+    void clear();
+    void init_focus();
+    // True when the zone field holds any text, a typed "0" included.
+    bool has_timezone_offset() const;
+    void setWidgetsToolTip(QString const& text);
+    void values_changed();
+
+signals:
+    void time_offset_changed(int year, int month, int day, int hour, int minute, int second,
+                             bool has_timezone, double timezone);
+
+private slots:
+    void on_lineedit_year_textChanged(QString const& text);
+    void on_lineedit_month_textChanged(QString const& text);
+    void on_lineedit_day_textChanged(QString const& text);
+    void on_lineedit_hour_textChanged(QString const& text);
+    void on_lineedit_minute_textChanged(QString const& text);
+    void on_lineedit_second_textChanged(QString const& text);
+    void on_lineedit_timezone_textChanged(QString const& text);
+
+private:
+    Ui_time_adjustment* ui;
+    int year = 0;
+    int month = 0;
+    int day = 0;
+    int hour = 0;
+    int minute = 0;
+    int second = 0;
+    double timezone = 0.0;
+};
