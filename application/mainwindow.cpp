@@ -265,10 +265,6 @@ void MainWindow::on_button_reset_clicked()
 }
 
 // The fix and undo runs come with the next step of the program; settings, help and about later.
-void MainWindow::on_button_fix_time_clicked() {}
-
-void MainWindow::on_button_undo_clicked() {}
-
 void MainWindow::on_button_settings_clicked() {}
 
 void MainWindow::on_button_about_clicked() {}

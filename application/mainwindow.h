@@ -57,6 +57,8 @@ private:
     void setup_load_images_progress_dialog();
     void setup_inter_widget_connections();
     void load_application_settings();
+    // The present values of the file's time tags, from what was read at load time.
+    QList<undo_entry> create_undo_info(const QString& path);
     void save_application_settings();
     ondo::progress_dialog* make_progress_dialog(const QString& label);
 

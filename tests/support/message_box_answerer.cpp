@@ -60,7 +60,9 @@ QSharedPointer<seen_box> answer_next_box(const QString& wanted, std::function<vo
     timer->setInterval(10);
     QObject::connect(timer, &QTimer::timeout, timer, [=]() {
         auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-        if (dialog && dialog != before && dialog->isVisible()) {
+        if (seen->cancelled) {
+            timer->stop();
+        } else if (dialog && dialog != before && dialog->isVisible()) {
             timer->stop();
             if (prepare)
                 prepare(dialog);

@@ -17,6 +17,7 @@ struct seen_box {
     QString text;
     QStringList buttons;       // button texts, mnemonics removed, in layout order
     QString default_button;    // text of the default button of a message box, if any
+    bool cancelled = false;    // set by the test: stop waiting for a box that isn't coming
 };
 
 // Answers the next modal dialog (a message box, an input dialog, any QDialog) from a timer, so

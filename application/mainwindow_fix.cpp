@@ -1,0 +1,203 @@
+// The fix run, its undo information and the undo run of MainWindow.
+#include "mainwindow.h"
+
+#include "table_data_model.h"
+#include "ui_mainwindow.h"
+
+#include <ondo/button_dark.h>
+#include <ondo/exiftool.h>
+#include <ondo/message_box.h>
+#include <ondo/progress_dialog.h>
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QTimeZone>
+
+namespace {
+
+const QString file_time_format = QStringLiteral("yyyy:MM:dd hh:mm:ss");
+
+// IPTC:TimeCreated is read as a time alone but written as a date and time, so the old value is
+// rebuilt on the recording date. A stored zone such as "+02:00" doesn't convert to a number and
+// comes back as +00:00; a file without a zone gets the machine's zone. Undo can't remove a zone.
+QString rebuilt_time_created(const exif_tag_map& record, QString text)
+{
+    auto value = [&record](const char* key) {
+        const auto found = record.find(QString::fromLatin1(key));
+        return found == record.end() ? QString() : found->second;
+    };
+    const QDate date(value("rec_year").toInt(), value("rec_month").toInt(), value("rec_day").toInt());
+    const QString zone = value("iptc_timezone");
+    const int hours = zone.toInt(nullptr, 10);
+
+    int sign = text.lastIndexOf(QLatin1Char('+'));
+    if (sign < 0)
+        sign = text.lastIndexOf(QLatin1Char('-'));
+    if (sign >= 0)
+        text.truncate(sign);
+    const QTime time = QTime::fromString(text, QStringLiteral("hh:mm:ss"));
+
+    const QDateTime when(date, time, zone.isEmpty() ? Qt::LocalTime : Qt::OffsetFromUTC, hours * 3600);
+    return when.toString(file_time_format)
+        + format_utc_offset(float(when.timeZone().offsetFromUtc(when) / 3600.0));
+}
+
+} // namespace
+
+QList<undo_entry> MainWindow::create_undo_info(const QString& path)
+{
+    const auto cache = exif_cache::instance();
+    const exif_tag_map record = cache->file_data[path];
+    const exif_tag_map tags = cache->file_tags[path];
+
+    QList<undo_entry> entries;
+    for (const QString& tag : time_tags(record)) {
+        undo_entry entry{tag, false, QString()};
+        const auto found = tags.find(tag);
+        if (found != tags.end()) {
+            entry.existed = true;
+            entry.value = tag == QLatin1String("IPTC:TimeCreated") ? rebuilt_time_created(record, found->second)
+                                                                   : found->second;
+        }
+        entries << entry;
+    }
+    return entries;
+}
+
+void MainWindow::on_button_fix_time_clicked()
+{
+    const auto cache = exif_cache::instance();
+    auto ask = [this](const QString& text) {
+        return ondo::message_box::question(ui->centralWidget, tr("Continue?"), text, tr("Continue"),
+                   tr("Abort"), QMessageBox::NoButton)
+            != QMessageBox::No;
+    };
+    auto cell = [this](int row, int column) {
+        return model->data(model->index(row, column), Qt::UserRole);
+    };
+
+    // Nothing is written before the questions are through, so "Abort" leaves everything as it was.
+    // With a zone entered only CR3 files are asked about; without one, missing zones and 1972.
+    if (model->has_timezone) {
+        int cr3_files = 0;
+        for (int row = 0; row < model->rowCount(); ++row) {
+            if (cell(row, 0).toString().endsWith(QLatin1String(".cr3"), Qt::CaseInsensitive))
+                ++cr3_files;
+        }
+        if (cr3_files >= 1
+            && !ask(tr("Trying to alter/set timezone of %1 CR3 images.\nThe CR3 format does not support timezone information.\nAll other values except the timezone will work normally.")
+                        .arg(QString::number(cr3_files))))
+            return;
+    } else {
+        const QDateTime bound(QDate(1972, 1, 1), QTime(0, 0, 0, 0), Qt::LocalTime);
+        int early_files = 0;
+        int zoneless_files = 0;
+        for (int row = 0; row < model->rowCount(); ++row) {
+            const QString path = cell(row, 0).toString();
+            const QDateTime time = cell(row, 1).toDateTime();
+            const QDateTime new_time = cell(row, 2).toDateTime();
+            if (new_time.isValid() && new_time < bound)
+                ++early_files;
+            if (time.isValid() && new_time.isValid()) {
+                const exif_tag_map tags = cache->file_tags[path];
+                exif_tag_map record = cache->file_data[path];
+                if ((tags.count(QStringLiteral("IPTC:DateCreated")) || tags.count(QStringLiteral("IPTC:TimeCreated")))
+                    && record[QStringLiteral("iptc_timezone")].isEmpty())
+                    ++zoneless_files;
+            }
+        }
+        if (zoneless_files > 0
+            && !ask(tr("%1 files do not have any timezone information set and you have not specified a timezone to use.\nIf you continue your computers local timezone will be used.\n\nWarning: Adding the timezone to an image can not be undone.")
+                        .arg(QString::number(zoneless_files))))
+            return;
+        if (early_files > 0
+            && !ask(tr("%1 files would be assigned a recording time prior to the 1st of January 1972 00:00:00.\nThe files system time can't be altered to times before this point.\nIf you continue the files date/time according to your operating system might not be correct (i.e. displayed as a date in the future or simply stuck at the 1st of January 1972).\nThe EXIF timestamps can handle this situation and dates prior to the 1st of January 1972 00:00:00 will be saved correctly.")
+                        .arg(QString::number(early_files))))
+            return;
+    }
+
+    // Only the last run can be undone.
+    undo_info.clear();
+    button_undo->setEnabled(false);
+    tavimo_progress_dialog->setRange(0, model->rowCount());
+    tavimo_progress_dialog->setValue(0);
+    QCoreApplication::processEvents();
+
+    QStringList failed_files;
+    // The row count is read at every step: a reset pressed between two files ends the loop.
+    for (int row = 0; row < model->rowCount(); ++row) {
+        const QString path = cell(row, 0).toString();
+        const QDateTime time = cell(row, 1).toDateTime();
+        const QDateTime new_time = cell(row, 2).toDateTime();
+        if (!time.isValid() || !new_time.isValid())
+            continue;
+
+        const QList<undo_entry> undo = create_undo_info(path);
+        exif_tag_map record = cache->file_data[path];
+        const exif_tag_map tags = cache->file_tags[path];
+        const QString file_zone = record[QStringLiteral("iptc_timezone")];
+        const QString new_time_text = new_time.toString(file_time_format);
+        // The entered zone relabels the clock reading; it never moves it.
+        const QString new_time_zone_text = new_time_text
+            + format_utc_offset(float(double(utc_offset_hours(file_zone)) + model->offset_timezone));
+        const bool zoned = model->has_timezone || !file_zone.isEmpty();
+
+        exif_tag_map values;
+        for (const QString& tag : time_tags(record)) {
+            const bool present = tags.count(tag) > 0;
+            if (tag.startsWith(QLatin1String("IPTC:"))) {
+                // The only tags a run may add to a file.
+                if (present)
+                    values[tag] = zoned ? new_time_zone_text : new_time_text;
+                else if (model->has_timezone)
+                    values[tag] = new_time_zone_text;
+            } else if (tag.startsWith(QLatin1String("System:"))) {
+                if (present)
+                    values[tag] = zoned ? new_time_zone_text : new_time_text;
+            } else if (present) {
+                values[tag] = new_time_text;
+            }
+        }
+
+        if (ondo::exiftool::write_tags(path, values))
+            undo_info.insert(path, undo);
+        else
+            failed_files << path;
+
+        tavimo_progress_dialog->setValue(row + 1);
+        QCoreApplication::processEvents();
+    }
+
+    if (!failed_files.isEmpty()) {
+        const auto answer = ondo::message_box::question(ui->centralWidget, tr("Continue?"),
+            tr("The following %1 files could not be fixed:\n%2\n\n Do you want to keep the changes in the other files")
+                .arg(QString::number(failed_files.size()), failed_files.join(QLatin1Char('\n'))),
+            tr("Keep changes"), tr("Undo Changes"), QMessageBox::NoButton);
+        if (answer == QMessageBox::No)
+            on_button_undo_clicked();
+    }
+    button_undo->setEnabled(!undo_info.isEmpty());
+    on_button_reset_clicked();
+}
+
+void MainWindow::on_button_undo_clicked()
+{
+    tavimo_progress_dialog->setRange(0, undo_info.size());
+    tavimo_progress_dialog->setValue(0);
+    QCoreApplication::processEvents();
+
+    int done = 0;
+    const QStringList paths = undo_info.keys();
+    for (const QString& path : paths) {
+        // An empty value deletes the tag: that is how tags the run added go away again.
+        exif_tag_map tags;
+        for (const undo_entry& entry : undo_info.value(path))
+            tags[entry.tag] = entry.value;
+        ondo::exiftool::write_tags(path, tags);
+        tavimo_progress_dialog->setValue(++done);
+        QCoreApplication::processEvents();
+    }
+
+    undo_info.clear();
+    button_undo->setEnabled(false);
+}
