@@ -1,7 +1,6 @@
 #include <ondo/exif_response.h>
 
 #include <QSignalSpy>
-#include <QTimer>
 #include <QtTest>
 
 using ondo::exif_error;
@@ -12,7 +11,6 @@ class tst_exif_response : public QObject {
 private slots:
     void marks_data();
     void marks();
-    void await_outlives_time_limit();
     void await_gives_up_when_aborted();
     void time_limit_is_armed_once();
 };
@@ -60,20 +58,6 @@ void tst_exif_response::marks()
     QTEST(int(finished.count()), "finished_signals");
     if (!readies.isEmpty())
         QCOMPARE(readies.first().first().value<exif_response*>(), &response);
-}
-
-void tst_exif_response::await_outlives_time_limit()
-{
-    exif_response response;
-    QSignalSpy errors(&response, &exif_response::error);
-    QTimer::singleShot(300, &response, [&] {
-        response.data = "late";
-        response.mark_ready();
-    });
-    QVERIFY(response.await(20));
-    QCOMPARE(response.get_data(), QByteArray("late"));
-    QCOMPARE(response.get_error(), exif_error::timeout);
-    QCOMPARE(errors.count(), 1);
 }
 
 void tst_exif_response::await_gives_up_when_aborted()

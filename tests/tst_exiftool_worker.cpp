@@ -25,6 +25,7 @@ private slots:
     void shutdown_data();
     void shutdown();
     void time_limit_does_not_end_wait();
+    void stops_when_the_application_quits();
 };
 
 void tst_exiftool_worker::initTestCase()
@@ -208,6 +209,19 @@ void tst_exiftool_worker::time_limit_does_not_end_wait()
     // Once for the time limit, once for the late output.
     QTRY_COMPARE(finished, 2);
     delete response;
+}
+
+void tst_exiftool_worker::stops_when_the_application_quits()
+{
+    fake_perl perl;
+    log_capture log;
+    exiftool::start();
+    QTimer::singleShot(0, QCoreApplication::instance(), &QCoreApplication::quit);
+    QCoreApplication::exec();
+    QVERIFY(!ondo::worker_instance);
+    QVERIFY(!ondo::worker_thread);
+    QCOMPARE(log.count("Worker shutdown: Ok"), 1);
+    QVERIFY(perl.input().endsWith("-stay_open\n0\n"));
 }
 
 QTEST_GUILESS_MAIN(tst_exiftool_worker)
