@@ -1,5 +1,6 @@
 #include "exif_response.h"
 
+#include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QTimer>
 
@@ -16,9 +17,12 @@ void exif_response::mark_ready()
         QMetaObject::invokeMethod(timer, "stop", Qt::AutoConnection);
     if (aborted_flag.load(std::memory_order_acquire))
         return;
-    ready_flag.store(true, std::memory_order_release);
+    QAbstractEventDispatcher* waiter = QAbstractEventDispatcher::instance(thread());
     emit ready(this);
     emit finished();
+    // The flag goes last: once it is set the asker may delete this object at any moment.
+    ready_flag.store(true, std::memory_order_release);
+    wake(waiter);
 }
 
 void exif_response::mark_error(exif_error e)
@@ -27,10 +31,19 @@ void exif_response::mark_error(exif_error e)
         QMetaObject::invokeMethod(timer, "stop", Qt::AutoConnection);
     if (aborted_flag.load(std::memory_order_acquire))
         return;
-    ready_flag.store(false, std::memory_order_release);
+    QAbstractEventDispatcher* waiter = QAbstractEventDispatcher::instance(thread());
     error_code = e;
     emit error(e);
     emit finished();
+    ready_flag.store(false, std::memory_order_release);
+    wake(waiter);
+}
+
+// await() sleeps in its thread's event loop between checks; a changed flag must end that sleep.
+void exif_response::wake(QAbstractEventDispatcher* waiter)
+{
+    if (waiter)
+        waiter->wakeUp();
 }
 
 void exif_response::timeout()
@@ -72,9 +85,10 @@ bool exif_response::await(int ms)
     await_async(ms);
     QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
     // A passed time limit only records exif_error::timeout: mark_error leaves both flags so
-    // that this loop goes on until the marker comes, however late.
+    // that this loop goes on until the marker comes, however late. Between checks the thread
+    // sleeps in its event loop, so painting and timers go on, user input waits, and no core is
+    // spent spinning while ExifTool works; the worker wakes it when a flag changes.
     for (;;) {
-        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents, 10);
         const bool aborted = aborted_flag.load(std::memory_order_acquire);
         const bool ready = ready_flag.load(std::memory_order_acquire);
         if (ready && !aborted)
@@ -83,6 +97,7 @@ bool exif_response::await(int ms)
             mark_error(exif_error::aborted);
             return false;
         }
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::WaitForMoreEvents);
     }
 }
 

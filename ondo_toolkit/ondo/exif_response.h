@@ -8,6 +8,7 @@
 #include <atomic>
 #include <cstdint>
 
+class QAbstractEventDispatcher;
 class QTimer;
 
 namespace ondo {
@@ -57,6 +58,9 @@ signals:
     void ready(ondo::exif_response* request);
     void error(ondo::exif_error);
     void finished();
+
+private:
+    static void wake(QAbstractEventDispatcher* waiter);
 };
 
 } // namespace ondo
