@@ -1,15 +1,13 @@
 // Tag reading and writing against the real ExifTool, and the tag filter.
-#include "exiftool_support.h"
+#include "test_support.h"
 
 #include <ondo/exiftool.h>
-#include <ondo/exiftool_data.h>
 
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <algorithm>
 #include <sys/stat.h>
 
 using ondo::exiftool;
@@ -19,34 +17,21 @@ using test_support::read_back;
 class tst_exiftool : public QObject {
     Q_OBJECT
 private slots:
-    void initTestCase();
-    void cleanupTestCase();
+    void initTestCase() { test_support::use_private_settings(); }
+    void cleanupTestCase() { exiftool::shutdown(true); }
     void read_data();
     void read();
     void read_specific_tags();
-    void read_missing_file();
     void write_data();
     void write();
     void application_stamp();
     void filter_data();
     void filter();
-    void forbidden_table();
 
 private:
     QTemporaryDir dir;
 };
 
-void tst_exiftool::initTestCase()
-{
-    QCoreApplication::setOrganizationName("Velmora");
-    QCoreApplication::setApplicationName("Tavimo");
-    QVERIFY(dir.isValid());
-}
-
-void tst_exiftool::cleanupTestCase()
-{
-    exiftool::shutdown(true);
-}
 
 void tst_exiftool::read_data()
 {
@@ -82,24 +67,15 @@ void tst_exiftool::read()
 
     const QString path = make_tagged_photo(dir.path(), name, {{tag, value}});
     const exif_tag_map tags = exiftool::read_tags(path, groups, true);
-    QVERIFY(tags.count(key));
-    QTEST(tags.at(key), "expected");
+    QTEST(tags.count(key) ? tags.at(key) : "<absent>", "expected");
     QCOMPARE(tags.at(groups ? "System:FileName" : "FileName"), name);
 }
 
 void tst_exiftool::read_specific_tags()
 {
-    const QString path = make_tagged_photo(dir.path(), "specific.jpg",
-                                           {{"IFD0:Make", "Canon"}, {"IFD0:Model", "EOS"}});
+    const QString path = make_tagged_photo(dir.path(), "specific.jpg", {{"IFD0:Make", "Canon"}, {"IFD0:Model", "EOS"}});
     QCOMPARE(exiftool::read_specific_tags(path, {"Make"}), (exif_tag_map{{"Make", "Canon"}}));
-    // An empty list reads everything.
-    const exif_tag_map all = exiftool::read_specific_tags(path, {});
-    QCOMPARE(all.at("Model"), QString("EOS"));
-    QVERIFY(all.count("FileSize"));
-}
-
-void tst_exiftool::read_missing_file()
-{
+    QVERIFY(exiftool::read_specific_tags(path, {}).count("FileSize")); // an empty list reads everything
     QVERIFY(exiftool::read_tags(dir.filePath("nothing here.jpg"), true, false).empty());
 }
 
@@ -127,15 +103,12 @@ void tst_exiftool::write()
     QFETCH(exif_tag_map, tags);
     QFETCH(exif_tag_map, expected);
 
-    const QString name = QString("write %1.jpg").arg(QTest::currentDataTag());
-    QString path;
+    const QString path = make_tagged_photo(dir.path(), QString("write %1.jpg").arg(QTest::currentDataTag()),
+        {{"IFD0:Make", "Canon"}, {"IFD0:Model", "EOS"}});
     if (kind == "broken") {
-        path = dir.filePath(name);
         QFile file(path);
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write(QByteArray("\xff\xd8\xff\xe1 not really a jpeg", 22));
-    } else {
-        path = make_tagged_photo(dir.path(), name, {{"IFD0:Make", "Canon"}, {"IFD0:Model", "EOS"}});
     }
     struct stat before {};
     ::stat(QFile::encodeName(path).constData(), &before);
@@ -143,12 +116,8 @@ void tst_exiftool::write()
     QTEST(exiftool::write_tags(path, tags), "result");
 
     const exif_tag_map after = read_back(path);
-    for (const auto& [key, value] : expected) {
-        if (value.isEmpty())
-            QVERIFY2(!after.count(key), qPrintable(key));
-        else
-            QCOMPARE(after.count(key) ? after.at(key) : QString("<absent>"), value);
-    }
+    for (const auto& [key, value] : expected)
+        QCOMPARE(after.count(key) ? after.at(key) : QString(), value);
     // Written in place: same inode, no backup beside it.
     struct stat now {};
     ::stat(QFile::encodeName(path).constData(), &now);
@@ -161,8 +130,7 @@ void tst_exiftool::application_stamp()
     const QString path = make_tagged_photo(dir.path(), "stamp.jpg");
     QVERIFY(exiftool::write_application_info_to_exif(path));
     const exif_tag_map tags = read_back(path);
-    QCOMPARE(tags.at("IFD0:Software"), QString("Velmora - Tavimo"));
-    QCOMPARE(tags.at("XMP-xmp:CreatorTool"), QString("Velmora - Tavimo"));
+    QCOMPARE(tags.at("IFD0:Software") + "|" + tags.at("XMP-xmp:CreatorTool"), QString("Velmora - Tavimo|Velmora - Tavimo"));
 }
 
 void tst_exiftool::filter_data()
@@ -193,22 +161,6 @@ void tst_exiftool::filter()
     QFETCH(exif_tag_map, tags);
     QFETCH(bool, keep_file_tags);
     QTEST(exiftool::remove_nonwriteable_tags(tags, keep_file_tags), "expected");
-}
-
-void tst_exiftool::forbidden_table()
-{
-    using namespace ondo::exiftool_data;
-    QVERIFY(forbidden_tags.size() > 10000);
-    QVERIFY(std::adjacent_find(forbidden_tags.begin(), forbidden_tags.end(),
-                               [](auto a, auto b) { return !(a < b); }) == forbidden_tags.end());
-    const auto has = [](std::string_view name) {
-        return std::binary_search(forbidden_tags.begin(), forbidden_tags.end(), name);
-    };
-    for (std::string_view writable_name : {"DateTimeOriginal", "CreateDate", "Make", "Software", "FileName"})
-        QVERIFY2(!has(writable_name), writable_name.data());
-    QCOMPARE(int(std::count_if(filesystem_tags.begin(), filesystem_tags.end(), has)), 1);
-    QVERIFY(has("FileAccessDate"));
-    QCOMPARE(int(writable_file_extensions.size()), 104);
 }
 
 QTEST_GUILESS_MAIN(tst_exiftool)

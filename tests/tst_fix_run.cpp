@@ -1,9 +1,6 @@
 #include "mainwindow.h"
 #include "table_data_model.h"
 
-#include "exiftool_support.h"
-#include "message_box_answerer.h"
-#include "settings_support.h"
 #include "test_support.h"
 
 #include <ondo/application.h>
@@ -56,6 +53,13 @@ QStringList other_tags(const QString& path)
 
 using shown_boxes = QList<QSharedPointer<test_support::seen_box>>;
 
+// Arms one answer for each box expected, in order: each answerer arms the next while its box is up.
+void arm(const std::shared_ptr<shown_boxes>& shown, const QStringList& answers, int i = 0)
+{
+    if (i < answers.size())
+        shown->append(test_support::answer_next_box(answers[i], [=](QDialog*) { arm(shown, answers, i + 1); }, 3000));
+}
+
 } // namespace
 
 // The fix run and the undo run end to end: the window, the real ExifTool, files made here,
@@ -64,9 +68,17 @@ class tst_fix_run : public QObject {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
-    void cleanupTestCase();
+    void init()
+    {
+        test_support::clear_settings();
+        dir = std::make_unique<QTemporaryDir>();
+    }
+    void cleanup()
+    {
+        delete window;
+        test_support::forget_files();
+    }
+    void cleanupTestCase() { ondo::exiftool::shutdown(false); }
 
     void writes_the_worked_examples_data();
     void writes_the_worked_examples();
@@ -81,11 +93,9 @@ private slots:
 
 private:
     QString photo(const QString& name, const QStringList& tags = {});
-    void make_window();
-    void type(const QString& field, const QString& text);
-    QPushButton* button(const QString& tool_tip) const;
-    // Arms one answer for each box expected, in order; returns what each box showed.
-    std::shared_ptr<shown_boxes> answer_in_turn(const QStringList& answers);
+    // Opens the window on `paths` and types the offset (and the zone, if any).
+    void load_and_type(const QStringList& paths, const QString& field, const QString& offset, const QString& zone = {});
+    QPushButton* button(const QString& tool_tip) const { return test_support::button(window, tool_tip); }
     // Presses `tool_tip` and returns the tag lines of every write it sent, one list per file.
     QList<QStringList> press(const QString& tool_tip);
     int rows() const { return exif_cache::instance()->file_tags.size(); }
@@ -94,86 +104,35 @@ private:
     std::unique_ptr<QTemporaryDir> dir;
 };
 
-void tst_fix_run::init()
-{
-    test_support::clear_settings();
-    dir = std::make_unique<QTemporaryDir>();
-    QVERIFY(dir->isValid());
-}
-
-void tst_fix_run::cleanup()
-{
-    delete window;
-    auto cache = exif_cache::instance();
-    cache->file_data.clear();
-    cache->file_tags.clear();
-}
-
-void tst_fix_run::cleanupTestCase() { ondo::exiftool::shutdown(false); }
-
 QString tst_fix_run::photo(const QString& name, const QStringList& tags)
 {
-    // ExifTool always writes IPTC:TimeCreated with a zone; a zoneless one is written at
-    // +00:00 and has the zone cut from its bytes.
+    if (name.endsWith(".cr3", Qt::CaseInsensitive)) // a JPEG under a raw camera name: only the name matters
+        return QFile::rename(photo(name + ".jpg", tags), dir->filePath(name)) ? dir->filePath(name) : QString();
+    // ExifTool always writes IPTC:TimeCreated with a zone; a zoneless one is written at +00:00
+    // and has the zone cut from its bytes.
     const int zoneless = tags.indexOf(QRegularExpression("^IPTC:TimeCreated=[0-9:]+$"));
-    if (zoneless >= 0) {
-        QStringList zoned = tags;
+    QStringList zoned = tags;
+    if (zoneless >= 0)
         zoned[zoneless] += "+00:00";
-        const QString path = test_support::make_tagged_photo(dir->path(), name, tag_map(zoned));
-        QFile file(path);
-        if (!file.open(QIODevice::ReadWrite))
-            return QString();
-        QByteArray bytes = file.readAll();
+    const QString path = test_support::make_tagged_photo(dir->path(), name, tag_map(zoned));
+    QFile file(path);
+    if (zoneless >= 0 && file.open(QIODevice::ReadWrite)) {
         const QByteArray time = tags[zoneless].section('=', 1).remove(':').toLatin1();
-        bytes.replace(time + "+0000", time + QByteArray(5, '\0'));
+        const QByteArray bytes = file.readAll().replace(time + "+0000", time + QByteArray(5, '\0'));
         file.seek(0);
         file.write(bytes);
-        return path;
     }
-    if (!name.endsWith(".cr3", Qt::CaseInsensitive))
-        return test_support::make_tagged_photo(dir->path(), name, tag_map(tags));
-    // A JPEG under a raw camera name: only the name matters to the questions.
-    const QString jpeg = test_support::make_tagged_photo(dir->path(), name + ".jpg", tag_map(tags));
-    const QString path = dir->filePath(name);
-    return QFile::rename(jpeg, path) ? path : QString();
+    return path;
 }
 
-void tst_fix_run::make_window()
+void tst_fix_run::load_and_type(const QStringList& paths, const QString& field, const QString& offset,
+    const QString& zone)
 {
-    window = new MainWindow();
-    static_cast<ondo::application<MainWindow>*>(qApp)->main_window = window;
-    window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(window));
-}
-
-void tst_fix_run::type(const QString& field, const QString& text)
-{
-    auto* edit = window->findChild<QLineEdit*>(field);
-    QVERIFY2(edit, qPrintable(field));
-    QTest::keyClicks(edit, text);
-}
-
-QPushButton* tst_fix_run::button(const QString& tool_tip) const
-{
-    for (QPushButton* candidate : window->findChildren<QPushButton*>())
-        if (candidate->toolTip() == tool_tip)
-            return candidate;
-    return nullptr;
-}
-
-// Each answerer arms the next one while its own box is still up.
-static void arm(const std::shared_ptr<shown_boxes>& shown, const QStringList& answers, int i)
-{
-    if (i >= answers.size())
-        return;
-    shown->append(test_support::answer_next_box(answers[i], [shown, answers, i](QDialog*) { arm(shown, answers, i + 1); }, 3000));
-}
-
-std::shared_ptr<shown_boxes> tst_fix_run::answer_in_turn(const QStringList& answers)
-{
-    auto shown = std::make_shared<shown_boxes>();
-    arm(shown, answers, 0);
-    return shown;
+    window = test_support::open_main_window();
+    window->load_files(paths);
+    QTest::keyClicks(window->findChild<QLineEdit*>(field), offset);
+    if (!zone.isEmpty())
+        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_timezone"), zone);
 }
 
 QList<QStringList> tst_fix_run::press(const QString& tool_tip)
@@ -184,13 +143,9 @@ QList<QStringList> tst_fix_run::press(const QString& tool_tip)
     ondo::exiftool::verbose(false);
 
     QList<QStringList> writes;
-    for (const QString& line : log.lines()) {
-        const int start = line.indexOf("Writing '");
-        if (start < 0 || !line.contains("-overwrite_original_in_place"))
-            continue;
-        const QString text = line.mid(start + 9).section("' to process.", 0, 0);
-        QStringList tags = text.split('\n').filter(QRegularExpression("^-[A-Za-z0-9-]+:[A-Za-z]+="));
-        writes << tags;
+    for (const QString& line : log.lines().filter("Writing '").filter("-overwrite_original_in_place")) {
+        const QString text = line.section("Writing '", 1).section("' to process.", 0, 0);
+        writes << text.split('\n').filter(QRegularExpression("^-[A-Za-z0-9-]+:[A-Za-z]+="));
     }
     return writes;
 }
@@ -253,12 +208,7 @@ void tst_fix_run::writes_the_worked_examples()
     QFETCH(QStringList, read_back);
 
     const QString path = photo("a.jpg", tags);
-    make_window();
-    window->load_files({path});
-    type("lineedit_hour", "1");
-    if (!zone.isEmpty())
-        type("lineedit_timezone", zone);
-
+    load_and_type({path}, "lineedit_hour", "1", zone);
     const auto writes = press(fix_tip);
     QCOMPARE(writes.size(), 1);
     QCOMPARE(writes.first(), lines);
@@ -338,13 +288,10 @@ void tst_fix_run::questions_before_the_run()
     for (const QString& path : paths)
         before[path] = state(path);
 
-    make_window();
-    window->load_files(paths);
-    type(field, offset);
-    if (!zone.isEmpty())
-        type("lineedit_timezone", zone);
+    load_and_type(paths, field, offset, zone);
     // With no question expected, an answer is armed all the same, to catch one that comes.
-    const auto shown = answer_in_turn(answers.isEmpty() ? QStringList{"Continue"} : answers);
+    const auto shown = std::make_shared<shown_boxes>();
+    arm(shown, answers.isEmpty() ? QStringList{"Continue"} : answers);
     const auto writes = press(fix_tip);
     for (const auto& box : *shown)
         box->cancelled = true;
@@ -394,11 +341,9 @@ void tst_fix_run::failed_files_are_offered_for_undo()
     const QStringList bad = {photo("gone1.jpg", {"ExifIFD:DateTimeOriginal=" + exif_time}),
                              photo("gone2.jpg", {"ExifIFD:DateTimeOriginal=" + exif_time})};
 
-    make_window();
-    window->load_files(good + bad);
+    load_and_type(good + bad, "lineedit_hour", "1");
     for (const QString& path : bad)
         QVERIFY(QFile::remove(path));
-    type("lineedit_hour", "1");
     const auto shown = test_support::answer_next_box(answer);
     press(fix_tip);
     shown->cancelled = true;
@@ -441,11 +386,7 @@ void tst_fix_run::undo_restores_what_was_read()
     QFETCH(QStringList, lines);
 
     const QString path = photo("a.jpg", tags);
-    make_window();
-    window->load_files({path});
-    type("lineedit_hour", "1");
-    if (!zone.isEmpty())
-        type("lineedit_timezone", zone);
+    load_and_type({path}, "lineedit_hour", "1", zone);
     press(fix_tip);
     QVERIFY(button(undo_tip)->isEnabled());
 
@@ -471,9 +412,7 @@ void tst_fix_run::undo_of_an_iptc_zone_gives_utc()
     const QString path = photo("a.jpg", {"ExifIFD:DateTimeOriginal=" + exif_time, "IPTC:DateCreated=2017:06:21",
                                          "IPTC:TimeCreated=18:30:05+02:00"});
     const QString no_dto = photo("b.jpg", {"ExifIFD:CreateDate=" + exif_time});
-    make_window();
-    window->load_files({path, no_dto});
-    type("lineedit_hour", "1");
+    load_and_type({path, no_dto}, "lineedit_hour", "1");
     // Without DateTimeOriginal the creation time is the recording time, and it moves the others.
     const QAbstractItemModel* table = window->findChild<QTableView*>("tableView")->model();
     QString shifted;
@@ -510,10 +449,7 @@ void tst_fix_run::fix_and_undo_touch_nothing_else()
         pixels_before[path] = QImage(path);
     }
 
-    make_window();
-    window->load_files(paths);
-    type("lineedit_day", "-3");
-    type("lineedit_timezone", "2");
+    load_and_type(paths, "lineedit_day", "-3", "2");
     press(fix_tip);
     press(undo_tip);
 

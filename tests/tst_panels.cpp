@@ -1,7 +1,7 @@
 #include "datetime_format.h"
 #include "time_adjustment.h"
 
-#include "settings_support.h"
+#include "test_support.h"
 
 #include <QLineEdit>
 #include <QRadioButton>
@@ -14,8 +14,8 @@ class tst_panels : public QObject {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { test_support::clear_settings(); }
+    void cleanup() { QLocale::setDefault(QLocale::c()); }
 
     void typing_reports_the_whole_offset_data();
     void typing_reports_the_whole_offset();
@@ -27,10 +27,6 @@ private slots:
     void stored_format_that_is_no_row_is_used();
 };
 
-void tst_panels::init() { test_support::clear_settings(); }
-
-void tst_panels::cleanup() { QLocale::setDefault(QLocale::c()); }
-
 void tst_panels::typing_reports_the_whole_offset_data()
 {
     QTest::addColumn<QString>("locale");
@@ -38,18 +34,15 @@ void tst_panels::typing_reports_the_whole_offset_data()
     QTest::addColumn<QString>("keys");
     QTest::addColumn<offset>("expected");
 
-    auto values = [](int y, int mo, int d, int h, int mi, int s, bool zone, double hours) {
-        return offset {y, mo, d, h, mi, s, zone, hours};
-    };
-    QTest::newRow("year") << "C" << "lineedit_year" << "3" << values(3, 0, 0, 0, 0, 0, false, 0.0);
-    QTest::newRow("negative month") << "C" << "lineedit_month" << "-14" << values(0, -14, 0, 0, 0, 0, false, 0.0);
-    QTest::newRow("lone minus is 0") << "C" << "lineedit_hour" << "-" << values(0, 0, 0, 0, 0, 0, false, 0.0);
-    QTest::newRow("-5000 minutes") << "C" << "lineedit_minute" << "-5000" << values(0, 0, 0, 0, -5000, 0, false, 0.0);
-    QTest::newRow("zone 0 is a stated zone") << "C" << "lineedit_timezone" << "0" << values(0, 0, 0, 0, 0, 0, true, 0.0);
-    QTest::newRow("zone -3.5") << "C" << "lineedit_timezone" << "-3.5" << values(0, 0, 0, 0, 0, 0, true, -3.5);
-    QTest::newRow("zone 1,5 with a decimal comma") << "de_DE" << "lineedit_timezone" << "1,5"
-                                                   << values(0, 0, 0, 0, 0, 0, true, 1.5);
-    QTest::newRow("zone lone minus") << "C" << "lineedit_timezone" << "-" << values(0, 0, 0, 0, 0, 0, true, 0.0);
+    auto zone = [](bool stated, double hours) { return offset{0, 0, 0, 0, 0, 0, stated, hours}; };
+    QTest::newRow("year") << "C" << "lineedit_year" << "3" << offset{3, 0, 0, 0, 0, 0, false, 0.0};
+    QTest::newRow("negative month") << "C" << "lineedit_month" << "-14" << offset{0, -14, 0, 0, 0, 0, false, 0.0};
+    QTest::newRow("lone minus is 0") << "C" << "lineedit_hour" << "-" << zone(false, 0.0);
+    QTest::newRow("-5000 minutes") << "C" << "lineedit_minute" << "-5000" << offset{0, 0, 0, 0, -5000, 0, false, 0.0};
+    QTest::newRow("zone 0 is a stated zone") << "C" << "lineedit_timezone" << "0" << zone(true, 0.0);
+    QTest::newRow("zone -3.5") << "C" << "lineedit_timezone" << "-3.5" << zone(true, -3.5);
+    QTest::newRow("zone 1,5 with a decimal comma") << "de_DE" << "lineedit_timezone" << "1,5" << zone(true, 1.5);
+    QTest::newRow("zone lone minus") << "C" << "lineedit_timezone" << "-" << zone(true, 0.0);
 }
 
 void tst_panels::typing_reports_the_whole_offset()
@@ -78,9 +71,8 @@ void tst_panels::clear_reports_once_per_filled_field_data()
 
     QTest::newRow("empty panel") << QStringList();
     QTest::newRow("two fields") << QStringList {"lineedit_day", "lineedit_timezone"};
-    QTest::newRow("all seven") << QStringList {"lineedit_year",   "lineedit_month",  "lineedit_day",
-                                               "lineedit_hour",   "lineedit_minute", "lineedit_second",
-                                               "lineedit_timezone"};
+    QTest::newRow("all seven") << QStringList{"lineedit_year", "lineedit_month", "lineedit_day", "lineedit_hour",
+                                              "lineedit_minute", "lineedit_second", "lineedit_timezone"};
 }
 
 void tst_panels::clear_reports_once_per_filled_field()
@@ -123,16 +115,12 @@ void tst_panels::radio_click_stores_before_reporting()
     QCOMPARE(panel.get_datetime_format(), QString("dd.MM.yyyy - HH:mm:ss"));
     QVERIFY(!QSettings().contains(key)); // nothing is stored until a click
 
-    QStringList seen_in_store;
-    QStringList reported;
-    connect(&panel, &datetime_format::format_changed, this, [&](const QString& text) {
-        seen_in_store << QSettings().value(key).toString();
-        reported << text;
-    });
+    QStringList reported; // each report with what the store held at that moment
+    connect(&panel, &datetime_format::format_changed, this,
+        [&](const QString& text) { reported << text + " | " + QSettings().value(key).toString(); });
     panel.findChild<QRadioButton*>(radio)->click();
 
-    QCOMPARE(reported, QStringList {format});
-    QCOMPARE(seen_in_store, QStringList {stored});
+    QCOMPARE(reported, QStringList{format + " | " + stored});
     // A new panel starts from the stored choice.
     datetime_format again;
     QCOMPARE(again.get_datetime_format(), format);
