@@ -1,13 +1,8 @@
-#include <ondo/style.h>
 #include <ondo/widgets.h>
 
 #include <QHBoxLayout>
 #include <QLayout>
-#include <QPainter>
-#include <QScrollBar>
 #include <QSignalSpy>
-#include <QTableView>
-#include <QTextEdit>
 #include <QtTest>
 
 namespace {
@@ -35,8 +30,6 @@ private slots:
     void checkbox_rule_sets_data();
     void checkbox_rule_sets();
     void combobox_lineedit_selects_on_focus();
-    void label_custom_paint();
-    void scrollbars_are_slim();
 };
 
 void tst_widgets::combobox_wheel_data()
@@ -202,25 +195,6 @@ void tst_widgets::combobox_lineedit_selects_on_focus()
     other->setFocus();
     QTest::mouseClick(edit, Qt::LeftButton, Qt::NoModifier, QPoint(5, 5));
     QTRY_COMPARE(edit->selectedText(), QString("2021:05:06"));
-}
-
-void tst_widgets::label_custom_paint()
-{
-    ondo::label label("text", nullptr);
-    label.resize(20, 10);
-    label.custom_paint = [](QPainter& p) { p.fillRect(0, 0, 20, 10, QColor(1, 200, 3)); };
-    QCOMPARE(shot(label).pixelColor(10, 5), QColor(1, 200, 3));
-}
-
-void tst_widgets::scrollbars_are_slim()
-{
-    QTableView table;
-    QTextEdit text;
-    ondo::style_scrollbars(&table);
-    ondo::style_scrollbars(&text);
-    QCOMPARE(table.verticalScrollBar()->sizeHint().width(), 11);
-    QCOMPARE(table.horizontalScrollBar()->sizeHint().height(), 11);
-    QCOMPARE(text.verticalScrollBar()->sizeHint().width(), 11);
 }
 
 QTEST_MAIN(tst_widgets)
