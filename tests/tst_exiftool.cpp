@@ -19,149 +19,139 @@ class tst_exiftool : public QObject {
 private slots:
     void initTestCase() { test_support::use_private_settings(); }
     void cleanupTestCase() { exiftool::shutdown(true); }
-    void read_data();
-    void read();
-    void read_specific_tags();
-    void write_data();
-    void write();
-    void application_stamp();
-    void filter_data();
-    void filter();
+    void read_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("tag");
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<bool>("groups");
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("expected");
 
+        const QString time = "2019:07:01 10:11:12";
+        QTest::newRow("with groups") << "a.jpg" << "ExifIFD:DateTimeOriginal" << time << true
+                                     << "ExifIFD:DateTimeOriginal" << time;
+        QTest::newRow("without groups") << "b.jpg" << "ExifIFD:DateTimeOriginal" << time << false
+                                        << "DateTimeOriginal" << time;
+        QTest::newRow("non-ASCII file name") << "Märchen Ångström.jpg" << "IFD0:Make" << "Canon" << true
+                                             << "IFD0:Make" << "Canon";
+        QTest::newRow("png") << "c.png" << "XMP-photoshop:DateCreated" << "2001:02:03 04:05:06" << true
+                             << "XMP-photoshop:DateCreated" << "2001:02:03 04:05:06";
+        QTest::newRow("value cut at a further equals sign") << "e.jpg" << "IFD0:ImageDescription" << "a=b" << false
+                                                          << "ImageDescription" << "a";
+        QTest::newRow("blanks around a value") << "f.jpg" << "IFD0:ImageDescription" << "  padded  " << false
+                                               << "ImageDescription" << "padded";
+    }
+
+    void read()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, tag);
+        QFETCH(QString, value);
+        QFETCH(bool, groups);
+        QFETCH(QString, key);
+
+        const QString path = make_tagged_photo(dir.path(), name, {{tag, value}});
+        const exif_tag_map tags = exiftool::read_tags(path, groups, true);
+        QTEST(tags.count(key) ? tags.at(key) : "<absent>", "expected");
+        QCOMPARE(tags.at(groups ? "System:FileName" : "FileName"), name);
+    }
+
+    void read_specific_tags()
+    {
+        const QString path = make_tagged_photo(dir.path(), "specific.jpg", {{"IFD0:Make", "Canon"}, {"IFD0:Model", "EOS"}});
+        QCOMPARE(exiftool::read_specific_tags(path, {"Make"}), (exif_tag_map{{"Make", "Canon"}}));
+        QVERIFY(exiftool::read_specific_tags(path, {}).count("FileSize")); // an empty list reads everything
+        QVERIFY(exiftool::read_tags(dir.filePath("nothing here.jpg"), true, false).empty());
+    }
+
+    void write_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<exif_tag_map>("tags");
+        QTest::addColumn<bool>("result");
+        QTest::addColumn<exif_tag_map>("expected"); // read back with groups; an empty value: absent
+
+        QTest::newRow("set") << "jpeg" << exif_tag_map{{"DateTimeOriginal", "2020:01:02 03:04:05"}, {"Make", "Nikon"}}
+                             << true
+                             << exif_tag_map{{"ExifIFD:DateTimeOriginal", "2020:01:02 03:04:05"}, {"IFD0:Make", "Nikon"}};
+        QTest::newRow("empty value deletes") << "jpeg" << exif_tag_map{{"Make", ""}} << true
+                                             << exif_tag_map{{"IFD0:Make", ""}, {"IFD0:Model", "EOS"}};
+        QTest::newRow("value with percent and equals") << "jpeg" << exif_tag_map{{"ImageDescription", "%1 a=b"}}
+                                                       << true << exif_tag_map{{"IFD0:ImageDescription", "%1 a=b"}};
+        QTest::newRow("empty map") << "jpeg" << exif_tag_map{} << true << exif_tag_map{{"IFD0:Make", "Canon"}};
+        QTest::newRow("broken jpeg") << "broken" << exif_tag_map{{"Make", "Nikon"}} << false << exif_tag_map{};
+    }
+
+    void write()
+    {
+        QFETCH(QString, kind);
+        QFETCH(exif_tag_map, tags);
+        QFETCH(exif_tag_map, expected);
+
+        const QString path = make_tagged_photo(dir.path(), QString("write %1.jpg").arg(QTest::currentDataTag()),
+            {{"IFD0:Make", "Canon"}, {"IFD0:Model", "EOS"}});
+        if (kind == "broken") {
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write(QByteArray("\xff\xd8\xff\xe1 not really a jpeg", 22));
+        }
+        struct stat before {};
+        ::stat(QFile::encodeName(path).constData(), &before);
+
+        QTEST(exiftool::write_tags(path, tags), "result");
+
+        const exif_tag_map after = read_back(path);
+        for (const auto& [key, value] : expected)
+            QCOMPARE(after.count(key) ? after.at(key) : QString(), value);
+        // Written in place: same inode, no backup beside it.
+        struct stat now {};
+        ::stat(QFile::encodeName(path).constData(), &now);
+        QCOMPARE(now.st_ino, before.st_ino);
+        QVERIFY(!QFileInfo::exists(path + "_original"));
+    }
+
+    void application_stamp()
+    {
+        const QString path = make_tagged_photo(dir.path(), "stamp.jpg");
+        QVERIFY(exiftool::write_application_info_to_exif(path));
+        const exif_tag_map tags = read_back(path);
+        QCOMPARE(tags.at("IFD0:Software") + "|" + tags.at("XMP-xmp:CreatorTool"), QString("Velmora - Tavimo|Velmora - Tavimo"));
+    }
+
+    void filter_data()
+    {
+        QTest::addColumn<exif_tag_map>("tags");
+        QTest::addColumn<bool>("keep_file_tags");
+        QTest::addColumn<exif_tag_map>("expected");
+
+        const exif_tag_map writable = {{"DateTimeOriginal", "2019:07:01 10:11:12"}, {"Make", "Canon"},
+                                       {"FileModifyDate", "2019:07:01 10:11:12+02:00"}};
+        exif_tag_map mixed = writable;
+        mixed.insert({{"ExifToolVersion", "12.57"}, {"FileSize", "1 kB"}, {"FileAccessDate", "x"},
+                      {"MIMEType", "image/jpeg"}, {"LookName", "x"}, {"ThumbnailImage", "x"},
+                      {"ImageWidth", "32"}, {"ImageHeight", "24"}, {"Compression", "x"}});
+        exif_tag_map with_file = writable;
+        with_file.insert({{"FileName", "a.jpg"}, {"Directory", "/photos"}});
+        const exif_tag_map untouched = {{"IFD0:Compression", "x"}, {"imagewidth", "32"}, {"System:FileSize", "1"}};
+
+        QTest::newRow("empty") << exif_tag_map{} << false << exif_tag_map{};
+        QTest::newRow("read-only and derived tags go") << mixed << true << writable;
+        QTest::newRow("file tags kept") << with_file << true << with_file;
+        QTest::newRow("file tags dropped") << with_file << false << writable;
+        QTest::newRow("grouped and other-case keys stay") << untouched << false << untouched;
+    }
+
+    void filter()
+    {
+        QFETCH(exif_tag_map, tags);
+        QFETCH(bool, keep_file_tags);
+        QTEST(exiftool::remove_nonwriteable_tags(tags, keep_file_tags), "expected");
+    }
 private:
     QTemporaryDir dir;
 };
 
-
-void tst_exiftool::read_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("tag");
-    QTest::addColumn<QString>("value");
-    QTest::addColumn<bool>("groups");
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<QString>("expected");
-
-    const QString time = "2019:07:01 10:11:12";
-    QTest::newRow("with groups") << "a.jpg" << "ExifIFD:DateTimeOriginal" << time << true
-                                 << "ExifIFD:DateTimeOriginal" << time;
-    QTest::newRow("without groups") << "b.jpg" << "ExifIFD:DateTimeOriginal" << time << false
-                                    << "DateTimeOriginal" << time;
-    QTest::newRow("non-ASCII file name") << "Märchen Ångström.jpg" << "IFD0:Make" << "Canon" << true
-                                         << "IFD0:Make" << "Canon";
-    QTest::newRow("png") << "c.png" << "XMP-photoshop:DateCreated" << "2001:02:03 04:05:06" << true
-                         << "XMP-photoshop:DateCreated" << "2001:02:03 04:05:06";
-    QTest::newRow("value cut at a further equals sign") << "e.jpg" << "IFD0:ImageDescription" << "a=b" << false
-                                                      << "ImageDescription" << "a";
-    QTest::newRow("blanks around a value") << "f.jpg" << "IFD0:ImageDescription" << "  padded  " << false
-                                           << "ImageDescription" << "padded";
-}
-
-void tst_exiftool::read()
-{
-    QFETCH(QString, name);
-    QFETCH(QString, tag);
-    QFETCH(QString, value);
-    QFETCH(bool, groups);
-    QFETCH(QString, key);
-
-    const QString path = make_tagged_photo(dir.path(), name, {{tag, value}});
-    const exif_tag_map tags = exiftool::read_tags(path, groups, true);
-    QTEST(tags.count(key) ? tags.at(key) : "<absent>", "expected");
-    QCOMPARE(tags.at(groups ? "System:FileName" : "FileName"), name);
-}
-
-void tst_exiftool::read_specific_tags()
-{
-    const QString path = make_tagged_photo(dir.path(), "specific.jpg", {{"IFD0:Make", "Canon"}, {"IFD0:Model", "EOS"}});
-    QCOMPARE(exiftool::read_specific_tags(path, {"Make"}), (exif_tag_map{{"Make", "Canon"}}));
-    QVERIFY(exiftool::read_specific_tags(path, {}).count("FileSize")); // an empty list reads everything
-    QVERIFY(exiftool::read_tags(dir.filePath("nothing here.jpg"), true, false).empty());
-}
-
-void tst_exiftool::write_data()
-{
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<exif_tag_map>("tags");
-    QTest::addColumn<bool>("result");
-    QTest::addColumn<exif_tag_map>("expected"); // read back with groups; an empty value: absent
-
-    QTest::newRow("set") << "jpeg" << exif_tag_map{{"DateTimeOriginal", "2020:01:02 03:04:05"}, {"Make", "Nikon"}}
-                         << true
-                         << exif_tag_map{{"ExifIFD:DateTimeOriginal", "2020:01:02 03:04:05"}, {"IFD0:Make", "Nikon"}};
-    QTest::newRow("empty value deletes") << "jpeg" << exif_tag_map{{"Make", ""}} << true
-                                         << exif_tag_map{{"IFD0:Make", ""}, {"IFD0:Model", "EOS"}};
-    QTest::newRow("value with percent and equals") << "jpeg" << exif_tag_map{{"ImageDescription", "%1 a=b"}}
-                                                   << true << exif_tag_map{{"IFD0:ImageDescription", "%1 a=b"}};
-    QTest::newRow("empty map") << "jpeg" << exif_tag_map{} << true << exif_tag_map{{"IFD0:Make", "Canon"}};
-    QTest::newRow("broken jpeg") << "broken" << exif_tag_map{{"Make", "Nikon"}} << false << exif_tag_map{};
-}
-
-void tst_exiftool::write()
-{
-    QFETCH(QString, kind);
-    QFETCH(exif_tag_map, tags);
-    QFETCH(exif_tag_map, expected);
-
-    const QString path = make_tagged_photo(dir.path(), QString("write %1.jpg").arg(QTest::currentDataTag()),
-        {{"IFD0:Make", "Canon"}, {"IFD0:Model", "EOS"}});
-    if (kind == "broken") {
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(QByteArray("\xff\xd8\xff\xe1 not really a jpeg", 22));
-    }
-    struct stat before {};
-    ::stat(QFile::encodeName(path).constData(), &before);
-
-    QTEST(exiftool::write_tags(path, tags), "result");
-
-    const exif_tag_map after = read_back(path);
-    for (const auto& [key, value] : expected)
-        QCOMPARE(after.count(key) ? after.at(key) : QString(), value);
-    // Written in place: same inode, no backup beside it.
-    struct stat now {};
-    ::stat(QFile::encodeName(path).constData(), &now);
-    QCOMPARE(now.st_ino, before.st_ino);
-    QVERIFY(!QFileInfo::exists(path + "_original"));
-}
-
-void tst_exiftool::application_stamp()
-{
-    const QString path = make_tagged_photo(dir.path(), "stamp.jpg");
-    QVERIFY(exiftool::write_application_info_to_exif(path));
-    const exif_tag_map tags = read_back(path);
-    QCOMPARE(tags.at("IFD0:Software") + "|" + tags.at("XMP-xmp:CreatorTool"), QString("Velmora - Tavimo|Velmora - Tavimo"));
-}
-
-void tst_exiftool::filter_data()
-{
-    QTest::addColumn<exif_tag_map>("tags");
-    QTest::addColumn<bool>("keep_file_tags");
-    QTest::addColumn<exif_tag_map>("expected");
-
-    const exif_tag_map writable = {{"DateTimeOriginal", "2019:07:01 10:11:12"}, {"Make", "Canon"},
-                                   {"FileModifyDate", "2019:07:01 10:11:12+02:00"}};
-    exif_tag_map mixed = writable;
-    mixed.insert({{"ExifToolVersion", "12.57"}, {"FileSize", "1 kB"}, {"FileAccessDate", "x"},
-                  {"MIMEType", "image/jpeg"}, {"LookName", "x"}, {"ThumbnailImage", "x"},
-                  {"ImageWidth", "32"}, {"ImageHeight", "24"}, {"Compression", "x"}});
-    exif_tag_map with_file = writable;
-    with_file.insert({{"FileName", "a.jpg"}, {"Directory", "/photos"}});
-    const exif_tag_map untouched = {{"IFD0:Compression", "x"}, {"imagewidth", "32"}, {"System:FileSize", "1"}};
-
-    QTest::newRow("empty") << exif_tag_map{} << false << exif_tag_map{};
-    QTest::newRow("read-only and derived tags go") << mixed << true << writable;
-    QTest::newRow("file tags kept") << with_file << true << with_file;
-    QTest::newRow("file tags dropped") << with_file << false << writable;
-    QTest::newRow("grouped and other-case keys stay") << untouched << false << untouched;
-}
-
-void tst_exiftool::filter()
-{
-    QFETCH(exif_tag_map, tags);
-    QFETCH(bool, keep_file_tags);
-    QTEST(exiftool::remove_nonwriteable_tags(tags, keep_file_tags), "expected");
-}
 
 QTEST_GUILESS_MAIN(tst_exiftool)
 #include "tst_exiftool.moc"

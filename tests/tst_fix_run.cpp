@@ -80,17 +80,279 @@ private slots:
     }
     void cleanupTestCase() { ondo::exiftool::shutdown(false); }
 
-    void writes_the_worked_examples_data();
-    void writes_the_worked_examples();
-    void questions_before_the_run_data();
-    void questions_before_the_run();
-    void failed_files_are_offered_for_undo_data();
-    void failed_files_are_offered_for_undo();
-    void undo_restores_what_was_read_data();
-    void undo_restores_what_was_read();
-    void undo_of_an_iptc_zone_gives_utc();
-    void fix_and_undo_touch_nothing_else();
+    // Each row: the file's tags, the zone typed beside a one-hour offset, the lines the fix sends,
+    // one tag as read back afterwards, and the lines the undo sends (file times left out).
+    void writes_and_undoes_the_worked_examples_data()
+    {
+        QTest::addColumn<QStringList>("tags");
+        QTest::addColumn<QString>("zone");
+        QTest::addColumn<QStringList>("lines");
+        QTest::addColumn<QString>("read_back");
+        QTest::addColumn<QStringList>("undo");
 
+        const QString later = "2017:06:21 19:30:05";
+        const QStringList exif = {"ExifIFD:DateTimeOriginal=" + exif_time, "ExifIFD:CreateDate=" + exif_time,
+                                  "IFD0:ModifyDate=" + exif_time};
+        // This system keeps no creation time, so ExifTool reads no System:FileCreateDate to write.
+        QTest::newRow("one hour, no zone")
+            << exif << ""
+            << QStringList{"-ExifIFD:CreateDate=" + later, "-ExifIFD:DateTimeOriginal=" + later, "-IFD0:ModifyDate=" + later,
+                   "-System:FileInodeChangeDate=" + later, "-System:FileModifyDate=" + later}
+            << "System:FileModifyDate=2017:06:21 19:30:05+02:00" << QStringList();
+        QTest::newRow("zone entered adds the IPTC pair, undo removes it")
+            << exif << "2"
+            << QStringList{"-ExifIFD:CreateDate=" + later, "-ExifIFD:DateTimeOriginal=" + later, "-IFD0:ModifyDate=" + later,
+                   "-IPTC:DateCreated=2017:06:21 19:30:05+02:00", "-IPTC:TimeCreated=2017:06:21 19:30:05+02:00",
+                   "-System:FileInodeChangeDate=2017:06:21 19:30:05+02:00", "-System:FileModifyDate=2017:06:21 19:30:05+02:00"}
+            << "IPTC:TimeCreated=19:30:05+02:00"
+            << QStringList{"-ExifIFD:CreateDate=" + exif_time, "-ExifIFD:DateTimeOriginal=" + exif_time,
+                   "-IFD0:ModifyDate=" + exif_time, "-IPTC:DateCreated=", "-IPTC:TimeCreated=", "-System:FileCreateDate=",
+                   "-XMP-photoshop:DateCreated="};
+        const QStringList iptc = {"ExifIFD:DateTimeOriginal=" + exif_time, "IPTC:DateCreated=2017:06:21",
+                                  "IPTC:TimeCreated=18:30:05+05:30"};
+        QTest::newRow("file zone kept")
+            << iptc << ""
+            << QStringList{"-ExifIFD:DateTimeOriginal=" + later, "-IPTC:DateCreated=2017:06:21 19:30:05+05:30",
+                   "-IPTC:TimeCreated=2017:06:21 19:30:05+05:30", "-System:FileInodeChangeDate=2017:06:21 19:30:05+05:30",
+                   "-System:FileModifyDate=2017:06:21 19:30:05+05:30"}
+            << "System:FileModifyDate=2017:06:21 16:00:05+02:00" << QStringList();
+        QTest::newRow("file zone plus entered zone")
+            << iptc << "-1.5"
+            << QStringList{"-ExifIFD:DateTimeOriginal=" + later, "-IPTC:DateCreated=2017:06:21 19:30:05+04:00",
+                   "-IPTC:TimeCreated=2017:06:21 19:30:05+04:00", "-System:FileInodeChangeDate=2017:06:21 19:30:05+04:00",
+                   "-System:FileModifyDate=2017:06:21 19:30:05+04:00"}
+            << "IPTC:TimeCreated=19:30:05+04:00" << QStringList();
+        QTest::newRow("IFD0 only: no ExifIFD line")
+            << QStringList{"IFD0:DateTimeOriginal=" + exif_time, "XMP-photoshop:DateCreated=" + exif_time} << ""
+            << QStringList{"-IFD0:DateTimeOriginal=" + later, "-System:FileInodeChangeDate=" + later,
+                   "-System:FileModifyDate=" + later, "-XMP-photoshop:DateCreated=" + later}
+            << "IFD0:DateTimeOriginal=" + later
+            << QStringList{"-IFD0:DateTimeOriginal=" + exif_time, "-ExifIFD:CreateDate=", "-IFD0:ModifyDate=",
+                   "-IPTC:DateCreated=", "-IPTC:TimeCreated=", "-System:FileCreateDate=",
+                   "-XMP-photoshop:DateCreated=" + exif_time};
+    }
+
+    void writes_and_undoes_the_worked_examples()
+    {
+        QFETCH(QStringList, tags);
+        QFETCH(QString, zone);
+        QFETCH(QString, read_back);
+        QFETCH(QStringList, undo);
+
+        const QString path = photo("a.jpg", tags);
+        load_and_type({path}, "lineedit_hour", "1", zone);
+        auto writes = press(fix_tip);
+        QCOMPARE(writes.size(), 1);
+        QTEST(writes.first(), "lines");
+        exif_tag_map now = test_support::read_back(path);
+        const QString tag = read_back.section('=', 0, 0);
+        QCOMPARE(tag + "=" + (now.count(tag) ? now.at(tag) : QString("<absent>")), read_back);
+        QCOMPARE(now.count("ExifIFD:DateTimeOriginal"), size_t(tags.filter("ExifIFD:DateTimeOriginal").size()));
+        // Every run ends with an empty table and, after a success, something to undo.
+        QCOMPARE(rows(), 0);
+        QVERIFY(button(undo_tip)->isEnabled());
+        if (undo.isEmpty())
+            return;
+
+        // The table is empty after the run: undo works from what it kept alone.
+        writes = press(undo_tip);
+        QCOMPARE(writes.size(), 1);
+        QStringList sent = writes.first().filter(QRegularExpression("^-(?!System:File(Modify|InodeChange)Date)"));
+        sent.sort();
+        undo.sort();
+        QCOMPARE(sent, undo);
+        QVERIFY(!button(undo_tip)->isEnabled());
+        now = test_support::read_back(path);
+        for (const QString& pair : tags)
+            QCOMPARE(now.at(pair.section('=', 0, 0)), pair.section('=', 1));
+        QVERIFY(!now.count("IPTC:DateCreated") && !now.count("IPTC:TimeCreated"));
+    }
+
+    void questions_before_the_run_data()
+    {
+        QTest::addColumn<QStringList>("files"); // name|tag=value;tag=value
+        QTest::addColumn<QString>("field");
+        QTest::addColumn<QString>("offset");
+        QTest::addColumn<QString>("zone");
+        QTest::addColumn<QStringList>("answers");
+        QTest::addColumn<QStringList>("questions"); // the start of each text, in order
+        QTest::addColumn<bool>("written");
+
+        const QString dto = "ExifIFD:DateTimeOriginal=";
+        QTest::newRow("empty table asks nothing") << QStringList() << "lineedit_hour" << "1" << ""
+                                                  << QStringList() << QStringList() << false;
+        QTest::newRow("CR3 with a zone, aborted")
+            << QStringList{"X.CR3|", "b.jpg|" + dto + exif_time} << "lineedit_hour" << "1" << "0"
+            << QStringList{"Abort"} << QStringList{"Trying to alter/set timezone of 1 CR3 images."} << false;
+        QTest::newRow("CR3 without a zone asks nothing")
+            << QStringList{"X.cr3|", "b.jpg|" + dto + exif_time} << "lineedit_hour" << "1" << ""
+            << QStringList() << QStringList() << true;
+        QTest::newRow("a zone skips the 1972 question")
+            << QStringList{"a.jpg|" + dto + "1972:01:01 00:00:00"} << "lineedit_second" << "-1" << "1"
+            << QStringList() << QStringList() << true;
+        QTest::newRow("zoneless IPTC counted, aborted")
+            << QStringList{"a.jpg|" + dto + exif_time + ";IPTC:TimeCreated=18:30:05+02:00",
+                           "b.jpg|" + dto + exif_time + ";IPTC:TimeCreated=18:30:05",
+                           "c.jpg|" + dto + exif_time + ";IPTC:DateCreated=2017:06:21", "d.jpg|" + dto + exif_time}
+            << "lineedit_hour" << "1" << "" << QStringList{"Abort"}
+            << QStringList{"2 files do not have any timezone information set"} << false;
+        QTest::newRow("1972 exactly is not early")
+            << QStringList{"a.jpg|" + dto + "1972:01:01 00:00:01"} << "lineedit_second" << "-1" << ""
+            << QStringList() << QStringList() << true;
+        QTest::newRow("a second before 1972, continued")
+            << QStringList{"a.jpg|" + dto + "1972:01:01 00:00:00"} << "lineedit_second" << "-1" << ""
+            << QStringList{"Continue"} << QStringList{"1 files would be assigned a recording time prior to"} << true;
+        QTest::newRow("zone question first, then 1972 aborted")
+            << QStringList{"a.jpg|" + dto + "1960:05:01 10:00:00;IPTC:TimeCreated=10:00:00"} << "lineedit_hour" << "1"
+            << "" << QStringList{"Continue", "Abort"}
+            << QStringList{"1 files do not have any timezone information set", "1 files would be assigned"} << false;
+    }
+
+    void questions_before_the_run()
+    {
+        QFETCH(QStringList, files);
+        QFETCH(QString, field);
+        QFETCH(QString, offset);
+        QFETCH(QString, zone);
+        QFETCH(QStringList, answers);
+        QFETCH(QStringList, questions);
+        QFETCH(bool, written);
+
+        QStringList paths;
+        for (const QString& spec : files)
+            paths << photo(spec.section('|', 0, 0), spec.section('|', 1).split(';', Qt::SkipEmptyParts));
+        // A file's bytes and its modification time, which every run writes.
+        auto state = [](const QString& path) {
+            QFile file(path);
+            return file.open(QIODevice::ReadOnly) ? file.readAll() + QFileInfo(path).lastModified().toString().toUtf8()
+                                                  : QByteArray();
+        };
+        QMap<QString, QByteArray> before;
+        for (const QString& path : paths)
+            before[path] = state(path);
+
+        load_and_type(paths, field, offset, zone);
+        // With no question expected, an answer is armed all the same, to catch one that comes.
+        const auto shown = std::make_shared<shown_boxes>();
+        arm(shown, answers.isEmpty() ? QStringList{"Continue"} : answers);
+        const auto writes = press(fix_tip);
+        for (const auto& box : *shown)
+            box->cancelled = true;
+
+        QStringList asked;
+        for (const auto& box : *shown)
+            if (box->answered)
+                asked << box->text;
+        QCOMPARE(asked.size(), questions.size());
+        for (int i = 0; i < questions.size(); ++i) {
+            QVERIFY2(asked[i].startsWith(questions[i]), qPrintable(asked[i]));
+            QCOMPARE(shown->at(i)->title, QString("Continue?"));
+            QCOMPARE(shown->at(i)->buttons, QStringList({"Continue", "Abort"}));
+        }
+
+        QCOMPARE(!writes.isEmpty(), written);
+        QCOMPARE(button(undo_tip)->isEnabled(), written);
+        for (const QString& path : paths)
+            QCOMPARE(state(path) == before[path], !written);
+        // An abort leaves table and offset as they were; a run ends with both cleared.
+        const bool aborted = answers.contains("Abort");
+        QCOMPARE(rows(), aborted ? paths.size() : 0);
+        QCOMPARE(window->findChild<QLineEdit*>(field)->text(), aborted ? offset : QString());
+    }
+
+    void failed_files_are_offered_for_undo_data()
+    {
+        QTest::addColumn<int>("good_files");
+        QTest::addColumn<QString>("answer");
+        QTest::addColumn<bool>("undo_left");
+
+        QTest::newRow("keep changes") << 2 << "Keep changes" << true;
+        QTest::newRow("undo changes") << 2 << "Undo Changes" << false;
+        QTest::newRow("every file fails") << 0 << "Keep changes" << false;
+    }
+
+    void failed_files_are_offered_for_undo()
+    {
+        QFETCH(int, good_files);
+        QFETCH(QString, answer);
+        QFETCH(bool, undo_left);
+
+        QStringList good;
+        for (int i = 0; i < good_files; ++i)
+            good << photo(QString("good%1.jpg").arg(i), {"ExifIFD:DateTimeOriginal=" + exif_time});
+        // Files that vanish between the load and the run: ExifTool reports them not updated.
+        const QStringList bad = {photo("gone1.jpg", {"ExifIFD:DateTimeOriginal=" + exif_time}),
+                                 photo("gone2.jpg", {"ExifIFD:DateTimeOriginal=" + exif_time})};
+
+        load_and_type(good + bad, "lineedit_hour", "1");
+        for (const QString& path : bad)
+            QVERIFY(QFile::remove(path));
+        const auto shown = test_support::answer_next_box(answer);
+        press(fix_tip);
+        shown->cancelled = true;
+
+        QVERIFY(shown->answered);
+        QCOMPARE(shown->buttons, QStringList({"Keep changes", "Undo Changes"}));
+        QCOMPARE(shown->text, QString("The following 2 files could not be fixed:\n%1\n\n Do you want to keep the "
+                                      "changes in the other files").arg(bad.join('\n')));
+        QCOMPARE(button(undo_tip)->isEnabled(), undo_left);
+        const QString expected = answer == "Keep changes" ? "2017:06:21 19:30:05" : exif_time;
+        for (const QString& path : good)
+            QCOMPARE(test_support::read_back(path).at("ExifIFD:DateTimeOriginal"), expected);
+        QCOMPARE(rows(), 0);
+    }
+
+    void undo_of_an_iptc_zone_gives_utc()
+    {
+        const QString path = photo("a.jpg", {"ExifIFD:DateTimeOriginal=" + exif_time, "IPTC:DateCreated=2017:06:21",
+                                             "IPTC:TimeCreated=18:30:05+02:00"});
+        const QString no_dto = photo("b.jpg", {"ExifIFD:CreateDate=" + exif_time});
+        load_and_type({path, no_dto}, "lineedit_hour", "1");
+        // Without DateTimeOriginal the creation time is the recording time, and it moves the others.
+        const QAbstractItemModel* table = window->findChild<QTableView*>("tableView")->model();
+        QString shifted;
+        for (int row = 0; row < table->rowCount(); ++row)
+            if (table->index(row, 0).data().toString() == "b.jpg")
+                shifted = table->index(row, 2).data(Qt::UserRole).toDateTime().toString("yyyy:MM:dd hh:mm:ss");
+        QVERIFY(!shifted.isEmpty());
+
+        const auto fixes = press(fix_tip);
+        QCOMPARE(fixes.size(), 2);
+        QVERIFY(fixes[1].contains("-ExifIFD:CreateDate=" + shifted));
+        QCOMPARE(test_support::read_back(path).at("IPTC:TimeCreated"), QString("19:30:05+02:00"));
+
+        press(undo_tip);
+        // The stored zone doesn't convert to a number, so the old clock reading comes back at UTC.
+        QCOMPARE(test_support::read_back(path).at("IPTC:TimeCreated"), QString("18:30:05+00:00"));
+        QCOMPARE(test_support::read_back(no_dto).at("ExifIFD:CreateDate"), exif_time);
+        QVERIFY(!button(undo_tip)->isEnabled());
+    }
+
+    void fix_and_undo_touch_nothing_else()
+    {
+        const QStringList paths = {
+            photo("plain.jpg", {"ExifIFD:DateTimeOriginal=" + exif_time, "IFD0:Make=Velmora", "IFD0:Model=Model 7",
+                                "ExifIFD:ISO=200", "XMP-dc:Title=Harbour"}),
+            photo("iptc.jpg", {"ExifIFD:DateTimeOriginal=" + exif_time, "IPTC:DateCreated=2017:06:21",
+                               "IPTC:TimeCreated=18:30:05", "IPTC:Keywords=boat", "XMP-photoshop:DateCreated=" + exif_time}),
+            photo("image.png", {"XMP-dc:Title=Lines", "XMP-photoshop:DateCreated=" + exif_time}),
+        };
+        QMap<QString, QStringList> tags_before;
+        QMap<QString, QImage> pixels_before;
+        for (const QString& path : paths) {
+            tags_before[path] = other_tags(path);
+            pixels_before[path] = QImage(path);
+        }
+
+        load_and_type(paths, "lineedit_day", "-3", "2");
+        press(fix_tip);
+        press(undo_tip);
+
+        for (const QString& path : paths) {
+            QCOMPARE(other_tags(path), tags_before[path]);
+            QCOMPARE(QImage(path), pixels_before[path]);
+        }
+    }
 private:
     QString photo(const QString& name, const QStringList& tags = {});
     // Opens the window on `paths` and types the offset (and the zone, if any).
@@ -148,315 +410,6 @@ QList<QStringList> tst_fix_run::press(const QString& tool_tip)
         writes << text.split('\n').filter(QRegularExpression("^-[A-Za-z0-9-]+:[A-Za-z]+="));
     }
     return writes;
-}
-
-void tst_fix_run::writes_the_worked_examples_data()
-{
-    QTest::addColumn<QStringList>("tags");
-    QTest::addColumn<QString>("zone");
-    QTest::addColumn<QStringList>("lines");
-    QTest::addColumn<QStringList>("read_back");
-
-    const QStringList exif = {"ExifIFD:DateTimeOriginal=" + exif_time, "ExifIFD:CreateDate=" + exif_time,
-                              "IFD0:ModifyDate=" + exif_time};
-    // This system keeps no creation time, so ExifTool reads no System:FileCreateDate to write.
-    QTest::newRow("one hour, no zone")
-        << exif << ""
-        << QStringList{"-ExifIFD:CreateDate=2017:06:21 19:30:05", "-ExifIFD:DateTimeOriginal=2017:06:21 19:30:05",
-                       "-IFD0:ModifyDate=2017:06:21 19:30:05", "-System:FileInodeChangeDate=2017:06:21 19:30:05",
-                       "-System:FileModifyDate=2017:06:21 19:30:05"}
-        << QStringList{"ExifIFD:DateTimeOriginal=2017:06:21 19:30:05", "IFD0:ModifyDate=2017:06:21 19:30:05",
-                       "System:FileModifyDate=2017:06:21 19:30:05+02:00"};
-    QTest::newRow("zone entered adds the IPTC pair")
-        << exif << "2"
-        << QStringList{"-ExifIFD:CreateDate=2017:06:21 19:30:05", "-ExifIFD:DateTimeOriginal=2017:06:21 19:30:05",
-                       "-IFD0:ModifyDate=2017:06:21 19:30:05", "-IPTC:DateCreated=2017:06:21 19:30:05+02:00",
-                       "-IPTC:TimeCreated=2017:06:21 19:30:05+02:00",
-                       "-System:FileInodeChangeDate=2017:06:21 19:30:05+02:00",
-                       "-System:FileModifyDate=2017:06:21 19:30:05+02:00"}
-        << QStringList{"IPTC:DateCreated=2017:06:21", "IPTC:TimeCreated=19:30:05+02:00",
-                       "ExifIFD:CreateDate=2017:06:21 19:30:05"};
-    const QStringList iptc = {"ExifIFD:DateTimeOriginal=" + exif_time, "IPTC:DateCreated=2017:06:21",
-                              "IPTC:TimeCreated=18:30:05+05:30"};
-    QTest::newRow("file zone kept")
-        << iptc << ""
-        << QStringList{"-ExifIFD:DateTimeOriginal=2017:06:21 19:30:05", "-IPTC:DateCreated=2017:06:21 19:30:05+05:30",
-                       "-IPTC:TimeCreated=2017:06:21 19:30:05+05:30",
-                       "-System:FileInodeChangeDate=2017:06:21 19:30:05+05:30",
-                       "-System:FileModifyDate=2017:06:21 19:30:05+05:30"}
-        << QStringList{"IPTC:TimeCreated=19:30:05+05:30", "System:FileModifyDate=2017:06:21 16:00:05+02:00"};
-    QTest::newRow("file zone plus entered zone")
-        << iptc << "-1.5"
-        << QStringList{"-ExifIFD:DateTimeOriginal=2017:06:21 19:30:05", "-IPTC:DateCreated=2017:06:21 19:30:05+04:00",
-                       "-IPTC:TimeCreated=2017:06:21 19:30:05+04:00",
-                       "-System:FileInodeChangeDate=2017:06:21 19:30:05+04:00",
-                       "-System:FileModifyDate=2017:06:21 19:30:05+04:00"}
-        << QStringList{"IPTC:TimeCreated=19:30:05+04:00", "ExifIFD:DateTimeOriginal=2017:06:21 19:30:05"};
-    QTest::newRow("IFD0 only: no ExifIFD line")
-        << QStringList{"IFD0:DateTimeOriginal=" + exif_time} << ""
-        << QStringList{"-IFD0:DateTimeOriginal=2017:06:21 19:30:05",
-                       "-System:FileInodeChangeDate=2017:06:21 19:30:05",
-                       "-System:FileModifyDate=2017:06:21 19:30:05"}
-        << QStringList{"IFD0:DateTimeOriginal=2017:06:21 19:30:05"};
-}
-
-void tst_fix_run::writes_the_worked_examples()
-{
-    QFETCH(QStringList, tags);
-    QFETCH(QString, zone);
-    QFETCH(QStringList, lines);
-    QFETCH(QStringList, read_back);
-
-    const QString path = photo("a.jpg", tags);
-    load_and_type({path}, "lineedit_hour", "1", zone);
-    const auto writes = press(fix_tip);
-    QCOMPARE(writes.size(), 1);
-    QCOMPARE(writes.first(), lines);
-
-    const exif_tag_map now = test_support::read_back(path);
-    for (const QString& pair : read_back) {
-        const QString tag = pair.section('=', 0, 0);
-        QCOMPARE(tag + "=" + (now.count(tag) ? now.at(tag) : QString("<absent>")), pair);
-    }
-    if (!tags.filter("IFD0:DateTimeOriginal").isEmpty())
-        QVERIFY(!now.count("ExifIFD:DateTimeOriginal"));
-    // Every run ends with an empty table and, after a success, something to undo.
-    QCOMPARE(rows(), 0);
-    QVERIFY(button(undo_tip)->isEnabled());
-}
-
-void tst_fix_run::questions_before_the_run_data()
-{
-    QTest::addColumn<QStringList>("files"); // name|tag=value;tag=value
-    QTest::addColumn<QString>("field");
-    QTest::addColumn<QString>("offset");
-    QTest::addColumn<QString>("zone");
-    QTest::addColumn<QStringList>("answers");
-    QTest::addColumn<QStringList>("questions"); // the start of each text, in order
-    QTest::addColumn<bool>("written");
-
-    const QString dto = "ExifIFD:DateTimeOriginal=";
-    QTest::newRow("empty table asks nothing") << QStringList() << "lineedit_hour" << "1" << ""
-                                              << QStringList() << QStringList() << false;
-    QTest::newRow("CR3 with a zone, aborted")
-        << QStringList{"X.CR3|", "b.jpg|" + dto + exif_time} << "lineedit_hour" << "1" << "0"
-        << QStringList{"Abort"} << QStringList{"Trying to alter/set timezone of 1 CR3 images."} << false;
-    QTest::newRow("CR3 without a zone asks nothing")
-        << QStringList{"X.cr3|", "b.jpg|" + dto + exif_time} << "lineedit_hour" << "1" << ""
-        << QStringList() << QStringList() << true;
-    QTest::newRow("a zone skips the 1972 question")
-        << QStringList{"a.jpg|" + dto + "1972:01:01 00:00:00"} << "lineedit_second" << "-1" << "1"
-        << QStringList() << QStringList() << true;
-    QTest::newRow("zoneless IPTC counted, aborted")
-        << QStringList{"a.jpg|" + dto + exif_time + ";IPTC:TimeCreated=18:30:05+02:00",
-                       "b.jpg|" + dto + exif_time + ";IPTC:TimeCreated=18:30:05",
-                       "c.jpg|" + dto + exif_time + ";IPTC:DateCreated=2017:06:21", "d.jpg|" + dto + exif_time}
-        << "lineedit_hour" << "1" << "" << QStringList{"Abort"}
-        << QStringList{"2 files do not have any timezone information set"} << false;
-    QTest::newRow("1972 exactly is not early")
-        << QStringList{"a.jpg|" + dto + "1972:01:01 00:00:01"} << "lineedit_second" << "-1" << ""
-        << QStringList() << QStringList() << true;
-    QTest::newRow("a second before 1972, continued")
-        << QStringList{"a.jpg|" + dto + "1972:01:01 00:00:00"} << "lineedit_second" << "-1" << ""
-        << QStringList{"Continue"} << QStringList{"1 files would be assigned a recording time prior to"} << true;
-    QTest::newRow("zone question first, then 1972 aborted")
-        << QStringList{"a.jpg|" + dto + "1960:05:01 10:00:00;IPTC:TimeCreated=10:00:00"} << "lineedit_hour" << "1"
-        << "" << QStringList{"Continue", "Abort"}
-        << QStringList{"1 files do not have any timezone information set", "1 files would be assigned"} << false;
-}
-
-void tst_fix_run::questions_before_the_run()
-{
-    QFETCH(QStringList, files);
-    QFETCH(QString, field);
-    QFETCH(QString, offset);
-    QFETCH(QString, zone);
-    QFETCH(QStringList, answers);
-    QFETCH(QStringList, questions);
-    QFETCH(bool, written);
-
-    QStringList paths;
-    for (const QString& spec : files)
-        paths << photo(spec.section('|', 0, 0), spec.section('|', 1).split(';', Qt::SkipEmptyParts));
-    // A file's bytes and its modification time, which every run writes.
-    auto state = [](const QString& path) {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() + QFileInfo(path).lastModified().toString().toUtf8()
-                                              : QByteArray();
-    };
-    QMap<QString, QByteArray> before;
-    for (const QString& path : paths)
-        before[path] = state(path);
-
-    load_and_type(paths, field, offset, zone);
-    // With no question expected, an answer is armed all the same, to catch one that comes.
-    const auto shown = std::make_shared<shown_boxes>();
-    arm(shown, answers.isEmpty() ? QStringList{"Continue"} : answers);
-    const auto writes = press(fix_tip);
-    for (const auto& box : *shown)
-        box->cancelled = true;
-
-    QStringList asked;
-    for (const auto& box : *shown)
-        if (box->answered)
-            asked << box->text;
-    QCOMPARE(asked.size(), questions.size());
-    for (int i = 0; i < questions.size(); ++i) {
-        QVERIFY2(asked[i].startsWith(questions[i]), qPrintable(asked[i]));
-        QCOMPARE(shown->at(i)->title, QString("Continue?"));
-        QCOMPARE(shown->at(i)->buttons, QStringList({"Continue", "Abort"}));
-    }
-
-    QCOMPARE(!writes.isEmpty(), written);
-    QCOMPARE(button(undo_tip)->isEnabled(), written);
-    for (const QString& path : paths)
-        QCOMPARE(state(path) == before[path], !written);
-    // An abort leaves table and offset as they were; a run ends with both cleared.
-    const bool aborted = answers.contains("Abort");
-    QCOMPARE(rows(), aborted ? paths.size() : 0);
-    QCOMPARE(window->findChild<QLineEdit*>(field)->text(), aborted ? offset : QString());
-}
-
-void tst_fix_run::failed_files_are_offered_for_undo_data()
-{
-    QTest::addColumn<int>("good_files");
-    QTest::addColumn<QString>("answer");
-    QTest::addColumn<bool>("undo_left");
-
-    QTest::newRow("keep changes") << 2 << "Keep changes" << true;
-    QTest::newRow("undo changes") << 2 << "Undo Changes" << false;
-    QTest::newRow("every file fails") << 0 << "Keep changes" << false;
-}
-
-void tst_fix_run::failed_files_are_offered_for_undo()
-{
-    QFETCH(int, good_files);
-    QFETCH(QString, answer);
-    QFETCH(bool, undo_left);
-
-    QStringList good;
-    for (int i = 0; i < good_files; ++i)
-        good << photo(QString("good%1.jpg").arg(i), {"ExifIFD:DateTimeOriginal=" + exif_time});
-    // Files that vanish between the load and the run: ExifTool reports them not updated.
-    const QStringList bad = {photo("gone1.jpg", {"ExifIFD:DateTimeOriginal=" + exif_time}),
-                             photo("gone2.jpg", {"ExifIFD:DateTimeOriginal=" + exif_time})};
-
-    load_and_type(good + bad, "lineedit_hour", "1");
-    for (const QString& path : bad)
-        QVERIFY(QFile::remove(path));
-    const auto shown = test_support::answer_next_box(answer);
-    press(fix_tip);
-    shown->cancelled = true;
-
-    QVERIFY(shown->answered);
-    QCOMPARE(shown->buttons, QStringList({"Keep changes", "Undo Changes"}));
-    QCOMPARE(shown->text, QString("The following 2 files could not be fixed:\n%1\n\n Do you want to keep the "
-                                  "changes in the other files").arg(bad.join('\n')));
-    QCOMPARE(button(undo_tip)->isEnabled(), undo_left);
-    const QString expected = answer == "Keep changes" ? "2017:06:21 19:30:05" : exif_time;
-    for (const QString& path : good)
-        QCOMPARE(test_support::read_back(path).at("ExifIFD:DateTimeOriginal"), expected);
-    QCOMPARE(rows(), 0);
-}
-
-void tst_fix_run::undo_restores_what_was_read_data()
-{
-    QTest::addColumn<QStringList>("tags");
-    QTest::addColumn<QString>("zone");
-    QTest::addColumn<QStringList>("lines");
-
-    const QStringList exif = {"ExifIFD:DateTimeOriginal=" + exif_time, "ExifIFD:CreateDate=" + exif_time,
-                              "IFD0:ModifyDate=" + exif_time};
-    QTest::newRow("added IPTC pair removed")
-        << exif << "2"
-        << QStringList{"-ExifIFD:CreateDate=" + exif_time, "-ExifIFD:DateTimeOriginal=" + exif_time,
-                       "-IFD0:ModifyDate=" + exif_time, "-IPTC:DateCreated=", "-IPTC:TimeCreated=",
-                       "-System:FileCreateDate=", "-XMP-photoshop:DateCreated="};
-    QTest::newRow("IFD0 only")
-        << QStringList{"IFD0:DateTimeOriginal=" + exif_time, "XMP-photoshop:DateCreated=" + exif_time} << ""
-        << QStringList{"-IFD0:DateTimeOriginal=" + exif_time, "-ExifIFD:CreateDate=", "-IFD0:ModifyDate=",
-                       "-IPTC:DateCreated=", "-IPTC:TimeCreated=", "-System:FileCreateDate=",
-                       "-XMP-photoshop:DateCreated=" + exif_time};
-}
-
-void tst_fix_run::undo_restores_what_was_read()
-{
-    QFETCH(QStringList, tags);
-    QFETCH(QString, zone);
-    QFETCH(QStringList, lines);
-
-    const QString path = photo("a.jpg", tags);
-    load_and_type({path}, "lineedit_hour", "1", zone);
-    press(fix_tip);
-    QVERIFY(button(undo_tip)->isEnabled());
-
-    // The table is empty after the run: undo works from what it kept alone.
-    const auto writes = press(undo_tip);
-    QCOMPARE(writes.size(), 1);
-    QStringList sent = writes.first().filter(QRegularExpression("^-(?!System:File(Modify|InodeChange)Date)"));
-    sent.sort();
-    lines.sort();
-    QCOMPARE(sent, lines);
-    QVERIFY(!button(undo_tip)->isEnabled());
-
-    const exif_tag_map now = test_support::read_back(path);
-    for (const QString& pair : tags)
-        QCOMPARE(now.at(pair.section('=', 0, 0)), pair.section('=', 1));
-    QVERIFY(!now.count("IPTC:DateCreated"));
-    QVERIFY(!now.count("IPTC:TimeCreated"));
-    QVERIFY(!now.count("ExifIFD:DateTimeOriginal") || tags.filter("IFD0:DateTimeOriginal").isEmpty());
-}
-
-void tst_fix_run::undo_of_an_iptc_zone_gives_utc()
-{
-    const QString path = photo("a.jpg", {"ExifIFD:DateTimeOriginal=" + exif_time, "IPTC:DateCreated=2017:06:21",
-                                         "IPTC:TimeCreated=18:30:05+02:00"});
-    const QString no_dto = photo("b.jpg", {"ExifIFD:CreateDate=" + exif_time});
-    load_and_type({path, no_dto}, "lineedit_hour", "1");
-    // Without DateTimeOriginal the creation time is the recording time, and it moves the others.
-    const QAbstractItemModel* table = window->findChild<QTableView*>("tableView")->model();
-    QString shifted;
-    for (int row = 0; row < table->rowCount(); ++row)
-        if (table->index(row, 0).data().toString() == "b.jpg")
-            shifted = table->index(row, 2).data(Qt::UserRole).toDateTime().toString("yyyy:MM:dd hh:mm:ss");
-    QVERIFY(!shifted.isEmpty());
-
-    const auto fixes = press(fix_tip);
-    QCOMPARE(fixes.size(), 2);
-    QVERIFY(fixes[1].contains("-ExifIFD:CreateDate=" + shifted));
-    QCOMPARE(test_support::read_back(path).at("IPTC:TimeCreated"), QString("19:30:05+02:00"));
-
-    press(undo_tip);
-    // The stored zone doesn't convert to a number, so the old clock reading comes back at UTC.
-    QCOMPARE(test_support::read_back(path).at("IPTC:TimeCreated"), QString("18:30:05+00:00"));
-    QCOMPARE(test_support::read_back(no_dto).at("ExifIFD:CreateDate"), exif_time);
-    QVERIFY(!button(undo_tip)->isEnabled());
-}
-
-void tst_fix_run::fix_and_undo_touch_nothing_else()
-{
-    const QStringList paths = {
-        photo("plain.jpg", {"ExifIFD:DateTimeOriginal=" + exif_time, "IFD0:Make=Velmora", "IFD0:Model=Model 7",
-                            "ExifIFD:ISO=200", "XMP-dc:Title=Harbour"}),
-        photo("iptc.jpg", {"ExifIFD:DateTimeOriginal=" + exif_time, "IPTC:DateCreated=2017:06:21",
-                           "IPTC:TimeCreated=18:30:05", "IPTC:Keywords=boat", "XMP-photoshop:DateCreated=" + exif_time}),
-        photo("image.png", {"XMP-dc:Title=Lines", "XMP-photoshop:DateCreated=" + exif_time}),
-    };
-    QMap<QString, QStringList> tags_before;
-    QMap<QString, QImage> pixels_before;
-    for (const QString& path : paths) {
-        tags_before[path] = other_tags(path);
-        pixels_before[path] = QImage(path);
-    }
-
-    load_and_type(paths, "lineedit_day", "-3", "2");
-    press(fix_tip);
-    press(undo_tip);
-
-    for (const QString& path : paths) {
-        QCOMPARE(other_tags(path), tags_before[path]);
-        QCOMPARE(QImage(path), pixels_before[path]);
-    }
 }
 
 int main(int argc, char** argv)

@@ -9,92 +9,85 @@ class tst_thread : public QObject {
     Q_OBJECT
 
 private slots:
-    void queued_task_runs_without_waiting_for_the_poll();
-    void destroyed_pool_runs_queued_tasks_first_data();
-    void destroyed_pool_runs_queued_tasks_first();
-    void hooks_run_in_order();
-    void sleep_double_truncates_data();
-    void sleep_double_truncates();
+    void queued_task_runs_without_waiting_for_the_poll()
+    {
+        ondo::thread_pool<void> pool(2);
+        QTest::qWait(150); // both threads are inside their one-second wait now
+        std::atomic<bool> ran{false};
+        QElapsedTimer clock;
+        clock.start();
+        pool.enqueue([&](ondo::thread&) { ran = true; });
+        QTRY_VERIFY_WITH_TIMEOUT(ran, 2000);
+        QVERIFY2(clock.elapsed() < 500, qPrintable(QString::number(clock.elapsed())));
+    }
+
+    void destroyed_pool_runs_queued_tasks_first_data()
+    {
+        QTest::addColumn<int>("threads");
+        QTest::addColumn<int>("done");
+        QTest::newRow("one thread") << 1 << 4;
+        QTest::newRow("pool of zero runs nothing") << 0 << 0;
+    }
+
+    void destroyed_pool_runs_queued_tasks_first()
+    {
+        QFETCH(int, threads);
+        std::atomic<int> done{0};
+        std::atomic<bool> release{false};
+        {
+            ondo::thread_pool<void> pool(threads);
+            pool.enqueue([&](ondo::thread&) {
+                while (!release)
+                    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+                ++done;
+            });
+            for (int i = 0; i < 3; ++i)
+                pool.enqueue([&](ondo::thread&) { ++done; });
+            release = true;
+        }
+        QTEST(done.load(), "done");
+    }
+
+    void hooks_run_in_order()
+    {
+        QStringList order;
+        std::mutex order_mutex;
+        auto note = [&](const QString& what) {
+            std::lock_guard<std::mutex> guard(order_mutex);
+            order << what;
+        };
+        {
+            ondo::thread_wait t([&](ondo::thread& self) {
+                self.on_finish.push_back([&] { note("finish"); });
+                self.on_finish_with_thread.push_back([&](ondo::thread& th) { note(th.stop ? "finish/stopped" : "finish/running"); });
+                note("work");
+            });
+            t.on_destroy.push_back([&] { note("destroy"); });
+        }
+        QCOMPARE(order, QStringList({"work", "finish", "finish/stopped", "destroy"}));
+    }
+
+    void sleep_double_truncates_data()
+    {
+        QTest::addColumn<double>("seconds");
+        QTest::addColumn<int>("min_ms");
+        QTest::addColumn<int>("max_ms");
+        QTest::newRow("negative") << -2.5 << 0 << 200;
+        QTest::newRow("fraction below one") << 0.9 << 0 << 200;
+        QTest::newRow("fraction dropped") << 1.9 << 990 << 1500;
+    }
+
+    void sleep_double_truncates()
+    {
+        QFETCH(double, seconds);
+        QFETCH(int, min_ms);
+        QFETCH(int, max_ms);
+        QElapsedTimer clock;
+        clock.start();
+        ondo::sleep_double(seconds);
+        QVERIFY2(clock.elapsed() >= min_ms && clock.elapsed() <= max_ms, qPrintable(QString::number(clock.elapsed())));
+    }
 };
-
-void tst_thread::queued_task_runs_without_waiting_for_the_poll()
-{
-    ondo::thread_pool<void> pool(2);
-    QTest::qWait(150); // both threads are inside their one-second wait now
-    std::atomic<bool> ran{false};
-    QElapsedTimer clock;
-    clock.start();
-    pool.enqueue([&](ondo::thread&) { ran = true; });
-    QTRY_VERIFY_WITH_TIMEOUT(ran, 2000);
-    QVERIFY2(clock.elapsed() < 500, qPrintable(QString::number(clock.elapsed())));
-}
-
-void tst_thread::destroyed_pool_runs_queued_tasks_first_data()
-{
-    QTest::addColumn<int>("threads");
-    QTest::addColumn<int>("done");
-    QTest::newRow("one thread") << 1 << 4;
-    QTest::newRow("pool of zero runs nothing") << 0 << 0;
-}
-
-void tst_thread::destroyed_pool_runs_queued_tasks_first()
-{
-    QFETCH(int, threads);
-    std::atomic<int> done{0};
-    std::atomic<bool> release{false};
-    {
-        ondo::thread_pool<void> pool(threads);
-        pool.enqueue([&](ondo::thread&) {
-            while (!release)
-                std::this_thread::sleep_for(std::chrono::milliseconds(5));
-            ++done;
-        });
-        for (int i = 0; i < 3; ++i)
-            pool.enqueue([&](ondo::thread&) { ++done; });
-        release = true;
-    }
-    QTEST(done.load(), "done");
-}
-
-void tst_thread::hooks_run_in_order()
-{
-    QStringList order;
-    std::mutex order_mutex;
-    auto note = [&](const QString& what) {
-        std::lock_guard<std::mutex> guard(order_mutex);
-        order << what;
-    };
-    {
-        ondo::thread_wait t([&](ondo::thread& self) {
-            self.on_finish.push_back([&] { note("finish"); });
-            self.on_finish_with_thread.push_back([&](ondo::thread& th) { note(th.stop ? "finish/stopped" : "finish/running"); });
-            note("work");
-        });
-        t.on_destroy.push_back([&] { note("destroy"); });
-    }
-    QCOMPARE(order, QStringList({"work", "finish", "finish/stopped", "destroy"}));
-}
-
-void tst_thread::sleep_double_truncates_data()
-{
-    QTest::addColumn<double>("seconds");
-    QTest::addColumn<int>("min_ms");
-    QTest::addColumn<int>("max_ms");
-    QTest::newRow("negative") << -2.5 << 0 << 200;
-    QTest::newRow("fraction below one") << 0.9 << 0 << 200;
-    QTest::newRow("fraction dropped") << 1.9 << 990 << 1500;
-}
-
-void tst_thread::sleep_double_truncates()
-{
-    QFETCH(double, seconds);
-    QFETCH(int, min_ms);
-    QFETCH(int, max_ms);
-    QElapsedTimer clock;
-    clock.start();
-    ondo::sleep_double(seconds);
-    QVERIFY2(clock.elapsed() >= min_ms && clock.elapsed() <= max_ms, qPrintable(QString::number(clock.elapsed())));
-}
 
 QTEST_GUILESS_MAIN(tst_thread)
 #include "tst_thread.moc"
