@@ -35,6 +35,14 @@ QString run(const QString& program, const QStringList& arguments, int* exit_code
     return QString::fromUtf8(process.readAllStandardOutput());
 }
 
+exif_tag_map tag_map(const QString& pairs)
+{
+    exif_tag_map tags;
+    for (const QString& pair : pairs.split(';', Qt::SkipEmptyParts))
+        tags[pair.section('=', 0, 0)] = pair.section('=', 1);
+    return tags;
+}
+
 QString make_tagged_photo(const QString& dir, const QString& name, const exif_tag_map& tags)
 {
     const QString path = QDir(dir).absoluteFilePath(name);

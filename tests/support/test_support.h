@@ -16,6 +16,9 @@ namespace test_support {
 // Runs `program` to its end and returns its standard output; qFatal if it cannot start.
 QString run(const QString& program, const QStringList& arguments, int* exit_code = nullptr);
 
+// "IFD0:Make=Canon;IFD0:Model=EOS" as a map; each value runs to the next ';'.
+exif_tag_map tag_map(const QString& pairs);
+
 // Saves a small image as `dir`/`name` (jpg or png by suffix) and sets `tags` ("IFD0:Make" ->
 // "Canon") with the real ExifTool. Returns the absolute path; qFatal on failure.
 QString make_tagged_photo(const QString& dir, const QString& name, const exif_tag_map& tags = {});
