@@ -1,9 +1,5 @@
-#include <ondo/button.h>
 #include <ondo/button_dark.h>
 
-#include <QButtonGroup>
-#include <QPainter>
-#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -230,43 +226,6 @@ private slots:
             QVERIFY2(sheet.contains(part), qPrintable(part + " missing in " + sheet));
         for (const QString& part : absent)
             QVERIFY2(!sheet.contains(part), qPrintable(part + " present in " + sheet));
-    }
-
-    void clicks_in_exclusive_group()
-    {
-        button_dark first("a"), second("b");
-        QButtonGroup group;
-        for (button_dark* b : {&first, &second}) {
-            b->resize(40, 20);
-            b->setCheckable(true);
-            group.addButton(b);
-        }
-        Qt::KeyboardModifiers seen;
-        connect(&first, &QPushButton::clicked, [&] { seen = first.modifiers(); });
-        QTest::mouseClick(&first, Qt::LeftButton, Qt::ShiftModifier | Qt::AltModifier);
-        QCOMPARE(seen, Qt::ShiftModifier | Qt::AltModifier);
-        QCOMPARE(first.modifiers(), Qt::NoModifier);
-        QTest::mouseClick(&first, Qt::LeftButton);
-        QVERIFY(first.isChecked()); // an exclusive group keeps its choice...
-
-        first.toggle_off_in_group = true;
-        QTest::mouseClick(&first, Qt::LeftButton);
-        QVERIFY(!first.isChecked()); // ...unless the button may be toggled off
-        QVERIFY(group.exclusive());
-        QTest::mouseClick(&second, Qt::LeftButton);
-        QVERIFY(second.isChecked());
-    }
-
-    void image_button_flashes_and_reverts()
-    {
-        ondo::button b("x");
-        b.resize(40, 20);
-        QSignalSpy clicks(&b, &QPushButton::clicked);
-        QTest::mouseClick(&b, Qt::LeftButton);
-        QCOMPARE(clicks.count(), 1);
-        QCOMPARE(b.styleSheet(), QString("border:2px solid rgb(222,222,222);margin:0px 0px 0px 0px;"));
-        QTRY_VERIFY(!b.highlighted);
-        QCOMPARE(b.styleSheet(), QString("border:none;margin:2px 2px 2px 2px;"));
     }
 };
 

@@ -48,25 +48,6 @@ private slots:
         QTEST(done.load(), "done");
     }
 
-    void hooks_run_in_order()
-    {
-        QStringList order;
-        std::mutex order_mutex;
-        auto note = [&](const QString& what) {
-            std::lock_guard<std::mutex> guard(order_mutex);
-            order << what;
-        };
-        {
-            ondo::thread_wait t([&](ondo::thread& self) {
-                self.on_finish.push_back([&] { note("finish"); });
-                self.on_finish_with_thread.push_back([&](ondo::thread& th) { note(th.stop ? "finish/stopped" : "finish/running"); });
-                note("work");
-            });
-            t.on_destroy.push_back([&] { note("destroy"); });
-        }
-        QCOMPARE(order, QStringList({"work", "finish", "finish/stopped", "destroy"}));
-    }
-
     void sleep_double_truncates_data()
     {
         QTest::addColumn<double>("seconds");

@@ -135,54 +135,6 @@ private slots:
         edit.setEnabled(true);
         QCOMPARE(shot(edit).pixelColor(0, 12), QColor(99, 99, 99));
     }
-
-    void checkbox_rule_sets_data()
-    {
-        QTest::addColumn<QColor>("indicator");
-        QTest::addColumn<QString>("checked_image");
-        QTest::addColumn<QString>("unchecked_image");
-        QTest::addColumn<QStringList>("present");
-
-        QTest::newRow("both images") << QColor(0, 0, 0, 0) << ":/c.png" << ":/u.png"
-                                     << QStringList{"enabled:unchecked{image:url(:/u.png);", "enabled:checked{image:url(:/c.png);",
-                                            "spacing:6px;color:rgb(1,2,3)"};
-        QTest::newRow("checked image alone") << QColor(9, 9, 9) << ":/c.png" << ""
-                                             << QStringList{"enabled:unchecked{image:url(:/gui/checkbox/unchecked.png);}",
-                                                    "enabled:checked{image:url(:/c.png);"};
-        QTest::newRow("indicator colour") << QColor(10, 20, 30, 40) << "" << ""
-                                          << QStringList{"indicator:checked{background-color:rgba(10,20,30,40);"};
-        QTest::newRow("theme glyphs") << QColor(0, 0, 0, 0) << "" << ""
-                                      << QStringList{"!enabled:checked{image:url(:/gui/checkbox/disabled_checked.png);}"};
-    }
-
-    void checkbox_rule_sets()
-    {
-        QFETCH(QColor, indicator);
-        QFETCH(QString, checked_image);
-        QFETCH(QString, unchecked_image);
-        QFETCH(QStringList, present);
-        ondo::checkbox box("x", nullptr, true);
-        box.init(6, indicator, checked_image, unchecked_image, QColor(1, 2, 3));
-        const QString sheet = box.styleSheet();
-        for (const QString& part : present)
-            QVERIFY2(sheet.contains(part), qPrintable(part + " missing in " + sheet));
-        QVERIFY2(!sheet.contains(QRegularExpression("%\\d")), qPrintable(sheet));
-        QVERIFY(box.isChecked());
-    }
-
-    void combobox_lineedit_selects_on_focus()
-    {
-        QWidget window;
-        auto* other = new QLineEdit(&window);
-        auto* edit = new ondo::combobox_lineedit(&window);
-        edit->move(0, 30);
-        edit->setText("2021:05:06");
-        window.show();
-        QVERIFY(QTest::qWaitForWindowActive(&window));
-        other->setFocus();
-        QTest::mouseClick(edit, Qt::LeftButton, Qt::NoModifier, QPoint(5, 5));
-        QTRY_COMPARE(edit->selectedText(), QString("2021:05:06"));
-    }
 };
 
 QTEST_MAIN(tst_widgets)
