@@ -14,8 +14,8 @@ using test_support::log_capture;
 namespace {
 
 // Started as "perl <script> -stay_open 1 ...", it records its arguments and input beside itself,
-// and at each "-execute<id>" line prints the reply for that id (or "*"), then "{ready<id>}\n".
-// The rules file is read anew at every execute; in a reply "%id" is the id and "|" pauses 150 ms.
+// and at each "-execute<id>" line prints the reply set for that id, then "{ready<id>}\n" unless
+// the reply is plain. The rules are read anew at every execute; a "|" in a reply pauses 150 ms.
 const char perl_script[] = R"PERL(#!/usr/bin/perl
 use strict; use warnings; use FindBin; use IO::Handle; use Time::HiRes qw(sleep);
 my $dir = $FindBin::Bin;
@@ -25,10 +25,9 @@ sub rules {
     open(my $in, '<:raw', "$dir/rules") or return \%r;
     while (my $line = <$in>) {
         chomp $line;
-        my ($kind, $id, $value, $plain) = split /\t/, $line, -1;
+        my ($kind, $id, $value) = split /\t/, $line, -1;
         $value =~ s/\\(.)/$1 eq 'n' ? "\n" : $1/ge;
         $r{$kind}{$id} = $value;
-        $r{plain}{$id} = $plain if $kind eq 'reply';
     }
     return \%r;
 }
@@ -42,11 +41,9 @@ while (my $line = <STDIN>) {
     $previous = $line;
     next unless $line =~ /^-execute(\d+)\n\z/;
     my ($id, $r) = ($1, rules());
-    my $key = exists $r->{reply}{$id} ? $id : '*';
     sleep($r->{delay}{$id} / 1000) if $r->{delay}{$id};
-    my $text = $r->{reply}{$key} // '';
-    $text =~ s/%id/$id/g;
-    $text .= "{ready$id}\n" unless $r->{plain}{$key};
+    my $text = $r->{reply}{$id} // $r->{plain}{$id} // '';
+    $text .= "{ready$id}\n" unless exists $r->{plain}{$id};
     my @parts = split /\|/, $text, -1;
     print shift(@parts) // '';
     for (@parts) { sleep(0.15); print; }
@@ -70,16 +67,13 @@ public:
         ondo::exiftool::shutdown(true); // the child writes into the folder, so it goes first
         qputenv("PATH", old_path);
     }
-    // With `plain`, the marker is left to `text` itself.
-    void reply(const QString& id, QString text, bool plain = false)
-    {
-        rule("reply", id, text.replace("\\", "\\\\").replace("\n", "\\n") + (plain ? "\t1" : "\t"));
-    }
-    void rule(const QString& kind, const QString& id = "*", const QString& value = "1")
+    // Kinds: "reply" (a plain one brings its own marker), "delay" in ms, "exit" after replying,
+    // "deaf" to the close command and to SIGTERM.
+    void rule(const QString& kind, const QString& id = "*", QString value = "1")
     {
         QFile rules(dir.filePath("rules"));
         rules.open(QIODevice::Append);
-        rules.write(QString("%1\t%2\t%3\n").arg(kind, id, value).toUtf8());
+        rules.write(QString("%1\t%2\t%3\n").arg(kind, id, value.replace("\\", "\\\\").replace("\n", "\\n")).toUtf8());
     }
     void make_unstartable()
     {
@@ -100,18 +94,6 @@ public:
         return result;
     }
     QByteArray input() const { return read("input"); }
-    // The input cut at each "-execute<id>" line, empty lines dropped.
-    QList<QStringList> commands() const
-    {
-        QList<QStringList> result{{}};
-        for (const QString& line : QString::fromUtf8(input()).split('\n', Qt::SkipEmptyParts)) {
-            result.last() << line;
-            if (line.startsWith("-execute"))
-                result << QStringList();
-        }
-        result.removeLast();
-        return result;
-    }
 
 private:
     QTemporaryDir dir;
@@ -128,8 +110,8 @@ private slots:
     void worked_exchange()
     {
         fake_perl perl;
-        perl.reply("0", "-ExifIFD:DateTimeOriginal=2019:07:01 10:11:12\n-System:FileName=Märchen.jpg\n");
-        perl.reply("1", "    1 image files updated\n");
+        perl.rule("reply", "0", "-ExifIFD:DateTimeOriginal=2019:07:01 10:11:12\n-System:FileName=Märchen.jpg\n");
+        perl.rule("reply", "1", "    1 image files updated\n");
         ondo::next_task_id = 0;
         log_capture log;
 
@@ -172,7 +154,7 @@ private slots:
 
         fake_perl perl;
         for (int i = 0; i < replies.size(); ++i)
-            perl.reply(QString::number(first_id + i), replies[i], true);
+            perl.rule("plain", QString::number(first_id + i), replies[i]);
         exiftool::start();
         exiftool::verbose(true);
         log_capture log;
@@ -191,7 +173,7 @@ private slots:
         }
         // The second task goes out only once the first one's marker has been consumed.
         QCOMPARE(writes_when_first_ready.load(), 1);
-        QCOMPARE(perl.commands().size(), replies.size());
+        QCOMPARE(perl.input().count("-execute"), replies.size());
     }
 
     void restart_after_idle_death()
@@ -203,11 +185,11 @@ private slots:
         QTest::qWait(300); // lets the worker notice the exit
         log_capture log;
 
-        perl.reply("1", "-Make=Canon\n");
+        perl.rule("reply", "1", "-Make=Canon\n");
         QCOMPARE(exiftool::read_tags("b.jpg", false, false), (exif_tag_map{{"Make", "Canon"}}));
         QCOMPARE(perl.starts().size(), 2);
         QCOMPARE(log.count("Not writing: Process is not running."), 1);
-        QCOMPARE(perl.commands(), QList<QStringList>({{"a.jpg", "-execute0"}, {"b.jpg", "-execute1"}}));
+        QCOMPARE(QString::fromUtf8(perl.input()).split('\n', Qt::SkipEmptyParts), QStringList({"a.jpg", "-execute0", "b.jpg", "-execute1"}));
     }
 
     void shutdown_data()
@@ -259,7 +241,7 @@ private slots:
     {
         fake_perl perl;
         perl.rule("delay", "0", "700");
-        perl.reply("0", "late\n");
+        perl.rule("reply", "0", "late\n");
         exiftool::start();
         ondo::next_task_id = 0;
 
