@@ -131,47 +131,6 @@ private slots:
         QCOMPARE(b.icon.normal_image->pixel(3, 3), qRgba(0, 0, 255, 255));
     }
 
-    // States: U under the mouse, C checked, N no highlight when checked, D disabled.
-    void paint_chooses_picture_data()
-    {
-        QTest::addColumn<QString>("state");
-        QTest::addColumn<QRgb>("expected");
-        const QRgb normal = qRgba(129, 136, 133, 255), light = qRgba(240, 240, 240, 255), grey = qRgba(129, 136, 133, 127);
-        QTest::newRow("normal") << "" << normal;
-        QTest::newRow("under mouse") << "U" << light;
-        QTest::newRow("checked") << "C" << light;
-        QTest::newRow("checked, no highlight") << "CN" << normal;
-        QTest::newRow("disabled") << "D" << grey;
-        QTest::newRow("disabled under mouse") << "DU" << grey;
-    }
-
-    void paint_chooses_picture()
-    {
-        QFETCH(QString, state);
-        QFETCH(QRgb, expected);
-        QTemporaryDir dir;
-        button_dark b;
-        b.draw_base = false;
-        b.resize(20, 20);
-        b.set_icon(write_icon(dir, "i.png"), -1, -1, 0xfff0f0f0, 0xff818885);
-        b.setAttribute(Qt::WA_UnderMouse, state.contains('U'));
-        b.setCheckable(true);
-        b.setChecked(state.contains('C'));
-        b.setEnabled(!state.contains('D'));
-        if (state.contains('N'))
-            b.set_style(false, true, false, true);
-
-        QImage canvas(20, 20, QImage::Format_ARGB32);
-        canvas.fill(Qt::transparent);
-        b.render(&canvas, QPoint(), QRegion(), QWidget::DrawChildren);
-        // The 8 by 8 icon is centred: (20 - 8) / 2 = 6. Blending may round a channel by one.
-        const QRgb got = canvas.pixel(9, 9);
-        QVERIFY2(qAbs(qRed(got) - qRed(expected)) <= 1 && qAbs(qGreen(got) - qGreen(expected)) <= 1
-                && qAbs(qBlue(got) - qBlue(expected)) <= 1 && qAbs(qAlpha(got) - qAlpha(expected)) <= 1,
-            qPrintable(QString::number(got, 16)));
-        QCOMPARE(canvas.pixel(5, 9), qRgba(0, 0, 0, 0));
-    }
-
     // Parts of the sheet that must be there, and parts that must not, each list split at "|".
     void style_sheet_data()
     {

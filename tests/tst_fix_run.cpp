@@ -214,9 +214,9 @@ private slots:
             return file.open(QIODevice::ReadOnly) ? file.readAll() + QFileInfo(path).lastModified().toString().toUtf8()
                                                   : QByteArray();
         };
-        QMap<QString, QByteArray> before;
+        QByteArrayList before;
         for (const QString& path : paths)
-            before[path] = state(path);
+            before << state(path);
 
         load_and_type(paths, field, offset, zone);
         // With no question expected, an answer is armed all the same, to catch one that comes.
@@ -226,21 +226,18 @@ private slots:
         for (const auto& box : *shown)
             box->cancelled = true;
 
-        QStringList asked;
-        for (const auto& box : *shown)
-            if (box->answered)
-                asked << box->text;
-        QCOMPARE(asked.size(), questions.size());
-        for (int i = 0; i < questions.size(); ++i) {
-            QVERIFY2(asked[i].startsWith(questions[i]), qPrintable(asked[i]));
-            QCOMPARE(shown->at(i)->title, QString("Continue?"));
-            QCOMPARE(shown->at(i)->buttons, QStringList({"Continue", "Abort"}));
-        }
+        QStringList asked; // each question that came, cut to the length expected, with its title and buttons
+        for (int i = 0; i < shown->size() && shown->at(i)->answered; ++i)
+            asked << shown->at(i)->text.left(questions.value(i).size()) + " / " + shown->at(i)->title + " / "
+                    + shown->at(i)->buttons.join(",");
+        for (QString& question : questions)
+            question += " / Continue? / Continue,Abort";
+        QCOMPARE(asked, questions);
 
         QCOMPARE(!writes.isEmpty(), written);
         QCOMPARE(button(undo_tip)->isEnabled(), written);
-        for (const QString& path : paths)
-            QCOMPARE(state(path) == before[path], !written);
+        for (int i = 0; i < paths.size(); ++i)
+            QCOMPARE(state(paths[i]) == before[i], !written);
         // An abort leaves table and offset as they were; a run ends with both cleared.
         const bool aborted = answers.contains("Abort");
         QCOMPARE(rows(), aborted ? paths.size() : 0);

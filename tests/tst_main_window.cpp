@@ -6,7 +6,6 @@
 
 #include <ondo/application.h>
 #include <ondo/exiftool.h>
-#include <ondo/progress_dialog.h>
 
 #include <QDir>
 #include <QDropEvent>
@@ -14,7 +13,6 @@
 #include <QFileOpenEvent>
 #include <QLineEdit>
 #include <QMimeData>
-#include <QProgressBar>
 #include <QPushButton>
 #include <QSettings>
 #include <QTableView>
@@ -46,30 +44,6 @@ private slots:
         test_support::forget_files();
     }
     void cleanupTestCase() { ondo::exiftool::shutdown(false); }
-
-    void second_load_adds_no_rows_but_counts_through()
-    {
-        make_window();
-        QStringList files;
-        for (const char* name : {"c.jpg", "a.png", "b.jpg"})
-            files << make_tagged_photo(dir->path(), name, recorded);
-        ondo::progress_dialog* progress = nullptr;
-        for (auto* dialog : window->findChildren<ondo::progress_dialog*>())
-            if (dialog->labelText() == "Loading files")
-                progress = dialog;
-        QVERIFY(progress);
-        QSignalSpy values(progress->findChild<QProgressBar*>(), &QProgressBar::valueChanged);
-
-        window->load_files(files);
-        window->load_files(files);
-        QCOMPARE(names(), (QStringList{"a.png", "b.jpg", "c.jpg"})); // sorted once, by name
-        QList<int> seen;
-        for (const auto& arguments : values)
-            seen << arguments.at(0).toInt();
-        QCOMPARE(seen.count(3), 2); // each load counts through to the end
-        QCOMPARE(progress->findChild<QProgressBar*>()->maximum(), 3);
-        QVERIFY(!progress->isVisible()); // reset itself at the maximum
-    }
 
     // In album: one.jpg, two.png, .hidden.jpg and sub/deep.jpg; beside it notes.xyz.
     void roads_in_data()

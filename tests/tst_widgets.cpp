@@ -5,17 +5,6 @@
 #include <QSignalSpy>
 #include <QtTest>
 
-namespace {
-
-QImage shot(QWidget& w)
-{
-    w.show();
-    QTest::qWait(0);
-    return w.grab().toImage();
-}
-
-} // namespace
-
 class tst_widgets : public QObject {
     Q_OBJECT
 private slots:
@@ -96,7 +85,8 @@ private slots:
         content->addWidget(inside);
         ondo::panel panel(content, topless, nullptr);
         panel.resize(60, 40);
-        const QImage image = shot(panel);
+        panel.show();
+        const QImage image = panel.grab().toImage();
 
         QWidget* frame = panel.findChild<QWidget*>(topless ? "ondo--panel_topless" : "ondo--panel");
         QVERIFY(frame);
@@ -108,32 +98,6 @@ private slots:
         QCOMPARE(image.pixelColor(30, image.height() - 1), outline);
         QCOMPARE(image.pixelColor(0, 20), outline);
         QCOMPARE(image.pixelColor(30, 0) == outline, !topless);
-    }
-
-    void lineedit_border_data()
-    {
-        QTest::addColumn<bool>("enabled");
-        QTest::addColumn<QColor>("expected");
-        QTest::newRow("marked") << true << QColor(200, 40, 40);
-        QTest::newRow("marked but disabled") << false << QColor(75, 75, 75);
-    }
-
-    void lineedit_border()
-    {
-        QFETCH(bool, enabled);
-        QFETCH(QColor, expected);
-        ondo::lineedit edit;
-        edit.resize(80, 24);
-        edit.border = QColor(200, 40, 40);
-        edit.update_style();
-        edit.setEnabled(enabled);
-        const QImage image = shot(edit);
-        QCOMPARE(image.pixelColor(0, 12), expected);
-
-        edit.border = edit.default_border;
-        edit.update_style();
-        edit.setEnabled(true);
-        QCOMPARE(shot(edit).pixelColor(0, 12), QColor(99, 99, 99));
     }
 };
 
