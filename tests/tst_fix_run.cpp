@@ -20,13 +20,20 @@ namespace {
 const QString fix_tip = "Apply changes to the timestamps of the images";
 const QString undo_tip = "Undo the last set of timestamp changes";
 
-// Tags that a fix run and its undo may change: the nine time tags, what the file system keeps
-// of its own, and the composite dates ExifTool derives from them.
-bool is_time_tag(const QString& tag)
+// Everything ExifTool lists, all duplicates included, but what a fix run and its undo may change:
+// the nine time tags, what the file system keeps of its own, the composite dates derived from
+// them and the IPTC digests.
+QStringList other_tags(const QString& path)
 {
-    static const QStringList nine = time_tags({}) << "IFD0:DateTimeOriginal";
-    return nine.contains(tag) || tag.startsWith("System:")
-        || (tag.startsWith("Composite:") && (tag.contains("Date") || tag.contains("Time")));
+    static const QStringList time = time_tags({}) << "IFD0:DateTimeOriginal";
+    static const QRegularExpression changing("^(System:|Composite:.*(Date|Time)|File:CurrentIPTCDigest$|Photoshop:IPTCDigest$)");
+    QStringList kept;
+    for (const QString& line : test_support::run(TAVIMO_EXIFTOOL_SCRIPT, {"-G1", "-a", "-args", "-sort", path}).split('\n')) {
+        const QString tag = line.mid(1).section('=', 0, 0);
+        if (!time.contains(tag) && !changing.match(tag).hasMatch())
+            kept << line;
+    }
+    return kept;
 }
 
 // In the tables "#" stands for the time the files are made with and "@" for it an hour later.
@@ -42,19 +49,6 @@ QStringList lines(const QString& text)
     for (const QString& part : expand(text).split(';', Qt::SkipEmptyParts))
         result << "-" + part;
     return result;
-}
-
-// Everything ExifTool lists but the time tags, all duplicates included.
-QStringList other_tags(const QString& path)
-{
-    const QString out = test_support::run(TAVIMO_EXIFTOOL_SCRIPT, {"-G1", "-a", "-args", "-sort", path});
-    QStringList kept;
-    for (const QString& line : out.split('\n', Qt::SkipEmptyParts)) {
-        const QString tag = line.mid(1).section('=', 0, 0);
-        if (!is_time_tag(tag) && tag != "File:CurrentIPTCDigest" && tag != "Photoshop:IPTCDigest")
-            kept << line;
-    }
-    return kept;
 }
 
 using shown_boxes = QList<QSharedPointer<test_support::seen_box>>;
@@ -259,7 +253,6 @@ private slots:
     {
         QFETCH(int, good_files);
         QFETCH(QString, answer);
-        QFETCH(bool, undo_left);
 
         QStringList good;
         for (int i = 0; i < good_files; ++i)
@@ -278,7 +271,7 @@ private slots:
         QCOMPARE(shown->buttons, QStringList({"Keep changes", "Undo Changes"}));
         QCOMPARE(shown->text, QString("The following 2 files could not be fixed:\n%1\n\n Do you want to keep the "
                                       "changes in the other files").arg(bad.join('\n')));
-        QCOMPARE(button(undo_tip)->isEnabled(), undo_left);
+        QTEST(button(undo_tip)->isEnabled(), "undo_left");
         const QString expected = expand(answer == "Keep changes" ? "@" : "#");
         for (const QString& path : good)
             QCOMPARE(test_support::read_back(path).at("ExifIFD:DateTimeOriginal"), expected);
@@ -290,13 +283,8 @@ private slots:
         const QString path = photo("a.jpg", "ExifIFD:DateTimeOriginal=#;IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05+02:00");
         const QString no_dto = photo("b.jpg", "ExifIFD:CreateDate=#");
         load_and_type({path, no_dto}, "lineedit_hour", "1");
-        // Without DateTimeOriginal the creation time is the recording time, and it moves the others.
-        const QAbstractItemModel* table = window->findChild<QTableView*>("tableView")->model();
-        QString shifted;
-        for (int row = 0; row < table->rowCount(); ++row)
-            if (table->index(row, 0).data().toString() == "b.jpg")
-                shifted = table->index(row, 2).data(Qt::UserRole).toDateTime().toString("yyyy:MM:dd hh:mm:ss");
-        QVERIFY(!shifted.isEmpty());
+        // Without DateTimeOriginal the file's own time is the recording time, and it moves the others.
+        const QString shifted = QFileInfo(no_dto).lastModified().addSecs(3600).toString("yyyy:MM:dd hh:mm:ss");
 
         const auto fixes = press(fix_tip);
         QCOMPARE(fixes.size(), 2);

@@ -22,7 +22,6 @@ private slots:
         QTest::newRow("German system") << "de_DE.UTF-8" << "" << "de";
         QTest::newRow("Austrian system: the country does not count") << "de_AT.UTF-8" << "" << "de";
         QTest::newRow("French system: in the table, not offered") << "fr_FR.UTF-8" << "" << "en";
-        QTest::newRow("Japanese system: not in the table") << "ja_JP.UTF-8" << "" << "en";
         QTest::newRow("fr set by hand") << "de_DE.UTF-8" << "fr" << "fr";
         QTest::newRow("unknown code set by hand stays") << "en_US.UTF-8" << "xx" << "xx";
     }
@@ -31,7 +30,6 @@ private slots:
     {
         QFETCH(QString, system_locale);
         QFETCH(QString, stored);
-        QFETCH(QString, expected);
 
         QTemporaryDir config;
         const QString store = config.filePath("Velmora/Tavimo.conf");
@@ -51,7 +49,7 @@ private slots:
         child.setProcessEnvironment(env);
         child.start(QCoreApplication::applicationFilePath(), QStringList());
         QVERIFY(child.waitForFinished(30000));
-        QCOMPARE(QString::fromUtf8(child.readAllStandardOutput()).trimmed(), expected);
+        QTEST(QString::fromUtf8(child.readAllStandardOutput()).trimmed(), "expected");
 
         // The answer is never written back.
         QCOMPARE(QSettings(store, QSettings::IniFormat).value("lang").toString(), stored);

@@ -123,12 +123,10 @@ private slots:
         QSettings().setValue("last_load_path", root.path());
         make_window();
 
-        QString opened_in;
-        QStringList filters;
+        QString opened; // the folder and the filters the dialog opened with
         const auto seen = test_support::answer_next_box(accept ? "Open" : "Cancel", [&](QDialog* box) {
             auto* dialog = qobject_cast<QFileDialog*>(box);
-            opened_in = dialog->directory().absolutePath();
-            filters = dialog->nameFilters();
+            opened = dialog->directory().absolutePath() + " " + dialog->nameFilters().join(" | ");
             if (accept) {
                 dialog->setDirectory(shots);
                 dialog->findChild<QLineEdit*>("fileNameEdit")->setText("\"a.jpg\" \"b.jpg\"");
@@ -136,12 +134,9 @@ private slots:
         });
         button("Load images")->click();
 
-        QVERIFY(seen->answered);
         QCOMPARE(seen->title, QString("Select files"));
-        QCOMPARE(opened_in, root.path());
-        QCOMPARE(filters.size(), 1);
-        QVERIFY2(QRegularExpression("^Supported Files\\(\\*\\.360 \\*\\.3g2 .* \\*\\.jpg .*\\*\\.xmp \\)$").match(filters.first()).hasMatch(),
-            qPrintable(filters.first()));
+        const QRegularExpression expected("^" + QRegularExpression::escape(root.path()) + " Supported Files\\(\\*\\.360 \\*\\.3g2 [^|]* \\*\\.jpg [^|]*\\*\\.xmp \\)$");
+        QVERIFY2(expected.match(opened).hasMatch(), qPrintable(opened));
         QCOMPARE(names(), accept ? QStringList({"a.jpg", "b.jpg"}) : QStringList());
         QCOMPARE(QSettings().value("last_load_path").toString(), accept ? shots : root.path());
     }

@@ -85,16 +85,8 @@ private slots:
 
         stream_capture capture;
         const QMessageLogger logger = with_source ? QMessageLogger("photo.cpp", 42, "void load()") : QMessageLogger();
-        const bool plain = category.isEmpty();
-        auto stream = [&]() -> QDebug {
-            switch (QtMsgType(type)) {
-            case QtDebugMsg: return plain ? logger.debug() : logger.debug(logging_category);
-            case QtInfoMsg: return plain ? logger.info() : logger.info(logging_category);
-            case QtWarningMsg: return plain ? logger.warning() : logger.warning(logging_category);
-            default: return plain ? logger.critical() : logger.critical(logging_category);
-            }
-        };
-        stream().noquote() << "hello";
+        (type == QtDebugMsg ? logger.debug(logging_category) : type == QtInfoMsg ? logger.info(logging_category)
+            : type == QtWarningMsg ? logger.warning(logging_category) : logger.critical(logging_category)).noquote() << "hello";
 
         const QString written = to_cerr ? capture.cerr_text() : capture.cout_text();
         QCOMPARE(to_cerr ? capture.cout_text() : capture.cerr_text(), QString());

@@ -83,28 +83,35 @@ private slots:
     }
 
 
+    // `preset` is a stored date format from before the panel is made.
     void radio_click_stores_before_reporting_data()
     {
+        QTest::addColumn<QString>("preset");
         QTest::addColumn<QString>("radio");
         QTest::addColumn<QString>("key");
         QTest::addColumn<QString>("stored");
         QTest::addColumn<QString>("format");
-
-        QTest::newRow("dd/MM/yyyy") << "rb_ddmmyyyy_slash" << "date_format" << "dd/MM/yyyy" << "dd/MM/yyyy - HH:mm:ss";
-        QTest::newRow("yyyy-MM-dd") << "rb_yyyymmdd_dash" << "date_format" << "yyyy-MM-dd" << "yyyy-MM-dd - HH:mm:ss";
-        QTest::newRow("HH:mm") << "rb_hhmm" << "time_format" << "HH:mm" << "dd.MM.yyyy - HH:mm";
+        QTest::newRow("dd/MM/yyyy") << "" << "rb_ddmmyyyy_slash" << "date_format" << "dd/MM/yyyy" << "dd/MM/yyyy - HH:mm:ss";
+        QTest::newRow("yyyy-MM-dd") << "" << "rb_yyyymmdd_dash" << "date_format" << "yyyy-MM-dd" << "yyyy-MM-dd - HH:mm:ss";
+        QTest::newRow("HH:mm") << "" << "rb_hhmm" << "time_format" << "HH:mm" << "dd.MM.yyyy - HH:mm";
+        QTest::newRow("stored format that is no row, replaced") << "yyyy+MM+dd" << "rb_ddmmyyyy_dot" << "date_format"
+                                                               << "dd.MM.yyyy" << "dd.MM.yyyy - HH:mm:ss";
     }
 
     void radio_click_stores_before_reporting()
     {
+        QFETCH(QString, preset);
         QFETCH(QString, radio);
         QFETCH(QString, key);
         QFETCH(QString, stored);
         QFETCH(QString, format);
 
+        if (!preset.isEmpty())
+            QSettings().setValue("date_format", preset);
         datetime_format panel;
-        QCOMPARE(panel.get_datetime_format(), QString("dd.MM.yyyy - HH:mm:ss"));
-        QVERIFY(!QSettings().contains(key)); // nothing is stored until a click
+        QCOMPARE(panel.get_datetime_format(), (preset.isEmpty() ? "dd.MM.yyyy" : preset) + " - HH:mm:ss");
+        QCOMPARE(panel.findChild<QRadioButton*>("rb_ddmmyyyy_dot")->isChecked(), preset.isEmpty());
+        QCOMPARE(QSettings().value(key).toString(), preset); // nothing is stored until a click
 
         QStringList reported; // each report with what the store held at that moment
         connect(&panel, &datetime_format::format_changed, this,
@@ -116,19 +123,6 @@ private slots:
         datetime_format again;
         QCOMPARE(again.get_datetime_format(), format);
         QVERIFY(again.findChild<QRadioButton*>(radio)->isChecked());
-    }
-
-    void stored_format_that_is_no_row_is_used()
-    {
-        QSettings().setValue("date_format", "yyyy+MM+dd");
-        datetime_format panel;
-        QCOMPARE(panel.get_datetime_format(), QString("yyyy+MM+dd - HH:mm:ss"));
-        for (QRadioButton* radio : panel.findChildren<QRadioButton*>())
-            QCOMPARE(radio->isChecked(), radio->objectName() == "rb_hhmmss");
-
-        // A click replaces it.
-        panel.findChild<QRadioButton*>("rb_ddmmyyyy_dot")->click();
-        QCOMPARE(QSettings().value("date_format").toString(), QString("dd.MM.yyyy"));
     }
 };
 

@@ -19,7 +19,6 @@ private slots:
     void combobox_wheel()
     {
         QFETCH(bool, ignore_wheel);
-        QFETCH(int, expected_index);
         ondo::combobox box(ignore_wheel, nullptr);
         box.addItems({"a", "b", "c"});
         box.setCurrentIndex(1);
@@ -28,7 +27,7 @@ private slots:
         QWheelEvent wheel(centre, box.mapToGlobal(centre), QPoint(), QPoint(0, -120), Qt::NoButton, Qt::NoModifier,
             Qt::NoScrollPhase, false);
         QApplication::sendEvent(&box, &wheel);
-        QCOMPARE(box.currentIndex(), expected_index);
+        QTEST(box.currentIndex(), "expected_index");
     }
 
     void clickable_label_data()
