@@ -90,7 +90,6 @@ private slots:
         QFETCH(QRgb, normal);
         QFETCH(QRgb, highlight);
         QFETCH(QVector<QRgb>, expected);
-
         button_dark::img_highlighter h;
         h.multicolor = true;
         h.normal = pixel_argb(normal);

@@ -113,7 +113,6 @@ private slots:
         perl.rule("reply", "0", "-ExifIFD:DateTimeOriginal=2019:07:01 10:11:12\n-System:FileName=Märchen.jpg\n");
         perl.rule("reply", "1", "    1 image files updated\n");
         ondo::next_task_id = 0;
-        log_capture log;
 
         const exif_tag_map read = exiftool::read_tags("/photos/Märchen.jpg", true, false);
         QCOMPARE(read, (exif_tag_map{{"ExifIFD:DateTimeOriginal", "2019:07:01 10:11:12"}, {"System:FileName", "Märchen.jpg"}}));
@@ -126,8 +125,6 @@ private slots:
         QCOMPARE(perl.input(), QString("-G1\n/photos/Märchen.jpg\n\n-execute0\n"
                                        "\n/photos/Märchen.jpg\n-overwrite_original_in_place\n-m\n"
                                        "-DateTimeOriginal=2019:07:01 11:11:12\n\n-execute1\n-stay_open\n0\n").toUtf8());
-        QVERIFY(log.first("Process finished").endsWith("Process finished on iteration 0"));
-        QVERIFY(log.first("Did ").endsWith("Did 0 iterations, state: 0"));
     }
 
     // Replies are raw output, markers included; a "|" splits the output into two reads.
@@ -151,7 +148,6 @@ private slots:
         QFETCH(int, first_id);
         QFETCH(QStringList, replies);
         QFETCH(QList<QByteArray>, results);
-
         fake_perl perl;
         for (int i = 0; i < replies.size(); ++i)
             perl.rule("plain", QString::number(first_id + i), replies[i]);
@@ -212,7 +208,6 @@ private slots:
         QFETCH(QString, last_line);
         QFETCH(QString, result);
         QFETCH(int, close_commands);
-
         fake_perl perl;
         if (child == "deaf")
             perl.rule("deaf");

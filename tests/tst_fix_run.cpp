@@ -127,7 +127,6 @@ private slots:
         QFETCH(QString, fix);
         QFETCH(QString, read_back);
         QFETCH(QString, undo);
-
         const QString path = photo("a.jpg", tags);
         load_and_type({path}, "lineedit_hour", "1", zone);
         auto writes = press(fix_tip);
@@ -198,7 +197,6 @@ private slots:
         QFETCH(QStringList, answers);
         QFETCH(QStringList, questions);
         QFETCH(bool, written);
-
         QStringList paths;
         for (const QString& spec : files)
             paths << photo(spec.section('|', 0, 0), spec.section('|', 1));
@@ -253,7 +251,6 @@ private slots:
     {
         QFETCH(int, good_files);
         QFETCH(QString, answer);
-
         QStringList good;
         for (int i = 0; i < good_files; ++i)
             good << photo(QString("good%1.jpg").arg(i), "ExifIFD:DateTimeOriginal=#");

@@ -30,7 +30,6 @@ private slots:
     {
         QFETCH(QString, system_locale);
         QFETCH(QString, stored);
-
         QTemporaryDir config;
         const QString store = config.filePath("Velmora/Tavimo.conf");
         if (!stored.isEmpty()) {

@@ -64,7 +64,6 @@ private slots:
     {
         QFETCH(QString, road);
         QFETCH(QStringList, items);
-
         QDir root(dir->path());
         QVERIFY(root.mkpath("album/sub"));
         for (const char* name : {"album/one.jpg", "album/two.png", "album/.hidden.jpg", "album/sub/deep.jpg"})
@@ -114,7 +113,6 @@ private slots:
     void file_dialog_remembers_the_directory()
     {
         QFETCH(bool, accept);
-
         QDir root(dir->path());
         QVERIFY(root.mkpath("shots"));
         const QString shots = root.filePath("shots");
@@ -151,7 +149,6 @@ private slots:
     void reset_empties_all_but_the_undo_state()
     {
         QFETCH(bool, undo_enabled);
-
         // A format that is no radio's is still the one the table starts with.
         QSettings().setValue("date_format", "yyyy+MM+dd");
         make_window();

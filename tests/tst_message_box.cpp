@@ -83,7 +83,6 @@ private slots:
         QFETCH(QString, kind);
         QFETCH(QString, answer);
         QFETCH(bool, expected_ok);
-
         // The answer comes after the test has typed a value, so acceptance shows the dialog's value.
         auto seen = test_support::answer_next_box(answer, [](QDialog* d) {
             auto* dialog = qobject_cast<QInputDialog*>(d);

@@ -59,7 +59,6 @@ private slots:
 
         const QString context = " (photo.cpp:42, void load())";
         QTest::newRow("debug") << int(QtDebugMsg) << false << true << "" << false << "Debug: @ hello";
-        QTest::newRow("info") << int(QtInfoMsg) << false << true << "" << false << "Info: @ hello";
         QTest::newRow("warning goes to cout") << int(QtWarningMsg) << false << true << "" << false << "Warning: @ hello";
         QTest::newRow("critical") << int(QtCriticalMsg) << false << true << "" << true << "Critical: @ hello";
         QTest::newRow("debug with context") << int(QtDebugMsg) << true << true << "" << false << "Debug: @ hello" + context;
@@ -76,7 +75,6 @@ private slots:
         QFETCH(QString, category);
         QFETCH(bool, to_cerr);
         QFETCH(QString, expected);
-
         ondo::install_qt_message_handler(true, show_context);
         const QByteArray category_name = category.isEmpty() ? "default" : category.toUtf8();
         QLoggingCategory logging_category(category_name.constData());

@@ -41,7 +41,6 @@ private slots:
         QFETCH(QString, field);
         QFETCH(QString, keys);
         QFETCH(offset, expected);
-
         QLocale::setDefault(QLocale(locale)); // before the validators take their locale
         time_adjustment panel;
         QSignalSpy spy(&panel, &time_adjustment::time_offset_changed);
@@ -68,7 +67,6 @@ private slots:
     void clear_reports_once_per_filled_field()
     {
         QFETCH(QStringList, filled);
-
         time_adjustment panel;
         for (const QString& name : filled)
             panel.findChild<QLineEdit*>(name)->setText("2");
@@ -105,7 +103,6 @@ private slots:
         QFETCH(QString, key);
         QFETCH(QString, stored);
         QFETCH(QString, format);
-
         if (!preset.isEmpty())
             QSettings().setValue("date_format", preset);
         datetime_format panel;

@@ -99,7 +99,6 @@ private slots:
         QFETCH(QString, recording);
         QFETCH(offset, change);
         QFETCH(QString, expected);
-
         use_time_zone(zone);
         table_data_model model;
         model.datetime_format_changed("yyyy-MM-dd HH:mm:ss");
@@ -147,7 +146,6 @@ private slots:
         QFETCH(QString, zone);
         QFETCH(QString, recording);
         QFETCH(QString, new_time);
-
         table_data_model model;
         model.datetime_format_changed("dd.MM.yyyy - HH:mm:ss");
         load_by_hand(model, "/photos/a.jpg", tag_map(tags));
@@ -187,7 +185,6 @@ private slots:
         QFETCH(QString, tags);
         QFETCH(QString, recording);
         QFETCH(QString, zone);
-
         QTemporaryDir dir;
         const QString path = test_support::make_tagged_photo(dir.path(), name, tag_map(tags));
         if (zone == "?") {
@@ -209,29 +206,16 @@ private slots:
         QCOMPARE(time.last(), QString(tags.contains("IFD0:") ? "IFD0:DateTimeOriginal" : "System:FileCreateDate"));
     }
 
-    void file_system_time_data()
+    void no_metadata_gives_the_file_time()
     {
-        QTest::addColumn<QString>("extra_tags");
-        QTest::newRow("no metadata at all") << "";
-        // A present but empty ExifIFD tag still shuts out the IFD0 one.
-        QTest::newRow("empty ExifIFD tag") << "ExifIFD:DateTimeOriginal=;IFD0:DateTimeOriginal=2001:01:01 01:01:01";
-    }
-
-    void file_system_time()
-    {
-        QFETCH(QString, extra_tags);
         QTemporaryDir dir;
         const QDateTime before = QDateTime::currentDateTime().addSecs(-2);
         const QString path = test_support::make_tagged_photo(dir.path(), "plain.png");
         const QDateTime after = QDateTime::currentDateTime().addSecs(2);
         table_data_model model;
         model.add_file(path, false);
-        if (!extra_tags.isEmpty())
-            exif_cache::instance()->load(path, tag_map(extra_tags));
-
         const QDateTime recorded = model.data(model.index(0, 1), Qt::UserRole).toDateTime();
         QVERIFY2(recorded >= before && recorded <= after, qPrintable(recorded.toString(Qt::ISODate)));
-        QVERIFY(!exif_cache::instance()->file_data[path].count("DateTimeOriginalInIFD0"));
     }
 
     void sort_data()
@@ -251,7 +235,6 @@ private slots:
         QFETCH(int, column);
         QFETCH(Qt::SortOrder, order);
         QFETCH(QString, expected);
-
         table_data_model model;
         // Around the spring change: 01:45 CET and 03:10 CEST are 25 minutes apart.
         load_by_hand(model, "/p/2/b.jpg", {{"ExifIFD:DateTimeOriginal", "2017:03:26 03:10:00"}});

@@ -23,15 +23,13 @@
 
 namespace test_support {
 
-QString run(const QString& program, const QStringList& arguments, int* exit_code)
+QString run(const QString& program, const QStringList& arguments)
 {
     QProcess process;
     process.start(program, arguments);
     if (!process.waitForStarted(10000))
         qFatal("cannot start %s", qPrintable(program));
     process.waitForFinished(120000);
-    if (exit_code)
-        *exit_code = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
     return QString::fromUtf8(process.readAllStandardOutput());
 }
 
@@ -55,9 +53,7 @@ QString make_tagged_photo(const QString& dir, const QString& name, const exif_ta
     QStringList arguments = {"-overwrite_original", "-m", "-charset", "filename=utf8"};
     for (const auto& [tag, value] : tags)
         arguments << QString("-%1=%2").arg(tag, value);
-    int code = 0;
-    run(TAVIMO_EXIFTOOL_SCRIPT, arguments << path, &code);
-    if (code != 0)
+    if (!run(TAVIMO_EXIFTOOL_SCRIPT, arguments << path).contains("1 image files updated"))
         qFatal("exiftool could not tag %s", qPrintable(path));
     return path;
 }
@@ -145,6 +141,20 @@ void answer(QDialog* dialog, const QString& wanted, seen_box& seen)
     dialog->close();
 }
 
+QMutex capture_mutex;
+QStringList captured;
+QtMessageHandler previous_handler = nullptr;
+
+void capture(QtMsgType type, const QMessageLogContext& context, const QString& message)
+{
+    if (context.category && QByteArray(context.category) == "exiftool") {
+        QMutexLocker lock(&capture_mutex);
+        captured << message;
+    }
+    if (previous_handler)
+        previous_handler(type, context, message);
+}
+
 } // namespace
 
 QSharedPointer<seen_box> answer_next_box(const QString& wanted, std::function<void(QDialog*)> prepare, int timeout_ms)
@@ -173,24 +183,6 @@ QSharedPointer<seen_box> answer_next_box(const QString& wanted, std::function<vo
     timer->start(10);
     return seen;
 }
-
-namespace {
-
-QMutex capture_mutex;
-QStringList captured;
-QtMessageHandler previous_handler = nullptr;
-
-void capture(QtMsgType type, const QMessageLogContext& context, const QString& message)
-{
-    if (context.category && QByteArray(context.category) == "exiftool") {
-        QMutexLocker lock(&capture_mutex);
-        captured << message;
-    }
-    if (previous_handler)
-        previous_handler(type, context, message);
-}
-
-} // namespace
 
 log_capture::log_capture()
 {

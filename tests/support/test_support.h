@@ -14,7 +14,7 @@ class QPushButton;
 namespace test_support {
 
 // Runs `program` to its end and returns its standard output; qFatal if it cannot start.
-QString run(const QString& program, const QStringList& arguments, int* exit_code = nullptr);
+QString run(const QString& program, const QStringList& arguments);
 
 // "IFD0:Make=Canon;IFD0:Model=EOS" as a map; each value runs to the next ';'.
 exif_tag_map tag_map(const QString& pairs);
