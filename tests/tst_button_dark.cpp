@@ -20,17 +20,6 @@ QImage row_of(const QVector<QRgb>& pixels, QImage::Format format = QImage::Forma
     return image;
 }
 
-// A white square with a soft edge, as the artwork's icons are.
-QString write_icon(const QTemporaryDir& dir, const QString& name)
-{
-    QImage image(8, 8, QImage::Format_ARGB32);
-    image.fill(Qt::white);
-    image.setPixel(0, 0, qRgba(255, 255, 255, 128));
-    const QString path = dir.filePath(name);
-    image.save(path);
-    return path;
-}
-
 } // namespace
 
 class tst_button_dark : public QObject {
@@ -118,7 +107,10 @@ private slots:
     {
         QFETCH(QString, path);
         QTemporaryDir dir;
-        const QString good = write_icon(dir, "good.png");
+        const QString good = dir.filePath("good.png");
+        QImage white(8, 8, QImage::Format_ARGB32);
+        white.fill(Qt::white);
+        QVERIFY(white.save(good));
         button_dark b;
         b.set_icon(good, -1, -1, 0xfff0f0f0, 0xff818885);
 
@@ -159,7 +151,8 @@ private slots:
         row("flat after a setter", sheet_of(blank.styleSheet()),
             "color:rgb(146,152,148)|blank_normal.png|QPushButton::checked      {color:rgb(228,228,228);}",
             "dark_normal.png|%1|%2|%3");
-        row("round at once", sheet_of(ondo::button_dark_round("x").styleSheet()), "border-radius:5px;|background-color:rgb(68,68,68);", "dark_normal.png");
+        row("round at once", sheet_of(ondo::button_dark_round("x").styleSheet()),
+            "border-radius:5px;|background-color:rgb(68,68,68);", "dark_normal.png");
     }
 
     void style_sheet()

@@ -185,7 +185,8 @@ private slots:
         QCOMPARE(exiftool::read_tags("b.jpg", false, false), (exif_tag_map{{"Make", "Canon"}}));
         QCOMPARE(perl.starts().size(), 2);
         QCOMPARE(log.count("Not writing: Process is not running."), 1);
-        QCOMPARE(QString::fromUtf8(perl.input()).split('\n', Qt::SkipEmptyParts), QStringList({"a.jpg", "-execute0", "b.jpg", "-execute1"}));
+        QCOMPARE(QString::fromUtf8(perl.input()).split('\n', Qt::SkipEmptyParts),
+            QStringList({"a.jpg", "-execute0", "b.jpg", "-execute1"}));
     }
 
     void shutdown_data()

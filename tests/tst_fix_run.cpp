@@ -255,7 +255,8 @@ private slots:
         for (int i = 0; i < good_files; ++i)
             good << photo(QString("good%1.jpg").arg(i), "ExifIFD:DateTimeOriginal=#");
         // Files that vanish between the load and the run: ExifTool reports them not updated.
-        const QStringList bad = {photo("gone1.jpg", "ExifIFD:DateTimeOriginal=#"), photo("gone2.jpg", "ExifIFD:DateTimeOriginal=#")};
+        const QStringList bad = {photo("gone1.jpg", "ExifIFD:DateTimeOriginal=#"),
+                                 photo("gone2.jpg", "ExifIFD:DateTimeOriginal=#")};
 
         load_and_type(good + bad, "lineedit_hour", "1");
         for (const QString& path : bad)
@@ -277,7 +278,8 @@ private slots:
 
     void undo_of_an_iptc_zone_gives_utc()
     {
-        const QString path = photo("a.jpg", "ExifIFD:DateTimeOriginal=#;IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05+02:00");
+        const QString path =
+            photo("a.jpg", "ExifIFD:DateTimeOriginal=#;IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05+02:00");
         const QString no_dto = photo("b.jpg", "ExifIFD:CreateDate=#");
         load_and_type({path, no_dto}, "lineedit_hour", "1");
         // Without DateTimeOriginal the file's own time is the recording time, and it moves the others.
@@ -298,7 +300,8 @@ private slots:
     void fix_and_undo_touch_nothing_else()
     {
         const QStringList paths = {
-            photo("plain.jpg", "ExifIFD:DateTimeOriginal=#;IFD0:Make=Velmora;IFD0:Model=Model 7;ExifIFD:ISO=200;XMP-dc:Title=Harbour"),
+            photo("plain.jpg",
+                "ExifIFD:DateTimeOriginal=#;IFD0:Make=Velmora;IFD0:Model=Model 7;ExifIFD:ISO=200;XMP-dc:Title=Harbour"),
             photo("iptc.jpg", "ExifIFD:DateTimeOriginal=#;IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05;"
                               "IPTC:Keywords=boat;XMP-photoshop:DateCreated=#"),
             photo("image.png", "XMP-dc:Title=Lines;XMP-photoshop:DateCreated=#"),

@@ -59,7 +59,6 @@ private slots:
         QTest::addColumn<QLocale>("locale");
         QTest::addColumn<QString>("expected");
 
-        QTest::newRow("de_AT") << QLocale(QLocale::German, QLocale::Austria) << "de";
         QTest::newRow("fr_CA") << QLocale(QLocale::French, QLocale::Canada) << "fr";
         QTest::newRow("ko spelled kr") << QLocale(QLocale::Korean, QLocale::SouthKorea) << "kr";
         QTest::newRow("Japanese has no code") << QLocale(QLocale::Japanese, QLocale::Japan) << "";

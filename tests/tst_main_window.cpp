@@ -133,7 +133,8 @@ private slots:
         button("Load images")->click();
 
         QCOMPARE(seen->title, QString("Select files"));
-        const QRegularExpression expected("^" + QRegularExpression::escape(root.path()) + " Supported Files\\(\\*\\.360 \\*\\.3g2 [^|]* \\*\\.jpg [^|]*\\*\\.xmp \\)$");
+        const QRegularExpression expected("^" + QRegularExpression::escape(root.path())
+            + " Supported Files\\(\\*\\.360 \\*\\.3g2 [^|]* \\*\\.jpg [^|]*\\*\\.xmp \\)$");
         QVERIFY2(expected.match(opened).hasMatch(), qPrintable(opened));
         QCOMPARE(names(), accept ? QStringList({"a.jpg", "b.jpg"}) : QStringList());
         QCOMPARE(QSettings().value("last_load_path").toString(), accept ? shots : root.path());
@@ -182,20 +183,18 @@ private:
     void make_window() { window = test_support::open_main_window(); }
     QTableView* table() const { return window->findChild<QTableView*>("tableView"); }
     QString cell(int row, int column) const { return table()->model()->index(row, column).data().toString(); }
-    QStringList names() const;
+    QStringList names() const
+    {
+        QStringList result;
+        for (int row = 0; row < table()->model()->rowCount(); ++row)
+            result << cell(row, 0);
+        return result;
+    }
     QPushButton* button(const QString& tool_tip) const { return test_support::button(window, tool_tip); }
 
     QPointer<MainWindow> window;
     std::unique_ptr<QTemporaryDir> dir;
 };
-
-QStringList tst_main_window::names() const
-{
-    QStringList result;
-    for (int row = 0; row < table()->model()->rowCount(); ++row)
-        result << cell(row, 0);
-    return result;
-}
 
 int main(int argc, char** argv)
 {

@@ -66,12 +66,10 @@ private slots:
         QTest::addColumn<QString>("expected");
         QTest::addColumn<bool>("expected_ok");
         QTest::newRow("int rejected") << "int" << "Cancel" << "5" << false;
-        QTest::newRow("int closed") << "int" << "close" << "5" << false;
         QTest::newRow("int accepted") << "int" << "OK" << "9" << true;
         QTest::newRow("double rejected") << "double" << "Cancel" << "2.5" << false;
         QTest::newRow("item rejected") << "item 1" << "Cancel" << "beta" << false;
         QTest::newRow("item rejected, no preset") << "item -1" << "Cancel" << "" << false;
-        QTest::newRow("item rejected, out of range") << "item 7" << "Cancel" << "" << false;
         QTest::newRow("item accepted") << "item 2" << "OK" << "gamma" << true;
         QTest::newRow("text rejected") << "text" << "Cancel" << "" << false;
         QTest::newRow("text, own labels") << "text labelled" << "Take" << "typed" << true;

@@ -58,11 +58,11 @@ private slots:
         QTest::addColumn<QString>("expected");
 
         const QString context = " (photo.cpp:42, void load())";
-        QTest::newRow("debug") << int(QtDebugMsg) << false << true << "" << false << "Debug: @ hello";
         QTest::newRow("warning goes to cout") << int(QtWarningMsg) << false << true << "" << false << "Warning: @ hello";
         QTest::newRow("critical") << int(QtCriticalMsg) << false << true << "" << true << "Critical: @ hello";
         QTest::newRow("debug with context") << int(QtDebugMsg) << true << true << "" << false << "Debug: @ hello" + context;
-        QTest::newRow("critical with context") << int(QtCriticalMsg) << true << true << "" << true << "Critical: @ hello" + context;
+        QTest::newRow("critical with context") << int(QtCriticalMsg) << true << true << "" << true
+                                               << "Critical: @ hello" + context;
         QTest::newRow("context asked, none supplied") << int(QtWarningMsg) << true << false << "" << false << "Warning: @ hello";
         QTest::newRow("category") << int(QtInfoMsg) << false << true << "exiftool" << false << "Info: @ exiftool: hello";
     }
@@ -123,21 +123,18 @@ private slots:
     void fatal_on_worker_thread_prints_and_aborts()
     {
         QProcess child;
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert("TST_FATAL_CHILD", "1");
-        env.insert("QT_QPA_PLATFORM", "offscreen");
-        child.setProcessEnvironment(env);
+        qputenv("TST_FATAL_CHILD", "1"); // the child inherits it; this process has read it already
         child.start(QCoreApplication::applicationFilePath(), QStringList());
         QVERIFY(child.waitForFinished(20000));
+        qunsetenv("TST_FATAL_CHILD");
 
         QCOMPARE(child.exitStatus(), QProcess::CrashExit);
         const QString err = QString::fromUtf8(child.readAllStandardError());
         // Qt may warn about its runtime folder before the handler is installed; nothing else may appear.
         const QStringList lines = err.split('\n', Qt::SkipEmptyParts).filter(QRegularExpression("^(?!QStandardPaths:)"));
         QCOMPARE(lines.size(), 1);
-        QVERIFY2(lines.first().startsWith("Fatal: "), qPrintable(err));
-        QVERIFY2(lines.first().contains(" worker gave up ("), qPrintable(err));
-        QVERIFY2(lines.first().endsWith("worker_body())"), qPrintable(err));
+        QVERIFY2(QRegularExpression("^Fatal: .* worker gave up \\(.*worker_body\\(\\)\\)$").match(lines.first()).hasMatch(),
+            qPrintable(err));
         QCOMPARE(QString::fromUtf8(child.readAllStandardOutput()), QString());
     }
 };

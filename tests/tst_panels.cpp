@@ -59,7 +59,6 @@ private slots:
         QTest::addColumn<QStringList>("filled");
 
         QTest::newRow("empty panel") << QStringList();
-        QTest::newRow("two fields") << QStringList {"lineedit_day", "lineedit_timezone"};
         QTest::newRow("all seven") << QStringList{"lineedit_year", "lineedit_month", "lineedit_day", "lineedit_hour",
                                                   "lineedit_minute", "lineedit_second", "lineedit_timezone"};
     }

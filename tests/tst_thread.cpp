@@ -54,7 +54,6 @@ private slots:
         QTest::addColumn<int>("min_ms");
         QTest::addColumn<int>("max_ms");
         QTest::newRow("negative") << -2.5 << 0 << 200;
-        QTest::newRow("fraction below one") << 0.9 << 0 << 200;
         QTest::newRow("fraction dropped") << 1.9 << 990 << 1500;
     }
 

@@ -118,14 +118,11 @@ QString plain(QString text) { return text.remove('&'); }
 void answer(QDialog* dialog, const QString& wanted, seen_box& seen)
 {
     seen.title = dialog->windowTitle();
-    QAbstractButton* default_button = nullptr;
     if (auto* box = qobject_cast<QMessageBox*>(dialog)) {
         seen.text = box->text();
-        default_button = box->defaultButton();
-        if (default_button)
-            seen.default_button = plain(default_button->text());
+        seen.default_button = box->defaultButton() ? plain(box->defaultButton()->text()) : QString();
     }
-    QAbstractButton* chosen = wanted == "default" ? default_button : nullptr;
+    QAbstractButton* chosen = nullptr;
     for (QAbstractButton* b : dialog->findChildren<QAbstractButton*>()) {
         if (!b->isVisible())
             continue;

@@ -48,8 +48,8 @@ struct seen_box {
 };
 
 // Answers the next modal dialog from a timer, so that a test can call code that blocks in exec().
-// `answer` is a button text ("Yes", "Keep changes"), "close" for the window's close control or
-// "default"; `prepare` runs on the dialog first. Warns and gives up after `timeout_ms`.
+// `answer` is a button text ("Yes", "Keep changes") or "close" for the window's close control;
+// `prepare` runs on the dialog first. Warns and gives up after `timeout_ms`.
 QSharedPointer<seen_box> answer_next_box(const QString& answer, std::function<void(QDialog*)> prepare = {},
     int timeout_ms = 10000);
 
