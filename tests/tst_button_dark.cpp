@@ -1,9 +1,5 @@
-#include <ondo/button.h>
 #include <ondo/button_dark.h>
 
-#include <QButtonGroup>
-#include <QPainter>
-#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -24,306 +20,155 @@ QImage row_of(const QVector<QRgb>& pixels, QImage::Format format = QImage::Forma
     return image;
 }
 
-// A white square with a soft edge, as the artwork's icons are.
-QString write_icon(const QTemporaryDir& dir, const QString& name, QRgb color = 0xffffffff)
-{
-    QImage image(8, 8, QImage::Format_ARGB32);
-    image.fill(color);
-    image.setPixel(0, 0, qRgba(qRed(color), qGreen(color), qBlue(color), 128));
-    const QString path = dir.filePath(name);
-    image.save(path);
-    return path;
-}
-
 } // namespace
 
 class tst_button_dark : public QObject {
     Q_OBJECT
 private slots:
-    void recolour_monochrome_data();
-    void recolour_monochrome();
-    void recolour_multicolor_data();
-    void recolour_multicolor();
-    void missing_icon_keeps_picture_data();
-    void missing_icon_keeps_picture();
-    void paint_chooses_picture_data();
-    void paint_chooses_picture();
-    void paint_on_foreign_button_asserts();
-    void style_sheet_data();
-    void style_sheet();
-    void modifiers_during_click();
-    void toggle_off_in_exclusive_group();
-    void image_button_flashes_and_reverts();
+    void recolour_monochrome_data()
+    {
+        QTest::addColumn<QVector<QRgb>>("pixels");
+        QTest::addColumn<int>("format");
+        QTest::newRow("alpha kept") << QVector<QRgb>{qRgba(10, 20, 30, 255), qRgba(200, 0, 0, 128), qRgba(0, 0, 0, 1), 0}
+                                    << int(QImage::Format_ARGB32);
+        QTest::newRow("no alpha channel") << QVector<QRgb>{qRgb(50, 60, 70)} << int(QImage::Format_RGB32);
+    }
+
+    void recolour_monochrome()
+    {
+        QFETCH(QVector<QRgb>, pixels);
+        QFETCH(int, format);
+        button_dark::img_highlighter h;
+        h.normal = pixel_argb(129, 136, 133);
+        h.highlight = pixel_argb(240, 241, 242);
+        QImage normal = row_of(pixels, QImage::Format(format)), highlight = normal, disabled = normal;
+        h.create_images(normal, highlight, disabled);
+
+        for (int x = 0; x < pixels.size(); ++x) {
+            const int alpha = qAlpha(pixels[x]);
+            QCOMPARE(normal.pixel(x, 0), qRgba(129, 136, 133, alpha));
+            QCOMPARE(highlight.pixel(x, 0), qRgba(240, 241, 242, alpha));
+            QCOMPARE(disabled.pixel(x, 0), qRgba(129, 136, 133, alpha >> 1)); // 1 becomes 0
+        }
+    }
+
+    // The highlighted picture is shifted by `highlight` minus the pixel nearest to `normal`.
+    void recolour_multicolor_data()
+    {
+        QTest::addColumn<QVector<QRgb>>("pixels");
+        QTest::addColumn<QRgb>("normal");
+        QTest::addColumn<QRgb>("highlight");
+        QTest::addColumn<QVector<QRgb>>("expected");
+
+        QTest::newRow("nearest by channel sum")
+            << QVector<QRgb>{qRgb(0, 0, 0), qRgb(90, 100, 100), qRgb(200, 200, 200)} << qRgb(100, 100, 100)
+            << qRgb(110, 120, 130) << QVector<QRgb>{qRgb(20, 20, 30), qRgb(110, 120, 130), qRgb(220, 220, 230)};
+        QTest::newRow("first of equally near")
+            << QVector<QRgb>{qRgb(0, 0, 0), qRgb(110, 100, 100), qRgb(100, 100, 90)} << qRgb(100, 100, 100)
+            << qRgb(150, 150, 150) << QVector<QRgb>{qRgb(40, 50, 50), qRgb(150, 150, 150), qRgb(140, 150, 140)};
+        QTest::newRow("exact match after a near one")
+            << QVector<QRgb>{qRgb(101, 100, 100), qRgb(100, 100, 100)} << qRgb(100, 100, 100) << qRgb(50, 60, 70)
+            << QVector<QRgb>{qRgb(51, 60, 70), qRgb(50, 60, 70)};
+        QTest::newRow("clamped both ways") << QVector<QRgb>{qRgb(20, 20, 20), qRgb(250, 5, 128)} << qRgb(20, 20, 20)
+                                           << qRgb(60, 0, 20) << QVector<QRgb>{qRgb(60, 0, 20), qRgb(255, 0, 128)};
+    }
+
+    void recolour_multicolor()
+    {
+        QFETCH(QVector<QRgb>, pixels);
+        QFETCH(QRgb, normal);
+        QFETCH(QRgb, highlight);
+        QFETCH(QVector<QRgb>, expected);
+        button_dark::img_highlighter h;
+        h.multicolor = true;
+        h.normal = pixel_argb(normal);
+        h.highlight = pixel_argb(highlight);
+        for (QRgb& p : pixels)
+            p = qRgba(qRed(p), qGreen(p), qBlue(p), 200);
+        QImage n = row_of(pixels), hi = n, d = n;
+        h.create_images(n, hi, d);
+
+        for (int x = 0; x < pixels.size(); ++x) {
+            const QRgb p = pixels[x];
+            QCOMPARE(n.pixel(x, 0), p);
+            QCOMPARE(hi.pixel(x, 0), qRgba(qRed(expected[x]), qGreen(expected[x]), qBlue(expected[x]), 200));
+            QCOMPARE(d.pixel(x, 0), qRgba(qRed(p), qGreen(p), qBlue(p), 100));
+        }
+    }
+
+    void missing_icon_keeps_picture_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::newRow("missing file") << "/nonexistent/icon.png";
+        QTest::newRow("empty path") << "";
+    }
+
+    void missing_icon_keeps_picture()
+    {
+        QFETCH(QString, path);
+        QTemporaryDir dir;
+        const QString good = dir.filePath("good.png");
+        QImage white(8, 8, QImage::Format_ARGB32);
+        white.fill(Qt::white);
+        QVERIFY(white.save(good));
+        button_dark b;
+        b.set_icon(good, -1, -1, 0xfff0f0f0, 0xff818885);
+
+        QTest::ignoreMessage(QtWarningMsg, qPrintable(QString("Can't open icon: '%1'.").arg(path)));
+        b.set_icon(path, -1, -1, 0xff00ff00, 0xff0000ff);
+        QCOMPARE(b.icon.path, good);
+        QCOMPARE(b.icon.width, 8);
+        // The old picture stays, recoloured with the new colours.
+        QCOMPARE(b.icon.normal_image->pixel(3, 3), qRgba(0, 0, 255, 255));
+    }
+
+    // Parts of the sheet that must be there, and parts that must not, each list split at "|".
+    void style_sheet_data()
+    {
+        QTest::addColumn<setter>("apply");
+        QTest::addColumn<QString>("present");
+        QTest::addColumn<QString>("absent");
+        auto row = [](const char* name, setter apply, const QString& present, const QString& absent) {
+            QTest::newRow(name) << apply << present << absent;
+        };
+        auto sheet_of = [](const QString& sheet) { return setter([=](button_dark& b) { b.setStyleSheet(sheet); }); };
+        const QString dark_disabled = "QPushButton::disabled{color:rgba(129,136,133,50%);}";
+        row("as built", [](button_dark&) {}, "border-image:url(:/gui/button/dark_normal.png) 3 stretch|QPushButton::checked{|"
+            "QPushButton::pressed{|text-align:center;|padding: 0.25em 1em;|" + dark_disabled, "%1|%2|%3|header");
+        row("header type", [](button_dark& b) { b.set_type("header"); },
+            "url(:/gui/button/header_normal.png)|url(:/gui/button/header_pressed.png)", "dark_");
+        row("checked and pressed off", [](button_dark& b) { b.set_style(false, false, true, false); }, "dark_normal.png",
+            "::checked|::pressed|dark_pressed.png");
+        row("text colour", [](button_dark& b) { b.set_text_color(pixel_argb(10, 20, 30, 40)); },
+            "color:rgba(10,20,30,40);|QPushButton::disabled{color:rgba(10,20,30,50%);}", dark_disabled + "|%3");
+        row("text colour reset", [](button_dark& b) { b.set_text_color(pixel_argb(10, 20, 30, 40)), b.reset_text_color(); },
+            dark_disabled, "10,20,30");
+        row("extra padding", [](button_dark& b) { b.set_extra_padding(7); }, "padding-left: 7px; padding-right: 7px;", "%1");
+        row("text align", [](button_dark& b) { b.set_text_align("left"); }, "text-align:left;", "text-align:center");
+        ondo::button_dark_flat flat("x"), blank("x");
+        blank.set_type("blank");
+        row("flat before any setter", sheet_of(flat.styleSheet()), "dark_normal.png|color:rgb(198,213,210)", "146,152,148");
+        row("flat after a setter", sheet_of(blank.styleSheet()),
+            "color:rgb(146,152,148)|blank_normal.png|QPushButton::checked      {color:rgb(228,228,228);}",
+            "dark_normal.png|%1|%2|%3");
+        row("round at once", sheet_of(ondo::button_dark_round("x").styleSheet()),
+            "border-radius:5px;|background-color:rgb(68,68,68);", "dark_normal.png");
+    }
+
+    void style_sheet()
+    {
+        QFETCH(setter, apply);
+        QFETCH(QString, present);
+        QFETCH(QString, absent);
+        button_dark b("text");
+        apply(b);
+        const QString sheet = b.styleSheet();
+        for (const QString& part : present.split('|'))
+            QVERIFY2(sheet.contains(part), qPrintable(part + " missing in " + sheet));
+        for (const QString& part : absent.split('|'))
+            QVERIFY2(!sheet.contains(part), qPrintable(part + " present in " + sheet));
+    }
 };
-
-void tst_button_dark::recolour_monochrome_data()
-{
-    QTest::addColumn<QRgb>("pixel");
-    QTest::addColumn<int>("format");
-    QTest::newRow("opaque") << qRgba(10, 20, 30, 255) << int(QImage::Format_ARGB32);
-    QTest::newRow("translucent") << qRgba(200, 0, 0, 128) << int(QImage::Format_ARGB32);
-    QTest::newRow("odd alpha") << qRgba(0, 0, 0, 1) << int(QImage::Format_ARGB32);
-    QTest::newRow("transparent") << qRgba(0, 0, 0, 0) << int(QImage::Format_ARGB32);
-    QTest::newRow("no alpha channel") << qRgb(50, 60, 70) << int(QImage::Format_RGB32);
-}
-
-void tst_button_dark::recolour_monochrome()
-{
-    QFETCH(QRgb, pixel);
-    QFETCH(int, format);
-    button_dark::img_highlighter h;
-    h.normal = pixel_argb(129, 136, 133);
-    h.highlight = pixel_argb(240, 241, 242);
-    QImage normal = row_of({pixel}, QImage::Format(format)), highlight = normal, disabled = normal;
-    h.create_images(normal, highlight, disabled);
-
-    const int alpha = qAlpha(pixel);
-    QCOMPARE(normal.pixel(0, 0), qRgba(129, 136, 133, alpha));
-    QCOMPARE(highlight.pixel(0, 0), qRgba(240, 241, 242, alpha));
-    QCOMPARE(disabled.pixel(0, 0), qRgba(129, 136, 133, alpha >> 1));
-}
-
-void tst_button_dark::recolour_multicolor_data()
-{
-    QTest::addColumn<QVector<QRgb>>("pixels");
-    QTest::addColumn<QRgb>("normal");
-    QTest::addColumn<QRgb>("highlight");
-    QTest::addColumn<int>("reference");
-
-    QTest::newRow("nearest by channel sum")
-        << QVector<QRgb>{qRgb(0, 0, 0), qRgb(90, 100, 100), qRgb(200, 200, 200)} << qRgb(100, 100, 100)
-        << qRgb(110, 120, 130) << 1;
-    QTest::newRow("first of equally near")
-        << QVector<QRgb>{qRgb(0, 0, 0), qRgb(110, 100, 100), qRgb(100, 100, 90)} << qRgb(100, 100, 100)
-        << qRgb(150, 150, 150) << 1;
-    QTest::newRow("exact match after near ones")
-        << QVector<QRgb>{qRgb(101, 100, 100), qRgb(100, 100, 100), qRgb(100, 100, 100)} << qRgb(100, 100, 100)
-        << qRgb(50, 60, 70) << 1;
-    QTest::newRow("clamped both ways")
-        << QVector<QRgb>{qRgb(20, 20, 20), qRgb(250, 5, 128)} << qRgb(20, 20, 20) << qRgb(60, 0, 20) << 0;
-}
-
-void tst_button_dark::recolour_multicolor()
-{
-    QFETCH(QVector<QRgb>, pixels);
-    QFETCH(QRgb, normal);
-    QFETCH(QRgb, highlight);
-    QFETCH(int, reference);
-
-    button_dark::img_highlighter h;
-    h.multicolor = true;
-    h.normal = pixel_argb(qRed(normal), qGreen(normal), qBlue(normal));
-    h.highlight = pixel_argb(qRed(highlight), qGreen(highlight), qBlue(highlight));
-    for (QRgb& p : pixels)
-        p = qRgba(qRed(p), qGreen(p), qBlue(p), 200);
-    QImage n = row_of(pixels), hi = n, d = n;
-    h.create_images(n, hi, d);
-
-    const QRgb ref = pixels[reference];
-    for (int x = 0; x < pixels.size(); ++x) {
-        const QRgb p = pixels[x];
-        QCOMPARE(n.pixel(x, 0), p);
-        const QRgb expected = qRgba(qBound(0, qRed(p) + qRed(highlight) - qRed(ref), 255),
-            qBound(0, qGreen(p) + qGreen(highlight) - qGreen(ref), 255),
-            qBound(0, qBlue(p) + qBlue(highlight) - qBlue(ref), 255), 200);
-        QCOMPARE(hi.pixel(x, 0), expected);
-        QCOMPARE(d.pixel(x, 0), qRgba(qRed(p), qGreen(p), qBlue(p), 100));
-    }
-}
-
-void tst_button_dark::missing_icon_keeps_picture_data()
-{
-    QTest::addColumn<QString>("path");
-    QTest::newRow("missing file") << "/nonexistent/icon.png";
-    QTest::newRow("empty path") << "";
-}
-
-void tst_button_dark::missing_icon_keeps_picture()
-{
-    QFETCH(QString, path);
-    QTemporaryDir dir;
-    const QString good = write_icon(dir, "good.png");
-    button_dark b;
-    b.set_icon(good, -1, -1, 0xfff0f0f0, 0xff818885);
-    const QImage before = *b.icon.normal_image;
-
-    QTest::ignoreMessage(QtWarningMsg, qPrintable(QString("Can't open icon: '%1'.").arg(path)));
-    b.set_icon(path, -1, -1, 0xff00ff00, 0xff0000ff);
-    QCOMPARE(b.icon.path, good);
-    QVERIFY(b.icon.normal_image);
-    QCOMPARE(b.icon.width, 8);
-    // The old picture stays, recoloured with the new colours.
-    QCOMPARE(b.icon.normal_image->pixel(3, 3), qRgba(0, 0, 255, 255));
-    QCOMPARE(b.icon.normal_image->size(), before.size());
-}
-
-void tst_button_dark::paint_chooses_picture_data()
-{
-    QTest::addColumn<setter>("prepare");
-    QTest::addColumn<QRgb>("expected");
-    const QRgb normal = qRgba(129, 136, 133, 255), light = qRgba(240, 240, 240, 255);
-    QTest::newRow("normal") << setter([](button_dark&) {}) << normal;
-    QTest::newRow("under mouse") << setter([](button_dark& b) { b.setAttribute(Qt::WA_UnderMouse); }) << light;
-    QTest::newRow("checked") << setter([](button_dark& b) {
-        b.setCheckable(true);
-        b.setChecked(true);
-    }) << light;
-    QTest::newRow("checked, no highlight") << setter([](button_dark& b) {
-        b.setCheckable(true);
-        b.setChecked(true);
-        b.set_style(false, true, false, true);
-    }) << normal;
-    QTest::newRow("disabled") << setter([](button_dark& b) { b.setEnabled(false); }) << qRgba(129, 136, 133, 127);
-    QTest::newRow("disabled under mouse") << setter([](button_dark& b) {
-        b.setEnabled(false);
-        b.setAttribute(Qt::WA_UnderMouse);
-    }) << qRgba(129, 136, 133, 127);
-}
-
-void tst_button_dark::paint_chooses_picture()
-{
-    QFETCH(setter, prepare);
-    QFETCH(QRgb, expected);
-    QTemporaryDir dir;
-    button_dark b;
-    b.draw_base = false;
-    b.resize(20, 20);
-    b.set_icon(write_icon(dir, "i.png"), -1, -1, 0xfff0f0f0, 0xff818885);
-    prepare(b);
-
-    QImage canvas(20, 20, QImage::Format_ARGB32);
-    canvas.fill(Qt::transparent);
-    b.render(&canvas, QPoint(), QRegion(), QWidget::DrawChildren);
-    // The 8 by 8 icon is centred: (20 - 8) / 2 = 6. Blending may round a channel by one.
-    const QRgb got = canvas.pixel(9, 9);
-    QVERIFY2(qAbs(qRed(got) - qRed(expected)) <= 1 && qAbs(qGreen(got) - qGreen(expected)) <= 1
-            && qAbs(qBlue(got) - qBlue(expected)) <= 1 && qAbs(qAlpha(got) - qAlpha(expected)) <= 1,
-        qPrintable(QString::number(got, 16)));
-    QCOMPARE(canvas.pixel(5, 9), qRgba(0, 0, 0, 0));
-}
-
-void tst_button_dark::paint_on_foreign_button_asserts()
-{
-    QTemporaryDir dir;
-    button_dark b;
-    b.set_icon(write_icon(dir, "i.png"), -1, -1, 0xfff0f0f0, 0xff818885);
-    QPushButton other;
-    QImage canvas(10, 10, QImage::Format_ARGB32);
-    QPainter painter(&canvas);
-    try {
-        b.custom_paint(painter, &other);
-        QFAIL("no assertion raised");
-    } catch (const std::string& text) {
-        QVERIFY2(QString::fromStdString(text).startsWith("assert \"bd\" failed at ../ondo_toolkit/ondo/button_dark:"),
-            text.c_str());
-        QVERIFY(text.back() == '\n');
-    }
-}
-
-void tst_button_dark::style_sheet_data()
-{
-    QTest::addColumn<setter>("apply");
-    QTest::addColumn<QStringList>("present");
-    QTest::addColumn<QStringList>("absent");
-
-    const QString dark_disabled = "QPushButton::disabled{color:rgba(129,136,133,50%);}";
-    QTest::newRow("as built") << setter([](button_dark&) {})
-                              << QStringList{"border-image:url(:/gui/button/dark_normal.png) 3 stretch",
-                                     "QPushButton::checked{", "QPushButton::pressed{", "text-align:center;",
-                                     "padding: 0.25em 1em;", dark_disabled}
-                              << QStringList{"%1", "%2", "%3", "header"};
-    QTest::newRow("header type") << setter([](button_dark& b) { b.set_type("header"); })
-                                 << QStringList{"url(:/gui/button/header_normal.png)", "url(:/gui/button/header_pressed.png)"}
-                                 << QStringList{"dark_"};
-    QTest::newRow("checked and pressed off") << setter([](button_dark& b) { b.set_style(false, false, true, false); })
-                                             << QStringList{"dark_normal.png"}
-                                             << QStringList{"::checked", "::pressed", "dark_pressed.png"};
-    QTest::newRow("text colour") << setter([](button_dark& b) { b.set_text_color(pixel_argb(10, 20, 30, 40)); })
-                                 << QStringList{"color:rgba(10,20,30,40);", "QPushButton::disabled{color:rgba(10,20,30,50%);}"}
-                                 << QStringList{dark_disabled, "%3"};
-    QTest::newRow("text colour reset") << setter([](button_dark& b) {
-        b.set_text_color(pixel_argb(10, 20, 30, 40));
-        b.reset_text_color();
-    }) << QStringList{dark_disabled} << QStringList{"10,20,30"};
-    QTest::newRow("extra padding") << setter([](button_dark& b) { b.set_extra_padding(7); })
-                                   << QStringList{"padding-left: 7px; padding-right: 7px;"} << QStringList{"%1"};
-    QTest::newRow("text align") << setter([](button_dark& b) { b.set_text_align("left"); })
-                                << QStringList{"text-align:left;"} << QStringList{"text-align:center"};
-    QTest::newRow("flat before any setter") << setter([](button_dark& b) {
-        auto* flat = new ondo::button_dark_flat("x", &b);
-        b.setStyleSheet(flat->styleSheet());
-    }) << QStringList{"dark_normal.png", "color:rgb(198,213,210)"} << QStringList{"146,152,148"};
-    QTest::newRow("flat after a setter") << setter([](button_dark& b) {
-        auto* flat = new ondo::button_dark_flat("x", &b);
-        flat->set_type("blank");
-        b.setStyleSheet(flat->styleSheet());
-    }) << QStringList{"color:rgb(146,152,148)", "blank_normal.png", "QPushButton::checked      {color:rgb(228,228,228);}"}
-       << QStringList{"dark_normal.png", "%1", "%2", "%3"};
-    QTest::newRow("round at once") << setter([](button_dark& b) {
-        auto* round = new ondo::button_dark_round("x", &b);
-        b.setStyleSheet(round->styleSheet());
-    }) << QStringList{"border-radius:5px;", "background-color:rgb(68,68,68);"} << QStringList{"dark_normal.png"};
-}
-
-void tst_button_dark::style_sheet()
-{
-    QFETCH(setter, apply);
-    QFETCH(QStringList, present);
-    QFETCH(QStringList, absent);
-    button_dark b("text");
-    apply(b);
-    const QString sheet = b.styleSheet();
-    for (const QString& part : present)
-        QVERIFY2(sheet.contains(part), qPrintable(part + " missing in " + sheet));
-    for (const QString& part : absent)
-        QVERIFY2(!sheet.contains(part), qPrintable(part + " present in " + sheet));
-}
-
-void tst_button_dark::modifiers_during_click()
-{
-    button_dark b("x");
-    b.resize(40, 20);
-    Qt::KeyboardModifiers seen;
-    connect(&b, &QPushButton::clicked, [&] { seen = b.modifiers(); });
-    QTest::mouseClick(&b, Qt::LeftButton, Qt::ShiftModifier | Qt::AltModifier);
-    QCOMPARE(seen, Qt::ShiftModifier | Qt::AltModifier);
-    QCOMPARE(b.modifiers(), Qt::NoModifier);
-}
-
-void tst_button_dark::toggle_off_in_exclusive_group()
-{
-    button_dark first("a"), second("b");
-    QButtonGroup group;
-    for (button_dark* b : {&first, &second}) {
-        b->resize(40, 20);
-        b->setCheckable(true);
-        group.addButton(b);
-    }
-    QTest::mouseClick(&first, Qt::LeftButton);
-    QVERIFY(first.isChecked());
-    QTest::mouseClick(&first, Qt::LeftButton);
-    QVERIFY(first.isChecked()); // an exclusive group keeps its choice...
-
-    first.toggle_off_in_group = true;
-    QTest::mouseClick(&first, Qt::LeftButton);
-    QVERIFY(!first.isChecked()); // ...unless the button may be toggled off
-    QVERIFY(group.exclusive());
-    QTest::mouseClick(&second, Qt::LeftButton);
-    QVERIFY(second.isChecked());
-}
-
-void tst_button_dark::image_button_flashes_and_reverts()
-{
-    ondo::button b("x");
-    b.resize(40, 20);
-    QSignalSpy clicks(&b, &QPushButton::clicked);
-    QTest::mouseClick(&b, Qt::LeftButton);
-    QCOMPARE(clicks.count(), 1);
-    QVERIFY(b.highlighted);
-    QCOMPARE(b.styleSheet(), QString("border:2px solid rgb(222,222,222);margin:0px 0px 0px 0px;"));
-    QTRY_VERIFY(!b.highlighted);
-    QCOMPARE(b.styleSheet(), QString("border:none;margin:2px 2px 2px 2px;"));
-}
 
 QTEST_MAIN(tst_button_dark)
 #include "tst_button_dark.moc"

@@ -44,7 +44,6 @@ private slots:
     {
         QFETCH(QString, text);
         QFETCH(QDate, date);
-
         // One o'clock standard time (UTC+1 here) whatever the season.
         const QDateTime expected(date, QTime(1, 0), QTimeZone(3600));
         QCOMPARE(qint64(ondo::timestamp_conversion(text.toStdString())), expected.toSecsSinceEpoch());
@@ -72,10 +71,7 @@ private slots:
     {
         QFETCH(qint64, time);
         QFETCH(QString, format);
-        QFETCH(QString, expected);
-
-        const long value = long(time);
-        QCOMPARE(QString::fromStdString(ondo::timestamp_conversion(value, format.toStdString())), expected);
+        QTEST(QString::fromStdString(ondo::timestamp_conversion(long(time), format.toStdString())), "expected");
     }
 
     void zero_is_now()

@@ -1,5 +1,5 @@
 // The stay-open protocol against a scripted stand-in for perl.
-#include "exiftool_support.h"
+#include "test_support.h"
 
 #include <ondo/exif_response.h>
 #include <ondo/exiftool.h>
@@ -9,220 +9,262 @@
 
 using ondo::exif_response;
 using ondo::exiftool;
-using test_support::fake_perl;
 using test_support::log_capture;
+
+namespace {
+
+// Started as "perl <script> -stay_open 1 ...", it records its arguments and input beside itself,
+// and at each "-execute<id>" line prints the reply set for that id, then "{ready<id>}\n" unless
+// the reply is plain. The rules are read anew at every execute; a "|" in a reply pauses 150 ms.
+const char perl_script[] = R"PERL(#!/usr/bin/perl
+use strict; use warnings; use FindBin; use IO::Handle; use Time::HiRes qw(sleep);
+my $dir = $FindBin::Bin;
+sub append { open(my $o, '>>:raw', "$dir/$_[0]") or die; print $o $_[1]; close $o; }
+sub rules {
+    my %r = (reply => {}, plain => {}, delay => {}, exit => {}, deaf => {});
+    open(my $in, '<:raw', "$dir/rules") or return \%r;
+    while (my $line = <$in>) {
+        chomp $line;
+        my ($kind, $id, $value) = split /\t/, $line, -1;
+        $value =~ s/\\(.)/$1 eq 'n' ? "\n" : $1/ge;
+        $r{$kind}{$id} = $value;
+    }
+    return \%r;
+}
+append('arguments', join('', map { "$_\n" } @ARGV) . "\n");
+$SIG{TERM} = 'IGNORE' if %{rules()->{deaf}};
+binmode STDIN; binmode STDOUT; STDOUT->autoflush(1);
+my $previous = '';
+while (my $line = <STDIN>) {
+    append('input', $line);
+    exit 0 if $previous eq "-stay_open\n" && $line eq "0\n" && !%{rules()->{deaf}};
+    $previous = $line;
+    next unless $line =~ /^-execute(\d+)\n\z/;
+    my ($id, $r) = ($1, rules());
+    sleep($r->{delay}{$id} / 1000) if $r->{delay}{$id};
+    my $text = $r->{reply}{$id} // $r->{plain}{$id} // '';
+    $text .= "{ready$id}\n" unless exists $r->{plain}{$id};
+    my @parts = split /\|/, $text, -1;
+    print shift(@parts) // '';
+    for (@parts) { sleep(0.15); print; }
+    exit 0 if exists $r->{exit}{$id};
+}
+)PERL";
+
+// The stand-in first on PATH for its lifetime; its end shuts the bridge down.
+class fake_perl {
+public:
+    fake_perl() : old_path(qgetenv("PATH"))
+    {
+        QFile script(dir.filePath("perl"));
+        script.open(QIODevice::WriteOnly);
+        script.write(perl_script);
+        script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        qputenv("PATH", QFile::encodeName(dir.path()) + ":" + old_path);
+    }
+    ~fake_perl()
+    {
+        ondo::exiftool::shutdown(true); // the child writes into the folder, so it goes first
+        qputenv("PATH", old_path);
+    }
+    // Kinds: "reply" (a plain one brings its own marker), "delay" in ms, "exit" after replying,
+    // "deaf" to the close command and to SIGTERM.
+    void rule(const QString& kind, const QString& id = "*", QString value = "1")
+    {
+        QFile rules(dir.filePath("rules"));
+        rules.open(QIODevice::Append);
+        rules.write(QString("%1\t%2\t%3\n").arg(kind, id, value.replace("\\", "\\\\").replace("\n", "\\n")).toUtf8());
+    }
+    void make_unstartable()
+    {
+        QFile::remove(dir.filePath("perl"));
+        qputenv("PATH", QFile::encodeName(dir.path()));
+    }
+    QByteArray read(const QString& name) const
+    {
+        QFile file(dir.filePath(name));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    // One list of arguments per start of the stand-in.
+    QList<QStringList> starts() const
+    {
+        QList<QStringList> result;
+        for (const QString& block : QString::fromUtf8(read("arguments")).split("\n\n", Qt::SkipEmptyParts))
+            result << block.split('\n', Qt::SkipEmptyParts);
+        return result;
+    }
+    QByteArray input() const { return read("input"); }
+
+private:
+    QTemporaryDir dir;
+    QByteArray old_path;
+};
+
+} // namespace
 
 class tst_exiftool_worker : public QObject {
     Q_OBJECT
 private slots:
-    void initTestCase();
-    void cleanup();
-    void arguments();
-    void worked_exchange();
-    void framing_data();
-    void framing();
-    void restart_after_idle_death();
-    void shutdown_data();
-    void shutdown();
-    void time_limit_does_not_end_wait();
-    void stops_when_the_application_quits();
+    void initTestCase() { test_support::use_private_settings(); }
+    void cleanup() { exiftool::shutdown(true); }
+    void worked_exchange()
+    {
+        fake_perl perl;
+        perl.rule("reply", "0", "-ExifIFD:DateTimeOriginal=2019:07:01 10:11:12\n-System:FileName=Märchen.jpg\n");
+        perl.rule("reply", "1", "    1 image files updated\n");
+        ondo::next_task_id = 0;
+
+        const exif_tag_map read = exiftool::read_tags("/photos/Märchen.jpg", true, false);
+        QCOMPARE(read, (exif_tag_map{{"ExifIFD:DateTimeOriginal", "2019:07:01 10:11:12"}, {"System:FileName", "Märchen.jpg"}}));
+        QVERIFY(exiftool::write_tags("/photos/Märchen.jpg", {{"DateTimeOriginal", "2019:07:01 11:11:12"}}));
+        QCOMPARE(ondo::worker_thread->objectName(), QString("Exiftol IO Worker"));
+        exiftool::shutdown(true);
+
+        QCOMPARE(perl.starts(), QList<QStringList>({{TAVIMO_EXIFTOOL_SCRIPT, "-stay_open", "1", "-@", "-", "-common_args",
+            "-charset", "filename=utf8", "-args", "-sort", "-fast", "-userParam", "processOwner=Tavimo"}}));
+        QCOMPARE(perl.input(), QString("-G1\n/photos/Märchen.jpg\n\n-execute0\n"
+                                       "\n/photos/Märchen.jpg\n-overwrite_original_in_place\n-m\n"
+                                       "-DateTimeOriginal=2019:07:01 11:11:12\n\n-execute1\n-stay_open\n0\n").toUtf8());
+    }
+
+    // Replies are raw output, markers included; a "|" splits the output into two reads.
+    void framing_data()
+    {
+        QTest::addColumn<int>("first_id");
+        QTest::addColumn<QStringList>("replies");
+        QTest::addColumn<QList<QByteArray>>("results");
+
+        QTest::newRow("two tasks in one go") << 0 << QStringList{"one\n|{ready0}\n", "two\n{ready1}\n"}
+                                             << QList<QByteArray>{"one\n", "two\n"};
+        QTest::newRow("marker split across reads") << 0 << QStringList{"a\n{rea|dy0}\n"} << QList<QByteArray>{"a\n"};
+        QTest::newRow("marker and next output in one read") << 0 << QStringList{"a\n{ready0}\nsurplus\n", "b\n{ready1}\n"}
+                                                            << QList<QByteArray>{"a\n", "surplus\nb\n"};
+        QTest::newRow("id 10 is not ended by id 1's marker") << 10 << QStringList{"{ready1\n{ready1}\n|tail\n{ready10}\n"}
+                                                             << QList<QByteArray>{"{ready1\n{ready1}\ntail\n"};
+    }
+
+    void framing()
+    {
+        QFETCH(int, first_id);
+        QFETCH(QStringList, replies);
+        QFETCH(QList<QByteArray>, results);
+        fake_perl perl;
+        for (int i = 0; i < replies.size(); ++i)
+            perl.rule("plain", QString::number(first_id + i), replies[i]);
+        exiftool::start();
+        exiftool::verbose(true);
+        log_capture log;
+        ondo::next_task_id = first_id;
+
+        QList<exif_response*> responses;
+        std::atomic<int> writes_when_first_ready{-1};
+        for (int i = 0; i < replies.size(); ++i)
+            responses << exiftool::start_task("f.jpg", "read", "f.jpg\n");
+        connect(responses[0], &exif_response::ready, responses[0], [&] { writes_when_first_ready = log.count("Writing '"); },
+            Qt::DirectConnection);
+        for (int i = 0; i < responses.size(); ++i) {
+            QVERIFY(responses[i]->await(60000));
+            QCOMPARE(responses[i]->get_data(), results[i]);
+            delete responses[i];
+        }
+        // The second task goes out only once the first one's marker has been consumed.
+        QCOMPARE(writes_when_first_ready.load(), 1);
+        QCOMPARE(perl.input().count("-execute"), replies.size());
+    }
+
+    void restart_after_idle_death()
+    {
+        fake_perl perl;
+        perl.rule("exit", "0");
+        ondo::next_task_id = 0;
+        exiftool::read_tags("a.jpg", false, false);
+        QTest::qWait(300); // lets the worker notice the exit
+        log_capture log;
+
+        perl.rule("reply", "1", "-Make=Canon\n");
+        QCOMPARE(exiftool::read_tags("b.jpg", false, false), (exif_tag_map{{"Make", "Canon"}}));
+        QCOMPARE(perl.starts().size(), 2);
+        QCOMPARE(log.count("Not writing: Process is not running."), 1);
+        QCOMPARE(QString::fromUtf8(perl.input()).split('\n', Qt::SkipEmptyParts),
+            QStringList({"a.jpg", "-execute0", "b.jpg", "-execute1"}));
+    }
+
+    void shutdown_data()
+    {
+        QTest::addColumn<QString>("child");
+        QTest::addColumn<int>("terminations");
+        QTest::addColumn<int>("kills");
+        QTest::addColumn<QString>("last_line");
+        QTest::addColumn<QString>("result");
+        QTest::addColumn<int>("close_commands");
+
+        QTest::newRow("obedient") << "obedient" << 0 << 0 << "Did 0 iterations, state: 0" << "Ok" << 1;
+        QTest::newRow("deaf") << "deaf" << 24 << 1 << "Did 25 iterations" << "" << -1;
+        QTest::newRow("never started") << "missing" << 0 << 0 << "Did 0 iterations, state: 0" << "Ok" << 0;
+    }
+
+    void shutdown()
+    {
+        QFETCH(QString, child);
+        QFETCH(QString, last_line);
+        QFETCH(QString, result);
+        QFETCH(int, close_commands);
+        fake_perl perl;
+        if (child == "deaf")
+            perl.rule("deaf");
+        if (child == "missing")
+            perl.make_unstartable();
+        log_capture log;
+        exiftool::start();
+        QTRY_COMPARE(perl.starts().size(), child == "missing" ? 0 : 1);
+        exiftool::shutdown(true);
+
+        QCOMPARE(log.count(child == "missing" ? "Worker started: Failed" : "Worker started: Ok"), 1);
+        QTEST(log.count("Sending termination signal to process."), "terminations");
+        QTEST(log.count("Sending kill signal to process."), "kills");
+        // The worker's destructor runs the shutdown once more and logs it again.
+        QVERIFY2(log.first("Did ").contains(last_line), qPrintable(log.first("Did ")));
+        if (!result.isEmpty())
+            QCOMPARE(log.count("Worker shutdown: " + result), 1);
+        if (close_commands >= 0)
+            QCOMPARE(perl.input().count("-stay_open\n0\n"), close_commands);
+        QCOMPARE(log.count("Not writing"), 0);
+    }
+
+    void time_limit_does_not_end_wait()
+    {
+        fake_perl perl;
+        perl.rule("delay", "0", "700");
+        perl.rule("reply", "0", "late\n");
+        exiftool::start();
+        ondo::next_task_id = 0;
+
+        exif_response* response = exiftool::start_task("f.jpg", "read", "f.jpg\n");
+        QSignalSpy errors(response, &exif_response::error);
+        int finished = 0;
+        QObject on_this_thread;
+        connect(response, &exif_response::finished, &on_this_thread, [&] { ++finished; }, Qt::QueuedConnection);
+        QVERIFY(response->await(100));
+        QCOMPARE(response->get_data(), QByteArray("late\n"));
+        QCOMPARE(response->get_error(), ondo::exif_error::timeout);
+        QCOMPARE(errors.count(), 1);
+        QTRY_COMPARE(finished, 2); // once for the time limit, once for the late output
+        delete response;
+    }
+
+    void stops_when_the_application_quits()
+    {
+        fake_perl perl;
+        log_capture log;
+        exiftool::start();
+        QTimer::singleShot(0, QCoreApplication::instance(), &QCoreApplication::quit);
+        QCoreApplication::exec();
+        QVERIFY(!ondo::worker_instance);
+        QVERIFY(!ondo::worker_thread);
+        QCOMPARE(log.count("Worker shutdown: Ok"), 1);
+        QVERIFY(perl.input().endsWith("-stay_open\n0\n"));
+    }
 };
-
-void tst_exiftool_worker::initTestCase()
-{
-    QCoreApplication::setOrganizationName("Velmora");
-    QCoreApplication::setApplicationName("Tavimo");
-}
-
-void tst_exiftool_worker::cleanup()
-{
-    exiftool::shutdown(true);
-}
-
-void tst_exiftool_worker::arguments()
-{
-    fake_perl perl;
-    exiftool::start();
-    QTRY_COMPARE(perl.starts().size(), 1);
-    const QStringList expected = {TAVIMO_EXIFTOOL_SCRIPT, "-stay_open", "1", "-@", "-", "-common_args",
-                                  "-charset", "filename=utf8", "-args", "-sort", "-fast", "-userParam",
-                                  "processOwner=Tavimo"};
-    QCOMPARE(perl.starts().first(), expected);
-    QCOMPARE(ondo::worker_thread->objectName(), QString("Exiftol IO Worker"));
-}
-
-void tst_exiftool_worker::worked_exchange()
-{
-    fake_perl perl;
-    perl.reply("0", "-ExifIFD:DateTimeOriginal=2019:07:01 10:11:12\n-System:FileName=Märchen.jpg\n");
-    perl.reply("1", "    1 image files updated\n");
-    ondo::next_task_id = 0;
-    log_capture log;
-
-    const exif_tag_map read = exiftool::read_tags("/photos/Märchen.jpg", true, false);
-    const exif_tag_map expected_read = {{"ExifIFD:DateTimeOriginal", "2019:07:01 10:11:12"},
-                                        {"System:FileName", "Märchen.jpg"}};
-    QCOMPARE(read, expected_read);
-    QVERIFY(exiftool::write_tags("/photos/Märchen.jpg", {{"DateTimeOriginal", "2019:07:01 11:11:12"}}));
-    exiftool::shutdown(true);
-
-    const QByteArray expected = QString("-G1\n/photos/Märchen.jpg\n\n-execute0\n"
-                                        "\n/photos/Märchen.jpg\n-overwrite_original_in_place\n-m\n"
-                                        "-DateTimeOriginal=2019:07:01 11:11:12\n\n-execute1\n"
-                                        "-stay_open\n0\n").toUtf8();
-    QCOMPARE(perl.input(), expected);
-    QVERIFY(log.first("Process finished").endsWith("Process finished on iteration 0"));
-    QVERIFY(log.first("Did ").endsWith("Did 0 iterations, state: 0"));
-}
-
-// Replies are raw output, markers included; a "|" splits the output into two reads.
-void tst_exiftool_worker::framing_data()
-{
-    QTest::addColumn<int>("first_id");
-    QTest::addColumn<QStringList>("replies");
-    QTest::addColumn<QList<QByteArray>>("results");
-
-    QTest::newRow("two tasks in one go") << 0 << QStringList{"one\n|{ready0}\n", "two\n{ready1}\n"}
-                                         << QList<QByteArray>{"one\n", "two\n"};
-    QTest::newRow("marker split across reads") << 0 << QStringList{"a\n{rea|dy0}\n"} << QList<QByteArray>{"a\n"};
-    QTest::newRow("marker and next output in one read")
-        << 0 << QStringList{"a\n{ready0}\nsurplus\n", "b\n{ready1}\n"}
-        << QList<QByteArray>{"a\n", "surplus\nb\n"};
-    QTest::newRow("id 10 is not ended by id 1's marker")
-        << 10 << QStringList{"{ready1\n{ready1}\n|tail\n{ready10}\n"}
-        << QList<QByteArray>{"{ready1\n{ready1}\ntail\n"};
-}
-
-void tst_exiftool_worker::framing()
-{
-    QFETCH(int, first_id);
-    QFETCH(QStringList, replies);
-    QFETCH(QList<QByteArray>, results);
-
-    fake_perl perl;
-    for (int i = 0; i < replies.size(); ++i)
-        perl.reply(QString::number(first_id + i), replies[i], true);
-    exiftool::start();
-    exiftool::verbose(true);
-    log_capture log;
-    ondo::next_task_id = first_id;
-
-    QList<exif_response*> responses;
-    std::atomic<int> writes_when_first_ready{-1};
-    for (int i = 0; i < replies.size(); ++i) {
-        responses << exiftool::start_task("f.jpg", "read", "f.jpg\n");
-        if (i == 0)
-            connect(responses[0], &exif_response::ready, responses[0],
-                    [&] { writes_when_first_ready = log.count("Writing '"); }, Qt::DirectConnection);
-    }
-    for (int i = 0; i < responses.size(); ++i) {
-        QVERIFY(responses[i]->await(60000));
-        QCOMPARE(responses[i]->get_data(), results[i]);
-        delete responses[i];
-    }
-    // The second task goes out only once the first one's marker has been consumed.
-    QCOMPARE(writes_when_first_ready.load(), 1);
-    QCOMPARE(perl.commands().size(), replies.size());
-}
-
-void tst_exiftool_worker::restart_after_idle_death()
-{
-    fake_perl perl;
-    perl.exit_after("0");
-    ondo::next_task_id = 0;
-    exiftool::read_tags("a.jpg", false, false);
-    QTest::qWait(300); // lets the worker notice the exit
-    log_capture log;
-
-    perl.reply("1", "-Make=Canon\n");
-    const exif_tag_map tags = exiftool::read_tags("b.jpg", false, false);
-    QCOMPARE(tags, (exif_tag_map{{"Make", "Canon"}}));
-    QCOMPARE(perl.starts().size(), 2);
-    QCOMPARE(log.count("Not writing: Process is not running."), 1);
-    const QList<QStringList> expected = {{"a.jpg", "-execute0"}, {"b.jpg", "-execute1"}};
-    QCOMPARE(perl.commands(), expected);
-}
-
-void tst_exiftool_worker::shutdown_data()
-{
-    QTest::addColumn<QString>("child");
-    QTest::addColumn<QString>("started");
-    QTest::addColumn<int>("terminations");
-    QTest::addColumn<int>("kills");
-    QTest::addColumn<QString>("last_line");
-    QTest::addColumn<QString>("result");
-    QTest::addColumn<int>("close_commands");
-
-    QTest::newRow("obedient") << "obedient" << "Ok" << 0 << 0 << "Did 0 iterations, state: 0" << "Ok" << 1;
-    QTest::newRow("deaf") << "deaf" << "Ok" << 24 << 1 << "Did 25 iterations" << "" << -1;
-    QTest::newRow("never started") << "missing" << "Failed" << 0 << 0 << "Did 0 iterations, state: 0"
-                                   << "Ok" << 0;
-}
-
-void tst_exiftool_worker::shutdown()
-{
-    QFETCH(QString, child);
-    QFETCH(QString, started);
-
-    fake_perl perl;
-    if (child == "deaf")
-        perl.ignore_close_and_term();
-    if (child == "missing")
-        perl.make_unstartable();
-    log_capture log;
-    exiftool::start();
-    QTRY_COMPARE(perl.starts().size(), child == "missing" ? 0 : 1);
-    exiftool::shutdown(true);
-
-    QCOMPARE(log.count("Worker started: " + started), 1);
-    QTEST(log.count("Sending termination signal to process."), "terminations");
-    QTEST(log.count("Sending kill signal to process."), "kills");
-    QFETCH(QString, last_line);
-    // The worker's destructor runs the shutdown once more and logs it again.
-    QVERIFY2(log.first("Did ").contains(last_line), qPrintable(log.first("Did ")));
-    QFETCH(QString, result);
-    if (!result.isEmpty())
-        QCOMPARE(log.count("Worker shutdown: " + result), 1);
-    QFETCH(int, close_commands);
-    if (close_commands >= 0)
-        QCOMPARE(perl.input().count("-stay_open\n0\n"), close_commands);
-    QCOMPARE(log.count("Not writing"), 0);
-}
-
-void tst_exiftool_worker::time_limit_does_not_end_wait()
-{
-    fake_perl perl;
-    perl.delay("0", 700);
-    perl.reply("0", "late\n");
-    exiftool::start();
-    ondo::next_task_id = 0;
-
-    exif_response* response = exiftool::start_task("f.jpg", "read", "f.jpg\n");
-    QSignalSpy errors(response, &exif_response::error);
-    int finished = 0;
-    QObject on_this_thread;
-    connect(response, &exif_response::finished, &on_this_thread, [&] { ++finished; }, Qt::QueuedConnection);
-    QVERIFY(response->await(100));
-    QCOMPARE(response->get_data(), QByteArray("late\n"));
-    QCOMPARE(response->get_error(), ondo::exif_error::timeout);
-    QCOMPARE(errors.count(), 1);
-    // Once for the time limit, once for the late output.
-    QTRY_COMPARE(finished, 2);
-    delete response;
-}
-
-void tst_exiftool_worker::stops_when_the_application_quits()
-{
-    fake_perl perl;
-    log_capture log;
-    exiftool::start();
-    QTimer::singleShot(0, QCoreApplication::instance(), &QCoreApplication::quit);
-    QCoreApplication::exec();
-    QVERIFY(!ondo::worker_instance);
-    QVERIFY(!ondo::worker_thread);
-    QCOMPARE(log.count("Worker shutdown: Ok"), 1);
-    QVERIFY(perl.input().endsWith("-stay_open\n0\n"));
-}
 
 QTEST_GUILESS_MAIN(tst_exiftool_worker)
 #include "tst_exiftool_worker.moc"

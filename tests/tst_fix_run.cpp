@@ -1,9 +1,6 @@
 #include "mainwindow.h"
 #include "table_data_model.h"
 
-#include "exiftool_support.h"
-#include "message_box_answerer.h"
-#include "settings_support.h"
 #include "test_support.h"
 
 #include <ondo/application.h>
@@ -22,39 +19,46 @@ namespace {
 
 const QString fix_tip = "Apply changes to the timestamps of the images";
 const QString undo_tip = "Undo the last set of timestamp changes";
-const QString exif_time = "2017:06:21 18:30:05";
 
-// Tags that a fix run and its undo may change: the nine time tags, what the file system keeps
-// of its own, and the composite dates ExifTool derives from them.
-bool is_time_tag(const QString& tag)
-{
-    static const QStringList nine = time_tags({}) << "IFD0:DateTimeOriginal";
-    return nine.contains(tag) || tag.startsWith("System:")
-        || (tag.startsWith("Composite:") && (tag.contains("Date") || tag.contains("Time")));
-}
-
-exif_tag_map tag_map(const QStringList& pairs)
-{
-    exif_tag_map tags;
-    for (const QString& pair : pairs)
-        tags[pair.section('=', 0, 0)] = pair.section('=', 1);
-    return tags;
-}
-
-// Everything ExifTool lists but the time tags, all duplicates included.
+// Everything ExifTool lists, all duplicates included, but what a fix run and its undo may change:
+// the nine time tags, what the file system keeps of its own, the composite dates derived from
+// them and the IPTC digests.
 QStringList other_tags(const QString& path)
 {
-    const QString out = test_support::run(TAVIMO_EXIFTOOL_SCRIPT, {"-G1", "-a", "-args", "-sort", path});
+    static const QStringList time = time_tags({}) << "IFD0:DateTimeOriginal";
+    static const QRegularExpression changing("^(System:|Composite:.*(Date|Time)|File:CurrentIPTCDigest$|Photoshop:IPTCDigest$)");
     QStringList kept;
-    for (const QString& line : out.split('\n', Qt::SkipEmptyParts)) {
+    for (const QString& line : test_support::run(TAVIMO_EXIFTOOL_SCRIPT, {"-G1", "-a", "-args", "-sort", path}).split('\n')) {
         const QString tag = line.mid(1).section('=', 0, 0);
-        if (!is_time_tag(tag) && tag != "File:CurrentIPTCDigest" && tag != "Photoshop:IPTCDigest")
+        if (!time.contains(tag) && !changing.match(tag).hasMatch())
             kept << line;
     }
     return kept;
 }
 
+// In the tables "#" stands for the time the files are made with and "@" for it an hour later.
+QString expand(QString text)
+{
+    return text.replace("#", "2017:06:21 18:30:05").replace("@", "2017:06:21 19:30:05");
+}
+
+// Tag lines as the bridge sends them: "A=1;B=2" gives "-A=1", "-B=2".
+QStringList lines(const QString& text)
+{
+    QStringList result;
+    for (const QString& part : expand(text).split(';', Qt::SkipEmptyParts))
+        result << "-" + part;
+    return result;
+}
+
 using shown_boxes = QList<QSharedPointer<test_support::seen_box>>;
+
+// Arms one answer for each box expected, in order: each answerer arms the next while its box is up.
+void arm(const std::shared_ptr<shown_boxes>& shown, const QStringList& answers, int i = 0)
+{
+    if (i < answers.size())
+        shown->append(test_support::answer_next_box(answers[i], [=](QDialog*) { arm(shown, answers, i + 1); }, 3000));
+}
 
 } // namespace
 
@@ -64,28 +68,266 @@ class tst_fix_run : public QObject {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
-    void cleanupTestCase();
+    void init()
+    {
+        test_support::clear_settings();
+        dir = std::make_unique<QTemporaryDir>();
+    }
+    void cleanup()
+    {
+        delete window;
+        test_support::forget_files();
+    }
+    void cleanupTestCase() { ondo::exiftool::shutdown(false); }
 
-    void writes_the_worked_examples_data();
-    void writes_the_worked_examples();
-    void questions_before_the_run_data();
-    void questions_before_the_run();
-    void failed_files_are_offered_for_undo_data();
-    void failed_files_are_offered_for_undo();
-    void undo_restores_what_was_read_data();
-    void undo_restores_what_was_read();
-    void undo_of_an_iptc_zone_gives_utc();
-    void fix_and_undo_touch_nothing_else();
+    // Each row: the file's tags, the zone typed beside a one-hour offset, the lines the fix sends,
+    // one tag as read back afterwards, and the lines the undo sends (file times left out).
+    void writes_and_undoes_the_worked_examples_data()
+    {
+        QTest::addColumn<QString>("tags");
+        QTest::addColumn<QString>("zone");
+        QTest::addColumn<QString>("fix");
+        QTest::addColumn<QString>("read_back");
+        QTest::addColumn<QString>("undo");
+        auto row = [](const char* name, const char* tags, const char* zone, const char* fix, const char* read_back,
+                       const char* undo) {
+            QTest::newRow(name) << QString(tags) << QString(zone) << QString(fix) << QString(read_back) << QString(undo);
+        };
+        const char* exif = "ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=#;IFD0:ModifyDate=#";
+        const char* iptc = "ExifIFD:DateTimeOriginal=#;IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05+05:30";
+        // This system keeps no creation time, so ExifTool reads no System:FileCreateDate to write.
+        row("one hour, no zone", exif, "",
+            "ExifIFD:CreateDate=@;ExifIFD:DateTimeOriginal=@;IFD0:ModifyDate=@;System:FileInodeChangeDate=@;"
+            "System:FileModifyDate=@", "System:FileModifyDate=@+02:00", "");
+        row("zone entered adds the IPTC pair, undo removes it", exif, "2",
+            "ExifIFD:CreateDate=@;ExifIFD:DateTimeOriginal=@;IFD0:ModifyDate=@;IPTC:DateCreated=@+02:00;"
+            "IPTC:TimeCreated=@+02:00;System:FileInodeChangeDate=@+02:00;System:FileModifyDate=@+02:00",
+            "IPTC:TimeCreated=19:30:05+02:00",
+            "ExifIFD:CreateDate=#;ExifIFD:DateTimeOriginal=#;IFD0:ModifyDate=#;IPTC:DateCreated=;IPTC:TimeCreated=;"
+            "System:FileCreateDate=;XMP-photoshop:DateCreated=");
+        row("file zone kept", iptc, "",
+            "ExifIFD:DateTimeOriginal=@;IPTC:DateCreated=@+05:30;IPTC:TimeCreated=@+05:30;"
+            "System:FileInodeChangeDate=@+05:30;System:FileModifyDate=@+05:30",
+            "System:FileModifyDate=2017:06:21 16:00:05+02:00", "");
+        row("file zone plus entered zone", iptc, "-1.5",
+            "ExifIFD:DateTimeOriginal=@;IPTC:DateCreated=@+04:00;IPTC:TimeCreated=@+04:00;"
+            "System:FileInodeChangeDate=@+04:00;System:FileModifyDate=@+04:00",
+            "IPTC:TimeCreated=19:30:05+04:00", "");
+        row("IFD0 only: no ExifIFD line", "IFD0:DateTimeOriginal=#;XMP-photoshop:DateCreated=#", "",
+            "IFD0:DateTimeOriginal=@;System:FileInodeChangeDate=@;System:FileModifyDate=@;XMP-photoshop:DateCreated=@",
+            "IFD0:DateTimeOriginal=@",
+            "ExifIFD:CreateDate=;IFD0:DateTimeOriginal=#;IFD0:ModifyDate=;IPTC:DateCreated=;IPTC:TimeCreated=;"
+            "System:FileCreateDate=;XMP-photoshop:DateCreated=#");
+    }
 
+    void writes_and_undoes_the_worked_examples()
+    {
+        QFETCH(QString, tags);
+        QFETCH(QString, zone);
+        QFETCH(QString, fix);
+        QFETCH(QString, read_back);
+        QFETCH(QString, undo);
+        const QString path = photo("a.jpg", tags);
+        load_and_type({path}, "lineedit_hour", "1", zone);
+        auto writes = press(fix_tip);
+        QCOMPARE(writes, QList<QStringList>{lines(fix)});
+        exif_tag_map now = test_support::read_back(path);
+        const QString tag = read_back.section('=', 0, 0);
+        QCOMPARE(tag + "=" + (now.count(tag) ? now.at(tag) : QString("<absent>")), expand(read_back));
+        QCOMPARE(now.count("ExifIFD:DateTimeOriginal"), size_t(tags.count("ExifIFD:DateTimeOriginal")));
+        // Every run ends with an empty table and, after a success, something to undo.
+        QCOMPARE(rows(), 0);
+        QVERIFY(button(undo_tip)->isEnabled());
+        if (undo.isEmpty())
+            return;
+
+        // The table is empty after the run: undo works from what it kept alone.
+        writes = press(undo_tip);
+        QCOMPARE(writes.size(), 1);
+        QStringList sent = writes.first().filter(QRegularExpression("^-(?!System:File(Modify|InodeChange)Date)"));
+        sent.sort();
+        QCOMPARE(sent, lines(undo));
+        QVERIFY(!button(undo_tip)->isEnabled());
+        now = test_support::read_back(path);
+        for (const auto& [tag, value] : test_support::tag_map(expand(tags)))
+            QCOMPARE(now.at(tag), value);
+        QVERIFY(!now.count("IPTC:DateCreated") && !now.count("IPTC:TimeCreated"));
+    }
+
+    // Files are "name|tags"; questions are the start of each text, in order.
+    void questions_before_the_run_data()
+    {
+        QTest::addColumn<QStringList>("files");
+        QTest::addColumn<QString>("field");
+        QTest::addColumn<QString>("offset");
+        QTest::addColumn<QString>("zone");
+        QTest::addColumn<QStringList>("answers");
+        QTest::addColumn<QStringList>("questions");
+        QTest::addColumn<bool>("written");
+        auto row = [](const char* name, const QStringList& files, const char* field, const char* offset, const char* zone,
+                       const QStringList& answers, const QStringList& questions, bool written) {
+            QTest::newRow(name) << files << QString(field) << QString(offset) << QString(zone) << answers << questions
+                                << written;
+        };
+        const QString dto = "ExifIFD:DateTimeOriginal=";
+        const char *hour = "lineedit_hour", *second = "lineedit_second";
+        const QString zoneless = "1 files do not have any timezone information set", early = "1 files would be assigned";
+        row("empty table asks nothing", {}, hour, "1", "", {}, {}, false);
+        row("CR3 with a zone, aborted", {"X.CR3|", "b.jpg|" + dto + "#"}, hour, "1", "0", {"Abort"},
+            {"Trying to alter/set timezone of 1 CR3 images."}, false);
+        row("CR3 without a zone asks nothing", {"X.cr3|", "b.jpg|" + dto + "#"}, hour, "1", "", {}, {}, true);
+        row("a zone skips the 1972 question", {"a.jpg|" + dto + "1972:01:01 00:00:00"}, second, "-1", "1", {}, {}, true);
+        row("zoneless IPTC counted, aborted",
+            {"a.jpg|" + dto + "#;IPTC:TimeCreated=18:30:05+02:00", "b.jpg|" + dto + "#;IPTC:TimeCreated=18:30:05",
+                "c.jpg|" + dto + "#;IPTC:DateCreated=2017:06:21", "d.jpg|" + dto + "#"},
+            hour, "1", "", {"Abort"}, {"2" + zoneless.mid(1)}, false);
+        row("1972 exactly is not early", {"a.jpg|" + dto + "1972:01:01 00:00:01"}, second, "-1", "", {}, {}, true);
+        row("a second before 1972, continued", {"a.jpg|" + dto + "1972:01:01 00:00:00"}, second, "-1", "",
+            {"Continue"}, {early}, true);
+        row("zone question first, then 1972 aborted", {"a.jpg|" + dto + "1960:05:01 10:00:00;IPTC:TimeCreated=10:00:00"},
+            hour, "1", "", {"Continue", "Abort"}, {zoneless, early}, false);
+    }
+
+    void questions_before_the_run()
+    {
+        QFETCH(QStringList, files);
+        QFETCH(QString, field);
+        QFETCH(QString, offset);
+        QFETCH(QString, zone);
+        QFETCH(QStringList, answers);
+        QFETCH(QStringList, questions);
+        QFETCH(bool, written);
+        QStringList paths;
+        for (const QString& spec : files)
+            paths << photo(spec.section('|', 0, 0), spec.section('|', 1));
+        // A file's bytes and its modification time, which every run writes.
+        auto state = [](const QString& path) {
+            QFile file(path);
+            return file.open(QIODevice::ReadOnly) ? file.readAll() + QFileInfo(path).lastModified().toString().toUtf8()
+                                                  : QByteArray();
+        };
+        QByteArrayList before;
+        for (const QString& path : paths)
+            before << state(path);
+
+        load_and_type(paths, field, offset, zone);
+        // With no question expected, an answer is armed all the same, to catch one that comes.
+        const auto shown = std::make_shared<shown_boxes>();
+        arm(shown, answers.isEmpty() ? QStringList{"Continue"} : answers);
+        const auto writes = press(fix_tip);
+        for (const auto& box : *shown)
+            box->cancelled = true;
+
+        QStringList asked; // each question that came, cut to the length expected, with its title and buttons
+        for (int i = 0; i < shown->size() && shown->at(i)->answered; ++i)
+            asked << shown->at(i)->text.left(questions.value(i).size()) + " / " + shown->at(i)->title + " / "
+                    + shown->at(i)->buttons.join(",");
+        for (QString& question : questions)
+            question += " / Continue? / Continue,Abort";
+        QCOMPARE(asked, questions);
+
+        QCOMPARE(!writes.isEmpty(), written);
+        QCOMPARE(button(undo_tip)->isEnabled(), written);
+        for (int i = 0; i < paths.size(); ++i)
+            QCOMPARE(state(paths[i]) == before[i], !written);
+        // An abort leaves table and offset as they were; a run ends with both cleared.
+        const bool aborted = answers.contains("Abort");
+        QCOMPARE(rows(), aborted ? paths.size() : 0);
+        QCOMPARE(window->findChild<QLineEdit*>(field)->text(), aborted ? offset : QString());
+    }
+
+    void failed_files_are_offered_for_undo_data()
+    {
+        QTest::addColumn<int>("good_files");
+        QTest::addColumn<QString>("answer");
+        QTest::addColumn<bool>("undo_left");
+
+        QTest::newRow("keep changes") << 2 << "Keep changes" << true;
+        QTest::newRow("undo changes") << 2 << "Undo Changes" << false;
+        QTest::newRow("every file fails") << 0 << "Keep changes" << false;
+    }
+
+    void failed_files_are_offered_for_undo()
+    {
+        QFETCH(int, good_files);
+        QFETCH(QString, answer);
+        QStringList good;
+        for (int i = 0; i < good_files; ++i)
+            good << photo(QString("good%1.jpg").arg(i), "ExifIFD:DateTimeOriginal=#");
+        // Files that vanish between the load and the run: ExifTool reports them not updated.
+        const QStringList bad = {photo("gone1.jpg", "ExifIFD:DateTimeOriginal=#"),
+                                 photo("gone2.jpg", "ExifIFD:DateTimeOriginal=#")};
+
+        load_and_type(good + bad, "lineedit_hour", "1");
+        for (const QString& path : bad)
+            QVERIFY(QFile::remove(path));
+        const auto shown = test_support::answer_next_box(answer);
+        press(fix_tip);
+        shown->cancelled = true;
+
+        QVERIFY(shown->answered);
+        QCOMPARE(shown->buttons, QStringList({"Keep changes", "Undo Changes"}));
+        QCOMPARE(shown->text, QString("The following 2 files could not be fixed:\n%1\n\n Do you want to keep the "
+                                      "changes in the other files").arg(bad.join('\n')));
+        QTEST(button(undo_tip)->isEnabled(), "undo_left");
+        const QString expected = expand(answer == "Keep changes" ? "@" : "#");
+        for (const QString& path : good)
+            QCOMPARE(test_support::read_back(path).at("ExifIFD:DateTimeOriginal"), expected);
+        QCOMPARE(rows(), 0);
+    }
+
+    void undo_of_an_iptc_zone_gives_utc()
+    {
+        const QString path =
+            photo("a.jpg", "ExifIFD:DateTimeOriginal=#;IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05+02:00");
+        const QString no_dto = photo("b.jpg", "ExifIFD:CreateDate=#");
+        load_and_type({path, no_dto}, "lineedit_hour", "1");
+        // Without DateTimeOriginal the file's own time is the recording time, and it moves the others.
+        const QString shifted = QFileInfo(no_dto).lastModified().addSecs(3600).toString("yyyy:MM:dd hh:mm:ss");
+
+        const auto fixes = press(fix_tip);
+        QCOMPARE(fixes.size(), 2);
+        QVERIFY(fixes[1].contains("-ExifIFD:CreateDate=" + shifted));
+        QCOMPARE(test_support::read_back(path).at("IPTC:TimeCreated"), QString("19:30:05+02:00"));
+
+        press(undo_tip);
+        // The stored zone doesn't convert to a number, so the old clock reading comes back at UTC.
+        QCOMPARE(test_support::read_back(path).at("IPTC:TimeCreated"), QString("18:30:05+00:00"));
+        QCOMPARE(test_support::read_back(no_dto).at("ExifIFD:CreateDate"), expand("#"));
+        QVERIFY(!button(undo_tip)->isEnabled());
+    }
+
+    void fix_and_undo_touch_nothing_else()
+    {
+        const QStringList paths = {
+            photo("plain.jpg",
+                "ExifIFD:DateTimeOriginal=#;IFD0:Make=Velmora;IFD0:Model=Model 7;ExifIFD:ISO=200;XMP-dc:Title=Harbour"),
+            photo("iptc.jpg", "ExifIFD:DateTimeOriginal=#;IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05;"
+                              "IPTC:Keywords=boat;XMP-photoshop:DateCreated=#"),
+            photo("image.png", "XMP-dc:Title=Lines;XMP-photoshop:DateCreated=#"),
+        };
+        QMap<QString, QStringList> tags_before;
+        QMap<QString, QImage> pixels_before;
+        for (const QString& path : paths) {
+            tags_before[path] = other_tags(path);
+            pixels_before[path] = QImage(path);
+        }
+
+        load_and_type(paths, "lineedit_day", "-3", "2");
+        press(fix_tip);
+        press(undo_tip);
+
+        for (const QString& path : paths) {
+            QCOMPARE(other_tags(path), tags_before[path]);
+            QCOMPARE(QImage(path), pixels_before[path]);
+        }
+    }
 private:
-    QString photo(const QString& name, const QStringList& tags = {});
-    void make_window();
-    void type(const QString& field, const QString& text);
-    QPushButton* button(const QString& tool_tip) const;
-    // Arms one answer for each box expected, in order; returns what each box showed.
-    std::shared_ptr<shown_boxes> answer_in_turn(const QStringList& answers);
+    // A photo with `tags` ("tag=value;..."); an IPTC:TimeCreated without zone is stored so.
+    QString photo(const QString& name, const QString& tags);
+    // Opens the window on `paths` and types the offset (and the zone, if any).
+    void load_and_type(const QStringList& paths, const QString& field, const QString& offset, const QString& zone = {});
+    QPushButton* button(const QString& tool_tip) const { return test_support::button(window, tool_tip); }
     // Presses `tool_tip` and returns the tag lines of every write it sent, one list per file.
     QList<QStringList> press(const QString& tool_tip);
     int rows() const { return exif_cache::instance()->file_tags.size(); }
@@ -94,86 +336,35 @@ private:
     std::unique_ptr<QTemporaryDir> dir;
 };
 
-void tst_fix_run::init()
+QString tst_fix_run::photo(const QString& name, const QString& tags)
 {
-    test_support::clear_settings();
-    dir = std::make_unique<QTemporaryDir>();
-    QVERIFY(dir->isValid());
-}
-
-void tst_fix_run::cleanup()
-{
-    delete window;
-    auto cache = exif_cache::instance();
-    cache->file_data.clear();
-    cache->file_tags.clear();
-}
-
-void tst_fix_run::cleanupTestCase() { ondo::exiftool::shutdown(false); }
-
-QString tst_fix_run::photo(const QString& name, const QStringList& tags)
-{
-    // ExifTool always writes IPTC:TimeCreated with a zone; a zoneless one is written at
-    // +00:00 and has the zone cut from its bytes.
-    const int zoneless = tags.indexOf(QRegularExpression("^IPTC:TimeCreated=[0-9:]+$"));
-    if (zoneless >= 0) {
-        QStringList zoned = tags;
-        zoned[zoneless] += "+00:00";
-        const QString path = test_support::make_tagged_photo(dir->path(), name, tag_map(zoned));
-        QFile file(path);
-        if (!file.open(QIODevice::ReadWrite))
-            return QString();
-        QByteArray bytes = file.readAll();
-        const QByteArray time = tags[zoneless].section('=', 1).remove(':').toLatin1();
-        bytes.replace(time + "+0000", time + QByteArray(5, '\0'));
+    if (name.endsWith(".cr3", Qt::CaseInsensitive)) // a JPEG under a raw camera name: only the name matters
+        return QFile::rename(photo(name + ".jpg", tags), dir->filePath(name)) ? dir->filePath(name) : QString();
+    // ExifTool always writes IPTC:TimeCreated with a zone; a zoneless one is written at +00:00
+    // and has the zone cut from its bytes.
+    const QRegularExpressionMatch zoneless = QRegularExpression("IPTC:TimeCreated=([0-9:]+)(;|$)").match(tags);
+    exif_tag_map map = test_support::tag_map(expand(tags));
+    if (zoneless.hasMatch())
+        map["IPTC:TimeCreated"] += "+00:00";
+    const QString path = test_support::make_tagged_photo(dir->path(), name, map);
+    QFile file(path);
+    if (zoneless.hasMatch() && file.open(QIODevice::ReadWrite)) {
+        const QByteArray time = zoneless.captured(1).remove(':').toLatin1();
+        const QByteArray bytes = file.readAll().replace(time + "+0000", time + QByteArray(5, '\0'));
         file.seek(0);
         file.write(bytes);
-        return path;
     }
-    if (!name.endsWith(".cr3", Qt::CaseInsensitive))
-        return test_support::make_tagged_photo(dir->path(), name, tag_map(tags));
-    // A JPEG under a raw camera name: only the name matters to the questions.
-    const QString jpeg = test_support::make_tagged_photo(dir->path(), name + ".jpg", tag_map(tags));
-    const QString path = dir->filePath(name);
-    return QFile::rename(jpeg, path) ? path : QString();
+    return path;
 }
 
-void tst_fix_run::make_window()
+void tst_fix_run::load_and_type(const QStringList& paths, const QString& field, const QString& offset,
+    const QString& zone)
 {
-    window = new MainWindow();
-    static_cast<ondo::application<MainWindow>*>(qApp)->main_window = window;
-    window->show();
-    QVERIFY(QTest::qWaitForWindowExposed(window));
-}
-
-void tst_fix_run::type(const QString& field, const QString& text)
-{
-    auto* edit = window->findChild<QLineEdit*>(field);
-    QVERIFY2(edit, qPrintable(field));
-    QTest::keyClicks(edit, text);
-}
-
-QPushButton* tst_fix_run::button(const QString& tool_tip) const
-{
-    for (QPushButton* candidate : window->findChildren<QPushButton*>())
-        if (candidate->toolTip() == tool_tip)
-            return candidate;
-    return nullptr;
-}
-
-// Each answerer arms the next one while its own box is still up.
-static void arm(const std::shared_ptr<shown_boxes>& shown, const QStringList& answers, int i)
-{
-    if (i >= answers.size())
-        return;
-    shown->append(test_support::answer_next_box(answers[i], [shown, answers, i](QDialog*) { arm(shown, answers, i + 1); }, 3000));
-}
-
-std::shared_ptr<shown_boxes> tst_fix_run::answer_in_turn(const QStringList& answers)
-{
-    auto shown = std::make_shared<shown_boxes>();
-    arm(shown, answers, 0);
-    return shown;
+    window = test_support::open_main_window();
+    window->load_files(paths);
+    QTest::keyClicks(window->findChild<QLineEdit*>(field), offset);
+    if (!zone.isEmpty())
+        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_timezone"), zone);
 }
 
 QList<QStringList> tst_fix_run::press(const QString& tool_tip)
@@ -184,343 +375,11 @@ QList<QStringList> tst_fix_run::press(const QString& tool_tip)
     ondo::exiftool::verbose(false);
 
     QList<QStringList> writes;
-    for (const QString& line : log.lines()) {
-        const int start = line.indexOf("Writing '");
-        if (start < 0 || !line.contains("-overwrite_original_in_place"))
-            continue;
-        const QString text = line.mid(start + 9).section("' to process.", 0, 0);
-        QStringList tags = text.split('\n').filter(QRegularExpression("^-[A-Za-z0-9-]+:[A-Za-z]+="));
-        writes << tags;
+    for (const QString& line : log.lines().filter("Writing '").filter("-overwrite_original_in_place")) {
+        const QString text = line.section("Writing '", 1).section("' to process.", 0, 0);
+        writes << text.split('\n').filter(QRegularExpression("^-[A-Za-z0-9-]+:[A-Za-z]+="));
     }
     return writes;
-}
-
-void tst_fix_run::writes_the_worked_examples_data()
-{
-    QTest::addColumn<QStringList>("tags");
-    QTest::addColumn<QString>("zone");
-    QTest::addColumn<QStringList>("lines");
-    QTest::addColumn<QStringList>("read_back");
-
-    const QStringList exif = {"ExifIFD:DateTimeOriginal=" + exif_time, "ExifIFD:CreateDate=" + exif_time,
-                              "IFD0:ModifyDate=" + exif_time};
-    // This system keeps no creation time, so ExifTool reads no System:FileCreateDate to write.
-    QTest::newRow("one hour, no zone")
-        << exif << ""
-        << QStringList{"-ExifIFD:CreateDate=2017:06:21 19:30:05", "-ExifIFD:DateTimeOriginal=2017:06:21 19:30:05",
-                       "-IFD0:ModifyDate=2017:06:21 19:30:05", "-System:FileInodeChangeDate=2017:06:21 19:30:05",
-                       "-System:FileModifyDate=2017:06:21 19:30:05"}
-        << QStringList{"ExifIFD:DateTimeOriginal=2017:06:21 19:30:05", "IFD0:ModifyDate=2017:06:21 19:30:05",
-                       "System:FileModifyDate=2017:06:21 19:30:05+02:00"};
-    QTest::newRow("zone entered adds the IPTC pair")
-        << exif << "2"
-        << QStringList{"-ExifIFD:CreateDate=2017:06:21 19:30:05", "-ExifIFD:DateTimeOriginal=2017:06:21 19:30:05",
-                       "-IFD0:ModifyDate=2017:06:21 19:30:05", "-IPTC:DateCreated=2017:06:21 19:30:05+02:00",
-                       "-IPTC:TimeCreated=2017:06:21 19:30:05+02:00",
-                       "-System:FileInodeChangeDate=2017:06:21 19:30:05+02:00",
-                       "-System:FileModifyDate=2017:06:21 19:30:05+02:00"}
-        << QStringList{"IPTC:DateCreated=2017:06:21", "IPTC:TimeCreated=19:30:05+02:00",
-                       "ExifIFD:CreateDate=2017:06:21 19:30:05"};
-    const QStringList iptc = {"ExifIFD:DateTimeOriginal=" + exif_time, "IPTC:DateCreated=2017:06:21",
-                              "IPTC:TimeCreated=18:30:05+05:30"};
-    QTest::newRow("file zone kept")
-        << iptc << ""
-        << QStringList{"-ExifIFD:DateTimeOriginal=2017:06:21 19:30:05", "-IPTC:DateCreated=2017:06:21 19:30:05+05:30",
-                       "-IPTC:TimeCreated=2017:06:21 19:30:05+05:30",
-                       "-System:FileInodeChangeDate=2017:06:21 19:30:05+05:30",
-                       "-System:FileModifyDate=2017:06:21 19:30:05+05:30"}
-        << QStringList{"IPTC:TimeCreated=19:30:05+05:30", "System:FileModifyDate=2017:06:21 16:00:05+02:00"};
-    QTest::newRow("file zone plus entered zone")
-        << iptc << "-1.5"
-        << QStringList{"-ExifIFD:DateTimeOriginal=2017:06:21 19:30:05", "-IPTC:DateCreated=2017:06:21 19:30:05+04:00",
-                       "-IPTC:TimeCreated=2017:06:21 19:30:05+04:00",
-                       "-System:FileInodeChangeDate=2017:06:21 19:30:05+04:00",
-                       "-System:FileModifyDate=2017:06:21 19:30:05+04:00"}
-        << QStringList{"IPTC:TimeCreated=19:30:05+04:00", "ExifIFD:DateTimeOriginal=2017:06:21 19:30:05"};
-    QTest::newRow("IFD0 only: no ExifIFD line")
-        << QStringList{"IFD0:DateTimeOriginal=" + exif_time} << ""
-        << QStringList{"-IFD0:DateTimeOriginal=2017:06:21 19:30:05",
-                       "-System:FileInodeChangeDate=2017:06:21 19:30:05",
-                       "-System:FileModifyDate=2017:06:21 19:30:05"}
-        << QStringList{"IFD0:DateTimeOriginal=2017:06:21 19:30:05"};
-}
-
-void tst_fix_run::writes_the_worked_examples()
-{
-    QFETCH(QStringList, tags);
-    QFETCH(QString, zone);
-    QFETCH(QStringList, lines);
-    QFETCH(QStringList, read_back);
-
-    const QString path = photo("a.jpg", tags);
-    make_window();
-    window->load_files({path});
-    type("lineedit_hour", "1");
-    if (!zone.isEmpty())
-        type("lineedit_timezone", zone);
-
-    const auto writes = press(fix_tip);
-    QCOMPARE(writes.size(), 1);
-    QCOMPARE(writes.first(), lines);
-
-    const exif_tag_map now = test_support::read_back(path);
-    for (const QString& pair : read_back) {
-        const QString tag = pair.section('=', 0, 0);
-        QCOMPARE(tag + "=" + (now.count(tag) ? now.at(tag) : QString("<absent>")), pair);
-    }
-    if (!tags.filter("IFD0:DateTimeOriginal").isEmpty())
-        QVERIFY(!now.count("ExifIFD:DateTimeOriginal"));
-    // Every run ends with an empty table and, after a success, something to undo.
-    QCOMPARE(rows(), 0);
-    QVERIFY(button(undo_tip)->isEnabled());
-}
-
-void tst_fix_run::questions_before_the_run_data()
-{
-    QTest::addColumn<QStringList>("files"); // name|tag=value;tag=value
-    QTest::addColumn<QString>("field");
-    QTest::addColumn<QString>("offset");
-    QTest::addColumn<QString>("zone");
-    QTest::addColumn<QStringList>("answers");
-    QTest::addColumn<QStringList>("questions"); // the start of each text, in order
-    QTest::addColumn<bool>("written");
-
-    const QString dto = "ExifIFD:DateTimeOriginal=";
-    QTest::newRow("empty table asks nothing") << QStringList() << "lineedit_hour" << "1" << ""
-                                              << QStringList() << QStringList() << false;
-    QTest::newRow("CR3 with a zone, aborted")
-        << QStringList{"X.CR3|", "b.jpg|" + dto + exif_time} << "lineedit_hour" << "1" << "0"
-        << QStringList{"Abort"} << QStringList{"Trying to alter/set timezone of 1 CR3 images."} << false;
-    QTest::newRow("CR3 without a zone asks nothing")
-        << QStringList{"X.cr3|", "b.jpg|" + dto + exif_time} << "lineedit_hour" << "1" << ""
-        << QStringList() << QStringList() << true;
-    QTest::newRow("a zone skips the 1972 question")
-        << QStringList{"a.jpg|" + dto + "1972:01:01 00:00:00"} << "lineedit_second" << "-1" << "1"
-        << QStringList() << QStringList() << true;
-    QTest::newRow("zoneless IPTC counted, aborted")
-        << QStringList{"a.jpg|" + dto + exif_time + ";IPTC:TimeCreated=18:30:05+02:00",
-                       "b.jpg|" + dto + exif_time + ";IPTC:TimeCreated=18:30:05",
-                       "c.jpg|" + dto + exif_time + ";IPTC:DateCreated=2017:06:21", "d.jpg|" + dto + exif_time}
-        << "lineedit_hour" << "1" << "" << QStringList{"Abort"}
-        << QStringList{"2 files do not have any timezone information set"} << false;
-    QTest::newRow("1972 exactly is not early")
-        << QStringList{"a.jpg|" + dto + "1972:01:01 00:00:01"} << "lineedit_second" << "-1" << ""
-        << QStringList() << QStringList() << true;
-    QTest::newRow("a second before 1972, continued")
-        << QStringList{"a.jpg|" + dto + "1972:01:01 00:00:00"} << "lineedit_second" << "-1" << ""
-        << QStringList{"Continue"} << QStringList{"1 files would be assigned a recording time prior to"} << true;
-    QTest::newRow("zone question first, then 1972 aborted")
-        << QStringList{"a.jpg|" + dto + "1960:05:01 10:00:00;IPTC:TimeCreated=10:00:00"} << "lineedit_hour" << "1"
-        << "" << QStringList{"Continue", "Abort"}
-        << QStringList{"1 files do not have any timezone information set", "1 files would be assigned"} << false;
-}
-
-void tst_fix_run::questions_before_the_run()
-{
-    QFETCH(QStringList, files);
-    QFETCH(QString, field);
-    QFETCH(QString, offset);
-    QFETCH(QString, zone);
-    QFETCH(QStringList, answers);
-    QFETCH(QStringList, questions);
-    QFETCH(bool, written);
-
-    QStringList paths;
-    for (const QString& spec : files)
-        paths << photo(spec.section('|', 0, 0), spec.section('|', 1).split(';', Qt::SkipEmptyParts));
-    // A file's bytes and its modification time, which every run writes.
-    auto state = [](const QString& path) {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() + QFileInfo(path).lastModified().toString().toUtf8()
-                                              : QByteArray();
-    };
-    QMap<QString, QByteArray> before;
-    for (const QString& path : paths)
-        before[path] = state(path);
-
-    make_window();
-    window->load_files(paths);
-    type(field, offset);
-    if (!zone.isEmpty())
-        type("lineedit_timezone", zone);
-    // With no question expected, an answer is armed all the same, to catch one that comes.
-    const auto shown = answer_in_turn(answers.isEmpty() ? QStringList{"Continue"} : answers);
-    const auto writes = press(fix_tip);
-    for (const auto& box : *shown)
-        box->cancelled = true;
-
-    QStringList asked;
-    for (const auto& box : *shown)
-        if (box->answered)
-            asked << box->text;
-    QCOMPARE(asked.size(), questions.size());
-    for (int i = 0; i < questions.size(); ++i) {
-        QVERIFY2(asked[i].startsWith(questions[i]), qPrintable(asked[i]));
-        QCOMPARE(shown->at(i)->title, QString("Continue?"));
-        QCOMPARE(shown->at(i)->buttons, QStringList({"Continue", "Abort"}));
-    }
-
-    QCOMPARE(!writes.isEmpty(), written);
-    QCOMPARE(button(undo_tip)->isEnabled(), written);
-    for (const QString& path : paths)
-        QCOMPARE(state(path) == before[path], !written);
-    // An abort leaves table and offset as they were; a run ends with both cleared.
-    const bool aborted = answers.contains("Abort");
-    QCOMPARE(rows(), aborted ? paths.size() : 0);
-    QCOMPARE(window->findChild<QLineEdit*>(field)->text(), aborted ? offset : QString());
-}
-
-void tst_fix_run::failed_files_are_offered_for_undo_data()
-{
-    QTest::addColumn<int>("good_files");
-    QTest::addColumn<QString>("answer");
-    QTest::addColumn<bool>("undo_left");
-
-    QTest::newRow("keep changes") << 2 << "Keep changes" << true;
-    QTest::newRow("undo changes") << 2 << "Undo Changes" << false;
-    QTest::newRow("every file fails") << 0 << "Keep changes" << false;
-}
-
-void tst_fix_run::failed_files_are_offered_for_undo()
-{
-    QFETCH(int, good_files);
-    QFETCH(QString, answer);
-    QFETCH(bool, undo_left);
-
-    QStringList good;
-    for (int i = 0; i < good_files; ++i)
-        good << photo(QString("good%1.jpg").arg(i), {"ExifIFD:DateTimeOriginal=" + exif_time});
-    // Files that vanish between the load and the run: ExifTool reports them not updated.
-    const QStringList bad = {photo("gone1.jpg", {"ExifIFD:DateTimeOriginal=" + exif_time}),
-                             photo("gone2.jpg", {"ExifIFD:DateTimeOriginal=" + exif_time})};
-
-    make_window();
-    window->load_files(good + bad);
-    for (const QString& path : bad)
-        QVERIFY(QFile::remove(path));
-    type("lineedit_hour", "1");
-    const auto shown = test_support::answer_next_box(answer);
-    press(fix_tip);
-    shown->cancelled = true;
-
-    QVERIFY(shown->answered);
-    QCOMPARE(shown->buttons, QStringList({"Keep changes", "Undo Changes"}));
-    QCOMPARE(shown->text, QString("The following 2 files could not be fixed:\n%1\n\n Do you want to keep the "
-                                  "changes in the other files").arg(bad.join('\n')));
-    QCOMPARE(button(undo_tip)->isEnabled(), undo_left);
-    const QString expected = answer == "Keep changes" ? "2017:06:21 19:30:05" : exif_time;
-    for (const QString& path : good)
-        QCOMPARE(test_support::read_back(path).at("ExifIFD:DateTimeOriginal"), expected);
-    QCOMPARE(rows(), 0);
-}
-
-void tst_fix_run::undo_restores_what_was_read_data()
-{
-    QTest::addColumn<QStringList>("tags");
-    QTest::addColumn<QString>("zone");
-    QTest::addColumn<QStringList>("lines");
-
-    const QStringList exif = {"ExifIFD:DateTimeOriginal=" + exif_time, "ExifIFD:CreateDate=" + exif_time,
-                              "IFD0:ModifyDate=" + exif_time};
-    QTest::newRow("added IPTC pair removed")
-        << exif << "2"
-        << QStringList{"-ExifIFD:CreateDate=" + exif_time, "-ExifIFD:DateTimeOriginal=" + exif_time,
-                       "-IFD0:ModifyDate=" + exif_time, "-IPTC:DateCreated=", "-IPTC:TimeCreated=",
-                       "-System:FileCreateDate=", "-XMP-photoshop:DateCreated="};
-    QTest::newRow("IFD0 only")
-        << QStringList{"IFD0:DateTimeOriginal=" + exif_time, "XMP-photoshop:DateCreated=" + exif_time} << ""
-        << QStringList{"-IFD0:DateTimeOriginal=" + exif_time, "-ExifIFD:CreateDate=", "-IFD0:ModifyDate=",
-                       "-IPTC:DateCreated=", "-IPTC:TimeCreated=", "-System:FileCreateDate=",
-                       "-XMP-photoshop:DateCreated=" + exif_time};
-}
-
-void tst_fix_run::undo_restores_what_was_read()
-{
-    QFETCH(QStringList, tags);
-    QFETCH(QString, zone);
-    QFETCH(QStringList, lines);
-
-    const QString path = photo("a.jpg", tags);
-    make_window();
-    window->load_files({path});
-    type("lineedit_hour", "1");
-    if (!zone.isEmpty())
-        type("lineedit_timezone", zone);
-    press(fix_tip);
-    QVERIFY(button(undo_tip)->isEnabled());
-
-    // The table is empty after the run: undo works from what it kept alone.
-    const auto writes = press(undo_tip);
-    QCOMPARE(writes.size(), 1);
-    QStringList sent = writes.first().filter(QRegularExpression("^-(?!System:File(Modify|InodeChange)Date)"));
-    sent.sort();
-    lines.sort();
-    QCOMPARE(sent, lines);
-    QVERIFY(!button(undo_tip)->isEnabled());
-
-    const exif_tag_map now = test_support::read_back(path);
-    for (const QString& pair : tags)
-        QCOMPARE(now.at(pair.section('=', 0, 0)), pair.section('=', 1));
-    QVERIFY(!now.count("IPTC:DateCreated"));
-    QVERIFY(!now.count("IPTC:TimeCreated"));
-    QVERIFY(!now.count("ExifIFD:DateTimeOriginal") || tags.filter("IFD0:DateTimeOriginal").isEmpty());
-}
-
-void tst_fix_run::undo_of_an_iptc_zone_gives_utc()
-{
-    const QString path = photo("a.jpg", {"ExifIFD:DateTimeOriginal=" + exif_time, "IPTC:DateCreated=2017:06:21",
-                                         "IPTC:TimeCreated=18:30:05+02:00"});
-    const QString no_dto = photo("b.jpg", {"ExifIFD:CreateDate=" + exif_time});
-    make_window();
-    window->load_files({path, no_dto});
-    type("lineedit_hour", "1");
-    // Without DateTimeOriginal the creation time is the recording time, and it moves the others.
-    const QAbstractItemModel* table = window->findChild<QTableView*>("tableView")->model();
-    QString shifted;
-    for (int row = 0; row < table->rowCount(); ++row)
-        if (table->index(row, 0).data().toString() == "b.jpg")
-            shifted = table->index(row, 2).data(Qt::UserRole).toDateTime().toString("yyyy:MM:dd hh:mm:ss");
-    QVERIFY(!shifted.isEmpty());
-
-    const auto fixes = press(fix_tip);
-    QCOMPARE(fixes.size(), 2);
-    QVERIFY(fixes[1].contains("-ExifIFD:CreateDate=" + shifted));
-    QCOMPARE(test_support::read_back(path).at("IPTC:TimeCreated"), QString("19:30:05+02:00"));
-
-    press(undo_tip);
-    // The stored zone doesn't convert to a number, so the old clock reading comes back at UTC.
-    QCOMPARE(test_support::read_back(path).at("IPTC:TimeCreated"), QString("18:30:05+00:00"));
-    QCOMPARE(test_support::read_back(no_dto).at("ExifIFD:CreateDate"), exif_time);
-    QVERIFY(!button(undo_tip)->isEnabled());
-}
-
-void tst_fix_run::fix_and_undo_touch_nothing_else()
-{
-    const QStringList paths = {
-        photo("plain.jpg", {"ExifIFD:DateTimeOriginal=" + exif_time, "IFD0:Make=Velmora", "IFD0:Model=Model 7",
-                            "ExifIFD:ISO=200", "XMP-dc:Title=Harbour"}),
-        photo("iptc.jpg", {"ExifIFD:DateTimeOriginal=" + exif_time, "IPTC:DateCreated=2017:06:21",
-                           "IPTC:TimeCreated=18:30:05", "IPTC:Keywords=boat", "XMP-photoshop:DateCreated=" + exif_time}),
-        photo("image.png", {"XMP-dc:Title=Lines", "XMP-photoshop:DateCreated=" + exif_time}),
-    };
-    QMap<QString, QStringList> tags_before;
-    QMap<QString, QImage> pixels_before;
-    for (const QString& path : paths) {
-        tags_before[path] = other_tags(path);
-        pixels_before[path] = QImage(path);
-    }
-
-    make_window();
-    window->load_files(paths);
-    type("lineedit_day", "-3");
-    type("lineedit_timezone", "2");
-    press(fix_tip);
-    press(undo_tip);
-
-    for (const QString& path : paths) {
-        QCOMPARE(other_tags(path), tags_before[path]);
-        QCOMPARE(QImage(path), pixels_before[path]);
-    }
 }
 
 int main(int argc, char** argv)

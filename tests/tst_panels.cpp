@@ -1,7 +1,7 @@
 #include "datetime_format.h"
 #include "time_adjustment.h"
 
-#include "settings_support.h"
+#include "test_support.h"
 
 #include <QLineEdit>
 #include <QRadioButton>
@@ -14,143 +14,113 @@ class tst_panels : public QObject {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
+    void init() { test_support::clear_settings(); }
+    void cleanup() { QLocale::setDefault(QLocale::c()); }
 
-    void typing_reports_the_whole_offset_data();
-    void typing_reports_the_whole_offset();
-    void clear_reports_once_per_filled_field_data();
-    void clear_reports_once_per_filled_field();
+    void typing_reports_the_whole_offset_data()
+    {
+        QTest::addColumn<QString>("locale");
+        QTest::addColumn<QString>("field");
+        QTest::addColumn<QString>("keys");
+        QTest::addColumn<offset>("expected");
 
-    void radio_click_stores_before_reporting_data();
-    void radio_click_stores_before_reporting();
-    void stored_format_that_is_no_row_is_used();
+        auto zone = [](bool stated, double hours) { return offset{0, 0, 0, 0, 0, 0, stated, hours}; };
+        QTest::newRow("year") << "C" << "lineedit_year" << "3" << offset{3, 0, 0, 0, 0, 0, false, 0.0};
+        QTest::newRow("negative month") << "C" << "lineedit_month" << "-14" << offset{0, -14, 0, 0, 0, 0, false, 0.0};
+        QTest::newRow("lone minus is 0") << "C" << "lineedit_hour" << "-" << zone(false, 0.0);
+        QTest::newRow("-5000 minutes") << "C" << "lineedit_minute" << "-5000" << offset{0, 0, 0, 0, -5000, 0, false, 0.0};
+        QTest::newRow("zone 0 is a stated zone") << "C" << "lineedit_timezone" << "0" << zone(true, 0.0);
+        QTest::newRow("zone -3.5") << "C" << "lineedit_timezone" << "-3.5" << zone(true, -3.5);
+        QTest::newRow("zone 1,5 with a decimal comma") << "de_DE" << "lineedit_timezone" << "1,5" << zone(true, 1.5);
+        QTest::newRow("zone lone minus") << "C" << "lineedit_timezone" << "-" << zone(true, 0.0);
+    }
+
+    void typing_reports_the_whole_offset()
+    {
+        QFETCH(QString, locale);
+        QFETCH(QString, field);
+        QFETCH(QString, keys);
+        QFETCH(offset, expected);
+        QLocale::setDefault(QLocale(locale)); // before the validators take their locale
+        time_adjustment panel;
+        QSignalSpy spy(&panel, &time_adjustment::time_offset_changed);
+        auto* edit = panel.findChild<QLineEdit*>(field);
+        QVERIFY(edit);
+        QTest::keyClicks(edit, keys);
+
+        QCOMPARE(edit->text(), keys); // the validator let every key through
+        QCOMPARE(spy.count(), keys.size());
+        QCOMPARE(spy.last(), expected);
+        QCOMPARE(panel.has_timezone_offset(), expected.at(6).toBool());
+    }
+
+    void clear_reports_once_per_filled_field_data()
+    {
+        QTest::addColumn<QStringList>("filled");
+
+        QTest::newRow("empty panel") << QStringList();
+        QTest::newRow("all seven") << QStringList{"lineedit_year", "lineedit_month", "lineedit_day", "lineedit_hour",
+                                                  "lineedit_minute", "lineedit_second", "lineedit_timezone"};
+    }
+
+    void clear_reports_once_per_filled_field()
+    {
+        QFETCH(QStringList, filled);
+        time_adjustment panel;
+        for (const QString& name : filled)
+            panel.findChild<QLineEdit*>(name)->setText("2");
+        QSignalSpy spy(&panel, &time_adjustment::time_offset_changed);
+        panel.clear();
+
+        QCOMPARE(spy.count(), filled.size());
+        if (!filled.isEmpty())
+            QCOMPARE(spy.last(), (offset {0, 0, 0, 0, 0, 0, false, 0.0}));
+        for (QLineEdit* edit : panel.findChildren<QLineEdit*>())
+            QVERIFY(edit->text().isEmpty());
+    }
+
+
+    // `preset` is a stored date format from before the panel is made.
+    void radio_click_stores_before_reporting_data()
+    {
+        QTest::addColumn<QString>("preset");
+        QTest::addColumn<QString>("radio");
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("stored");
+        QTest::addColumn<QString>("format");
+        QTest::newRow("dd/MM/yyyy") << "" << "rb_ddmmyyyy_slash" << "date_format" << "dd/MM/yyyy" << "dd/MM/yyyy - HH:mm:ss";
+        QTest::newRow("yyyy-MM-dd") << "" << "rb_yyyymmdd_dash" << "date_format" << "yyyy-MM-dd" << "yyyy-MM-dd - HH:mm:ss";
+        QTest::newRow("HH:mm") << "" << "rb_hhmm" << "time_format" << "HH:mm" << "dd.MM.yyyy - HH:mm";
+        QTest::newRow("stored format that is no row, replaced") << "yyyy+MM+dd" << "rb_ddmmyyyy_dot" << "date_format"
+                                                               << "dd.MM.yyyy" << "dd.MM.yyyy - HH:mm:ss";
+    }
+
+    void radio_click_stores_before_reporting()
+    {
+        QFETCH(QString, preset);
+        QFETCH(QString, radio);
+        QFETCH(QString, key);
+        QFETCH(QString, stored);
+        QFETCH(QString, format);
+        if (!preset.isEmpty())
+            QSettings().setValue("date_format", preset);
+        datetime_format panel;
+        QCOMPARE(panel.get_datetime_format(), (preset.isEmpty() ? "dd.MM.yyyy" : preset) + " - HH:mm:ss");
+        QCOMPARE(panel.findChild<QRadioButton*>("rb_ddmmyyyy_dot")->isChecked(), preset.isEmpty());
+        QCOMPARE(QSettings().value(key).toString(), preset); // nothing is stored until a click
+
+        QStringList reported; // each report with what the store held at that moment
+        connect(&panel, &datetime_format::format_changed, this,
+            [&](const QString& text) { reported << text + " | " + QSettings().value(key).toString(); });
+        panel.findChild<QRadioButton*>(radio)->click();
+
+        QCOMPARE(reported, QStringList{format + " | " + stored});
+        // A new panel starts from the stored choice.
+        datetime_format again;
+        QCOMPARE(again.get_datetime_format(), format);
+        QVERIFY(again.findChild<QRadioButton*>(radio)->isChecked());
+    }
 };
-
-void tst_panels::init() { test_support::clear_settings(); }
-
-void tst_panels::cleanup() { QLocale::setDefault(QLocale::c()); }
-
-void tst_panels::typing_reports_the_whole_offset_data()
-{
-    QTest::addColumn<QString>("locale");
-    QTest::addColumn<QString>("field");
-    QTest::addColumn<QString>("keys");
-    QTest::addColumn<offset>("expected");
-
-    auto values = [](int y, int mo, int d, int h, int mi, int s, bool zone, double hours) {
-        return offset {y, mo, d, h, mi, s, zone, hours};
-    };
-    QTest::newRow("year") << "C" << "lineedit_year" << "3" << values(3, 0, 0, 0, 0, 0, false, 0.0);
-    QTest::newRow("negative month") << "C" << "lineedit_month" << "-14" << values(0, -14, 0, 0, 0, 0, false, 0.0);
-    QTest::newRow("lone minus is 0") << "C" << "lineedit_hour" << "-" << values(0, 0, 0, 0, 0, 0, false, 0.0);
-    QTest::newRow("-5000 minutes") << "C" << "lineedit_minute" << "-5000" << values(0, 0, 0, 0, -5000, 0, false, 0.0);
-    QTest::newRow("zone 0 is a stated zone") << "C" << "lineedit_timezone" << "0" << values(0, 0, 0, 0, 0, 0, true, 0.0);
-    QTest::newRow("zone -3.5") << "C" << "lineedit_timezone" << "-3.5" << values(0, 0, 0, 0, 0, 0, true, -3.5);
-    QTest::newRow("zone 1,5 with a decimal comma") << "de_DE" << "lineedit_timezone" << "1,5"
-                                                   << values(0, 0, 0, 0, 0, 0, true, 1.5);
-    QTest::newRow("zone lone minus") << "C" << "lineedit_timezone" << "-" << values(0, 0, 0, 0, 0, 0, true, 0.0);
-}
-
-void tst_panels::typing_reports_the_whole_offset()
-{
-    QFETCH(QString, locale);
-    QFETCH(QString, field);
-    QFETCH(QString, keys);
-    QFETCH(offset, expected);
-
-    QLocale::setDefault(QLocale(locale)); // before the validators take their locale
-    time_adjustment panel;
-    QSignalSpy spy(&panel, &time_adjustment::time_offset_changed);
-    auto* edit = panel.findChild<QLineEdit*>(field);
-    QVERIFY(edit);
-    QTest::keyClicks(edit, keys);
-
-    QCOMPARE(edit->text(), keys); // the validator let every key through
-    QCOMPARE(spy.count(), keys.size());
-    QCOMPARE(spy.last(), expected);
-    QCOMPARE(panel.has_timezone_offset(), expected.at(6).toBool());
-}
-
-void tst_panels::clear_reports_once_per_filled_field_data()
-{
-    QTest::addColumn<QStringList>("filled");
-
-    QTest::newRow("empty panel") << QStringList();
-    QTest::newRow("two fields") << QStringList {"lineedit_day", "lineedit_timezone"};
-    QTest::newRow("all seven") << QStringList {"lineedit_year",   "lineedit_month",  "lineedit_day",
-                                               "lineedit_hour",   "lineedit_minute", "lineedit_second",
-                                               "lineedit_timezone"};
-}
-
-void tst_panels::clear_reports_once_per_filled_field()
-{
-    QFETCH(QStringList, filled);
-
-    time_adjustment panel;
-    for (const QString& name : filled)
-        panel.findChild<QLineEdit*>(name)->setText("2");
-    QSignalSpy spy(&panel, &time_adjustment::time_offset_changed);
-    panel.clear();
-
-    QCOMPARE(spy.count(), filled.size());
-    if (!filled.isEmpty())
-        QCOMPARE(spy.last(), (offset {0, 0, 0, 0, 0, 0, false, 0.0}));
-    for (QLineEdit* edit : panel.findChildren<QLineEdit*>())
-        QVERIFY(edit->text().isEmpty());
-}
-
-void tst_panels::radio_click_stores_before_reporting_data()
-{
-    QTest::addColumn<QString>("radio");
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<QString>("stored");
-    QTest::addColumn<QString>("format");
-
-    QTest::newRow("dd/MM/yyyy") << "rb_ddmmyyyy_slash" << "date_format" << "dd/MM/yyyy" << "dd/MM/yyyy - HH:mm:ss";
-    QTest::newRow("yyyy-MM-dd") << "rb_yyyymmdd_dash" << "date_format" << "yyyy-MM-dd" << "yyyy-MM-dd - HH:mm:ss";
-    QTest::newRow("HH:mm") << "rb_hhmm" << "time_format" << "HH:mm" << "dd.MM.yyyy - HH:mm";
-}
-
-void tst_panels::radio_click_stores_before_reporting()
-{
-    QFETCH(QString, radio);
-    QFETCH(QString, key);
-    QFETCH(QString, stored);
-    QFETCH(QString, format);
-
-    datetime_format panel;
-    QCOMPARE(panel.get_datetime_format(), QString("dd.MM.yyyy - HH:mm:ss"));
-    QVERIFY(!QSettings().contains(key)); // nothing is stored until a click
-
-    QStringList seen_in_store;
-    QStringList reported;
-    connect(&panel, &datetime_format::format_changed, this, [&](const QString& text) {
-        seen_in_store << QSettings().value(key).toString();
-        reported << text;
-    });
-    panel.findChild<QRadioButton*>(radio)->click();
-
-    QCOMPARE(reported, QStringList {format});
-    QCOMPARE(seen_in_store, QStringList {stored});
-    // A new panel starts from the stored choice.
-    datetime_format again;
-    QCOMPARE(again.get_datetime_format(), format);
-    QVERIFY(again.findChild<QRadioButton*>(radio)->isChecked());
-}
-
-void tst_panels::stored_format_that_is_no_row_is_used()
-{
-    QSettings().setValue("date_format", "yyyy+MM+dd");
-    datetime_format panel;
-    QCOMPARE(panel.get_datetime_format(), QString("yyyy+MM+dd - HH:mm:ss"));
-    for (QRadioButton* radio : panel.findChildren<QRadioButton*>())
-        QCOMPARE(radio->isChecked(), radio->objectName() == "rb_hhmmss");
-
-    // A click replaces it.
-    panel.findChild<QRadioButton*>("rb_ddmmyyyy_dot")->click();
-    QCOMPARE(QSettings().value("date_format").toString(), QString("dd.MM.yyyy"));
-}
 
 int main(int argc, char** argv)
 {

@@ -1,227 +1,104 @@
-#include <ondo/style.h>
 #include <ondo/widgets.h>
 
 #include <QHBoxLayout>
 #include <QLayout>
-#include <QPainter>
-#include <QScrollBar>
 #include <QSignalSpy>
-#include <QTableView>
-#include <QTextEdit>
 #include <QtTest>
-
-namespace {
-
-QImage shot(QWidget& w)
-{
-    w.show();
-    QTest::qWait(0);
-    return w.grab().toImage();
-}
-
-} // namespace
 
 class tst_widgets : public QObject {
     Q_OBJECT
 private slots:
-    void combobox_wheel_data();
-    void combobox_wheel();
-    void clickable_label_data();
-    void clickable_label();
-    void panel_frame_data();
-    void panel_frame();
-    void lineedit_border_data();
-    void lineedit_border();
-    void checkbox_rule_sets_data();
-    void checkbox_rule_sets();
-    void combobox_lineedit_selects_on_focus();
-    void label_custom_paint();
-    void scrollbars_are_slim();
+    void combobox_wheel_data()
+    {
+        QTest::addColumn<bool>("ignore_wheel");
+        QTest::addColumn<int>("expected_index");
+        QTest::newRow("ignoring") << true << 1;
+        QTest::newRow("taking") << false << 2;
+    }
+
+    void combobox_wheel()
+    {
+        QFETCH(bool, ignore_wheel);
+        ondo::combobox box(ignore_wheel, nullptr);
+        box.addItems({"a", "b", "c"});
+        box.setCurrentIndex(1);
+        box.show();
+        const QPoint centre = box.rect().center();
+        QWheelEvent wheel(centre, box.mapToGlobal(centre), QPoint(), QPoint(0, -120), Qt::NoButton, Qt::NoModifier,
+            Qt::NoScrollPhase, false);
+        QApplication::sendEvent(&box, &wheel);
+        QTEST(box.currentIndex(), "expected_index");
+    }
+
+    void clickable_label_data()
+    {
+        QTest::addColumn<bool>("clickable");
+        QTest::addColumn<int>("button");
+        QTest::addColumn<int>("clicks");
+        QTest::newRow("clickable, left") << true << int(Qt::LeftButton) << 1;
+        QTest::newRow("clickable, right") << true << int(Qt::RightButton) << 0;
+        QTest::newRow("plain, left") << false << int(Qt::LeftButton) << 1;
+        QTest::newRow("plain, middle") << false << int(Qt::MiddleButton) << 0;
+    }
+
+    void clickable_label()
+    {
+        QFETCH(bool, clickable);
+        QFETCH(int, button);
+        QFETCH(int, clicks);
+        ondo::clickable_label label("About", clickable, nullptr);
+        label.show();
+        QSignalSpy spy(&label, &ondo::clickable_label::clicked);
+
+        Qt::KeyboardModifiers at_click;
+        connect(&label, &ondo::clickable_label::clicked, [&] { at_click = label.modifiers; });
+        QTest::mouseClick(&label, Qt::MouseButton(button), Qt::ControlModifier);
+        QCOMPARE(spy.count(), clicks);
+        if (clicks)
+            QCOMPARE(at_click, Qt::ControlModifier);
+        QCOMPARE(label.modifiers, Qt::NoModifier);
+
+        // Only a clickable label underlines itself under the pointer, and drops it on leaving.
+        QEvent enter(QEvent::Enter);
+        QApplication::sendEvent(&label, &enter);
+        QCOMPARE(label.styleSheet().contains("text-decoration: underline"), clickable);
+        QEvent leave(QEvent::Leave);
+        QApplication::sendEvent(&label, &leave);
+        QVERIFY(!label.styleSheet().contains("underline"));
+    }
+
+    void panel_frame_data()
+    {
+        QTest::addColumn<bool>("topless");
+        QTest::newRow("framed") << false;
+        QTest::newRow("topless") << true;
+    }
+
+    void panel_frame()
+    {
+        QFETCH(bool, topless);
+        auto* content = new QHBoxLayout;
+        content->setContentsMargins(0, 0, 0, 0);
+        auto* inside = new QWidget;
+        inside->setFixedHeight(20);
+        content->addWidget(inside);
+        ondo::panel panel(content, topless, nullptr);
+        panel.resize(60, 40);
+        panel.show();
+        const QImage image = panel.grab().toImage();
+
+        QWidget* frame = panel.findChild<QWidget*>(topless ? "ondo--panel_topless" : "ondo--panel");
+        QVERIFY(frame);
+        QCOMPARE(frame->layout()->contentsMargins(), QMargins(3, topless ? 0 : 3, 3, 3));
+        QCOMPARE(inside->parentWidget()->mapTo(&panel, QPoint(0, 0)), QPoint(3, topless ? 0 : 3));
+
+        // The frame's outline is dark; a topless panel has none along its top row.
+        const QColor outline(16, 16, 16);
+        QCOMPARE(image.pixelColor(30, image.height() - 1), outline);
+        QCOMPARE(image.pixelColor(0, 20), outline);
+        QCOMPARE(image.pixelColor(30, 0) == outline, !topless);
+    }
 };
-
-void tst_widgets::combobox_wheel_data()
-{
-    QTest::addColumn<bool>("ignore_wheel");
-    QTest::addColumn<int>("expected_index");
-    QTest::newRow("ignoring") << true << 1;
-    QTest::newRow("taking") << false << 2;
-}
-
-void tst_widgets::combobox_wheel()
-{
-    QFETCH(bool, ignore_wheel);
-    QFETCH(int, expected_index);
-    ondo::combobox box(ignore_wheel, nullptr);
-    box.addItems({"a", "b", "c"});
-    box.setCurrentIndex(1);
-    box.show();
-    const QPoint centre = box.rect().center();
-    QWheelEvent wheel(centre, box.mapToGlobal(centre), QPoint(), QPoint(0, -120), Qt::NoButton, Qt::NoModifier,
-        Qt::NoScrollPhase, false);
-    QApplication::sendEvent(&box, &wheel);
-    QCOMPARE(box.currentIndex(), expected_index);
-}
-
-void tst_widgets::clickable_label_data()
-{
-    QTest::addColumn<bool>("clickable");
-    QTest::addColumn<int>("button");
-    QTest::addColumn<int>("clicks");
-    QTest::newRow("clickable, left") << true << int(Qt::LeftButton) << 1;
-    QTest::newRow("clickable, right") << true << int(Qt::RightButton) << 0;
-    QTest::newRow("plain, left") << false << int(Qt::LeftButton) << 1;
-    QTest::newRow("plain, middle") << false << int(Qt::MiddleButton) << 0;
-}
-
-void tst_widgets::clickable_label()
-{
-    QFETCH(bool, clickable);
-    QFETCH(int, button);
-    QFETCH(int, clicks);
-    ondo::clickable_label label("About", clickable, nullptr);
-    label.show();
-    QSignalSpy spy(&label, &ondo::clickable_label::clicked);
-
-    Qt::KeyboardModifiers at_click;
-    connect(&label, &ondo::clickable_label::clicked, [&] { at_click = label.modifiers; });
-    QTest::mouseClick(&label, Qt::MouseButton(button), Qt::ControlModifier);
-    QCOMPARE(spy.count(), clicks);
-    if (clicks)
-        QCOMPARE(at_click, Qt::ControlModifier);
-    QCOMPARE(label.modifiers, Qt::NoModifier);
-
-    // Only a clickable label underlines itself under the pointer, and drops it on leaving.
-    QEvent enter(QEvent::Enter);
-    QApplication::sendEvent(&label, &enter);
-    QCOMPARE(label.styleSheet().contains("text-decoration: underline"), clickable);
-    QEvent leave(QEvent::Leave);
-    QApplication::sendEvent(&label, &leave);
-    QVERIFY(!label.styleSheet().contains("underline"));
-}
-
-void tst_widgets::panel_frame_data()
-{
-    QTest::addColumn<bool>("topless");
-    QTest::newRow("framed") << false;
-    QTest::newRow("topless") << true;
-}
-
-void tst_widgets::panel_frame()
-{
-    QFETCH(bool, topless);
-    auto* content = new QHBoxLayout;
-    content->setContentsMargins(0, 0, 0, 0);
-    auto* inside = new QWidget;
-    inside->setFixedHeight(20);
-    content->addWidget(inside);
-    ondo::panel panel(content, topless, nullptr);
-    panel.resize(60, 40);
-    const QImage image = shot(panel);
-
-    QWidget* frame = panel.findChild<QWidget*>(topless ? "ondo--panel_topless" : "ondo--panel");
-    QVERIFY(frame);
-    QCOMPARE(frame->layout()->contentsMargins(), QMargins(3, topless ? 0 : 3, 3, 3));
-    QCOMPARE(inside->parentWidget()->mapTo(&panel, QPoint(0, 0)), QPoint(3, topless ? 0 : 3));
-
-    // The frame's outline is dark; a topless panel has none along its top row.
-    const QColor outline(16, 16, 16);
-    QCOMPARE(image.pixelColor(30, image.height() - 1), outline);
-    QCOMPARE(image.pixelColor(0, 20), outline);
-    QCOMPARE(image.pixelColor(30, 0) == outline, !topless);
-}
-
-void tst_widgets::lineedit_border_data()
-{
-    QTest::addColumn<bool>("enabled");
-    QTest::addColumn<QColor>("expected");
-    QTest::newRow("marked") << true << QColor(200, 40, 40);
-    QTest::newRow("marked but disabled") << false << QColor(75, 75, 75);
-}
-
-void tst_widgets::lineedit_border()
-{
-    QFETCH(bool, enabled);
-    QFETCH(QColor, expected);
-    ondo::lineedit edit;
-    edit.resize(80, 24);
-    edit.border = QColor(200, 40, 40);
-    edit.update_style();
-    edit.setEnabled(enabled);
-    const QImage image = shot(edit);
-    QCOMPARE(image.pixelColor(0, 12), expected);
-
-    edit.border = edit.default_border;
-    edit.update_style();
-    edit.setEnabled(true);
-    QCOMPARE(shot(edit).pixelColor(0, 12), QColor(99, 99, 99));
-}
-
-void tst_widgets::checkbox_rule_sets_data()
-{
-    QTest::addColumn<QColor>("indicator");
-    QTest::addColumn<QString>("checked_image");
-    QTest::addColumn<QString>("unchecked_image");
-    QTest::addColumn<QStringList>("present");
-
-    QTest::newRow("both images") << QColor(0, 0, 0, 0) << ":/c.png" << ":/u.png"
-                                 << QStringList{"enabled:unchecked{image:url(:/u.png);", "enabled:checked{image:url(:/c.png);",
-                                        "spacing:6px;color:rgb(1,2,3)"};
-    QTest::newRow("checked image alone") << QColor(9, 9, 9) << ":/c.png" << ""
-                                         << QStringList{"enabled:unchecked{image:url(:/gui/checkbox/unchecked.png);}",
-                                                "enabled:checked{image:url(:/c.png);"};
-    QTest::newRow("indicator colour") << QColor(10, 20, 30, 40) << "" << ""
-                                      << QStringList{"indicator:checked{background-color:rgba(10,20,30,40);"};
-    QTest::newRow("theme glyphs") << QColor(0, 0, 0, 0) << "" << ""
-                                  << QStringList{"!enabled:checked{image:url(:/gui/checkbox/disabled_checked.png);}"};
-}
-
-void tst_widgets::checkbox_rule_sets()
-{
-    QFETCH(QColor, indicator);
-    QFETCH(QString, checked_image);
-    QFETCH(QString, unchecked_image);
-    QFETCH(QStringList, present);
-    ondo::checkbox box("x", nullptr, true);
-    box.init(6, indicator, checked_image, unchecked_image, QColor(1, 2, 3));
-    const QString sheet = box.styleSheet();
-    for (const QString& part : present)
-        QVERIFY2(sheet.contains(part), qPrintable(part + " missing in " + sheet));
-    QVERIFY2(!sheet.contains(QRegularExpression("%\\d")), qPrintable(sheet));
-    QVERIFY(box.isChecked());
-}
-
-void tst_widgets::combobox_lineedit_selects_on_focus()
-{
-    QWidget window;
-    auto* other = new QLineEdit(&window);
-    auto* edit = new ondo::combobox_lineedit(&window);
-    edit->move(0, 30);
-    edit->setText("2021:05:06");
-    window.show();
-    QVERIFY(QTest::qWaitForWindowActive(&window));
-    other->setFocus();
-    QTest::mouseClick(edit, Qt::LeftButton, Qt::NoModifier, QPoint(5, 5));
-    QTRY_COMPARE(edit->selectedText(), QString("2021:05:06"));
-}
-
-void tst_widgets::label_custom_paint()
-{
-    ondo::label label("text", nullptr);
-    label.resize(20, 10);
-    label.custom_paint = [](QPainter& p) { p.fillRect(0, 0, 20, 10, QColor(1, 200, 3)); };
-    QCOMPARE(shot(label).pixelColor(10, 5), QColor(1, 200, 3));
-}
-
-void tst_widgets::scrollbars_are_slim()
-{
-    QTableView table;
-    QTextEdit text;
-    ondo::style_scrollbars(&table);
-    ondo::style_scrollbars(&text);
-    QCOMPARE(table.verticalScrollBar()->sizeHint().width(), 11);
-    QCOMPARE(table.horizontalScrollBar()->sizeHint().height(), 11);
-    QCOMPARE(text.verticalScrollBar()->sizeHint().width(), 11);
-}
 
 QTEST_MAIN(tst_widgets)
 #include "tst_widgets.moc"

@@ -1,19 +1,200 @@
 #include "test_support.h"
 
+#include "mainwindow.h"
+#include "table_data_model.h"
+
+#include <ondo/application.h>
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QImage>
+#include <QLoggingCategory>
+#include <QMessageBox>
+#include <QMutex>
+#include <QPointer>
 #include <QProcess>
+#include <QPushButton>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
 
 namespace test_support {
 
-QString run(const QString& program, const QStringList& arguments, int* exit_code)
+QString run(const QString& program, const QStringList& arguments)
 {
     QProcess process;
     process.start(program, arguments);
     if (!process.waitForStarted(10000))
         qFatal("cannot start %s", qPrintable(program));
     process.waitForFinished(120000);
-    if (exit_code)
-        *exit_code = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
     return QString::fromUtf8(process.readAllStandardOutput());
+}
+
+exif_tag_map tag_map(const QString& pairs)
+{
+    exif_tag_map tags;
+    for (const QString& pair : pairs.split(';', Qt::SkipEmptyParts))
+        tags[pair.section('=', 0, 0)] = pair.section('=', 1);
+    return tags;
+}
+
+QString make_tagged_photo(const QString& dir, const QString& name, const exif_tag_map& tags)
+{
+    const QString path = QDir(dir).absoluteFilePath(name);
+    QImage image(32, 24, QImage::Format_RGB32);
+    image.fill(QColor(90, 120, 150));
+    if (!image.save(path))
+        qFatal("cannot save %s", qPrintable(path));
+    if (tags.empty())
+        return path;
+    QStringList arguments = {"-overwrite_original", "-m", "-charset", "filename=utf8"};
+    for (const auto& [tag, value] : tags)
+        arguments << QString("-%1=%2").arg(tag, value);
+    if (!run(TAVIMO_EXIFTOOL_SCRIPT, arguments << path).contains("1 image files updated"))
+        qFatal("exiftool could not tag %s", qPrintable(path));
+    return path;
+}
+
+exif_tag_map read_back(const QString& path)
+{
+    exif_tag_map tags;
+    const QString out = run(TAVIMO_EXIFTOOL_SCRIPT, {"-G1", "-args", "-charset", "filename=utf8", path});
+    for (const QString& line : out.split('\n', Qt::SkipEmptyParts)) {
+        const int equals = line.indexOf('=');
+        if (line.startsWith('-') && equals > 0)
+            tags[line.mid(1, equals - 1)] = line.mid(equals + 1);
+    }
+    return tags;
+}
+
+void use_private_settings()
+{
+    static QTemporaryDir home;
+    QDir(home.path()).mkpath(".config");
+    qputenv("HOME", home.path().toLocal8Bit());
+    qputenv("XDG_CONFIG_HOME", (home.path() + "/.config").toLocal8Bit());
+    QCoreApplication::setOrganizationName("Velmora");
+    QCoreApplication::setApplicationName("Tavimo");
+}
+
+void clear_settings()
+{
+    QSettings settings;
+    settings.clear();
+    settings.sync();
+}
+
+MainWindow* open_main_window()
+{
+    auto* window = new MainWindow();
+    static_cast<ondo::application<MainWindow>*>(qApp)->main_window = window;
+    window->show();
+    if (!QTest::qWaitForWindowExposed(window))
+        qWarning("the main window was not exposed");
+    return window;
+}
+
+QPushButton* button(QWidget* window, const QString& tool_tip)
+{
+    for (QPushButton* candidate : window->findChildren<QPushButton*>())
+        if (candidate->toolTip() == tool_tip)
+            return candidate;
+    return nullptr;
+}
+
+void forget_files()
+{
+    exif_cache::instance()->file_data.clear();
+    exif_cache::instance()->file_tags.clear();
+}
+
+namespace {
+
+QString plain(QString text) { return text.remove('&'); }
+
+void answer(QDialog* dialog, const QString& wanted, seen_box& seen)
+{
+    seen.title = dialog->windowTitle();
+    if (auto* box = qobject_cast<QMessageBox*>(dialog)) {
+        seen.text = box->text();
+        seen.default_button = box->defaultButton() ? plain(box->defaultButton()->text()) : QString();
+    }
+    QAbstractButton* chosen = nullptr;
+    for (QAbstractButton* b : dialog->findChildren<QAbstractButton*>()) {
+        if (!b->isVisible())
+            continue;
+        seen.buttons << plain(b->text());
+        if (!chosen && plain(b->text()) == wanted)
+            chosen = b;
+    }
+    seen.answered = true;
+    if (chosen && wanted != "close")
+        return chosen->click();
+    if (wanted != "close")
+        qWarning("answer_next_box: no button \"%s\" among %s", qPrintable(wanted), qPrintable(seen.buttons.join(", ")));
+    dialog->close();
+}
+
+QMutex capture_mutex;
+QStringList captured;
+QtMessageHandler previous_handler = nullptr;
+
+void capture(QtMsgType type, const QMessageLogContext& context, const QString& message)
+{
+    if (context.category && QByteArray(context.category) == "exiftool") {
+        QMutexLocker lock(&capture_mutex);
+        captured << message;
+    }
+    if (previous_handler)
+        previous_handler(type, context, message);
+}
+
+} // namespace
+
+QSharedPointer<seen_box> answer_next_box(const QString& wanted, std::function<void(QDialog*)> prepare, int timeout_ms)
+{
+    auto seen = QSharedPointer<seen_box>::create();
+    auto* timer = new QTimer(qApp);
+    auto clock = std::make_shared<QElapsedTimer>();
+    clock->start();
+    // A modal dialog that was already up when the call was made isn't the one meant.
+    QPointer<QWidget> before = QApplication::activeModalWidget();
+    QObject::connect(timer, &QTimer::timeout, timer, [=]() {
+        auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+        const bool found = dialog && dialog != before && dialog->isVisible();
+        if (!seen->cancelled && !found && clock->elapsed() <= timeout_ms)
+            return;
+        timer->stop();
+        timer->deleteLater();
+        if (seen->cancelled)
+            return;
+        if (!found)
+            return qWarning("answer_next_box: no dialog came up within %d ms", timeout_ms);
+        if (prepare)
+            prepare(dialog);
+        answer(dialog, wanted, seen.operator*());
+    });
+    timer->start(10);
+    return seen;
+}
+
+log_capture::log_capture()
+{
+    QLoggingCategory::setFilterRules("exiftool.debug=true");
+    QMutexLocker lock(&capture_mutex);
+    captured.clear();
+    previous_handler = qInstallMessageHandler(capture);
+}
+
+log_capture::~log_capture() { qInstallMessageHandler(previous_handler); }
+
+QStringList log_capture::lines() const
+{
+    QMutexLocker lock(&capture_mutex);
+    return captured;
 }
 
 } // namespace test_support
