@@ -151,7 +151,9 @@ void MainWindow::setup_tableview()
     header->setSectionResizeMode(0, QHeaderView::Fixed);
     header->setSectionResizeMode(1, QHeaderView::Stretch);
     header->setSectionResizeMode(2, QHeaderView::Stretch);
-    header->setStyle(QStyleFactory::create("fusion"));
+    QStyle* header_style = QStyleFactory::create("fusion");
+    header_style->setParent(header); // setStyle doesn't take it over
+    header->setStyle(header_style);
     header->setStyleSheet("QHeaderView::section {border-width: 3;border-style: solid;border-image:url(:/gui/panel/"
                           "border.png) 3 stretch;padding-left: 1em;}");
     ui->tableView->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);

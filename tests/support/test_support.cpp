@@ -12,7 +12,7 @@
 #include <QImage>
 #include <QLoggingCategory>
 #include <QMessageBox>
-#include <QMutex>
+#include <mutex>
 #include <QPointer>
 #include <QProcess>
 #include <QPushButton>
@@ -138,14 +138,15 @@ void answer(QDialog* dialog, const QString& wanted, seen_box& seen)
     dialog->close();
 }
 
-QMutex capture_mutex;
+// A standard mutex, so that ThreadSanitizer sees the worker thread's messages handed over.
+std::mutex capture_mutex;
 QStringList captured;
 QtMessageHandler previous_handler = nullptr;
 
 void capture(QtMsgType type, const QMessageLogContext& context, const QString& message)
 {
     if (context.category && QByteArray(context.category) == "exiftool") {
-        QMutexLocker lock(&capture_mutex);
+        std::lock_guard<std::mutex> lock(capture_mutex);
         captured << message;
     }
     if (previous_handler)
@@ -184,7 +185,7 @@ QSharedPointer<seen_box> answer_next_box(const QString& wanted, std::function<vo
 log_capture::log_capture()
 {
     QLoggingCategory::setFilterRules("exiftool.debug=true");
-    QMutexLocker lock(&capture_mutex);
+    std::lock_guard<std::mutex> lock(capture_mutex);
     captured.clear();
     previous_handler = qInstallMessageHandler(capture);
 }
@@ -193,7 +194,7 @@ log_capture::~log_capture() { qInstallMessageHandler(previous_handler); }
 
 QStringList log_capture::lines() const
 {
-    QMutexLocker lock(&capture_mutex);
+    std::lock_guard<std::mutex> lock(capture_mutex);
     return captured;
 }
 
