@@ -1,4 +1,5 @@
 #include "ondo/message_box.h"
+#include "ondo/style.h"
 
 #include <QAbstractButton>
 #include <QCloseEvent>
@@ -238,20 +239,6 @@ QString input_dialog::get_text(QWidget* parent, const QString& title, const QStr
 // ---------------------------------------------------------------------------------------------
 // style_dialog, style_dialog_flat
 
-namespace {
-
-const char* const dialog_scrollbar_rules =
-    "QToolTip{border:1px solid rgb(99,99,99);background-image:none;background-color:rgb(47,47,47);}"
-    "QScrollBar:vertical{border: none; background-color:rgb(47,47,47); width:11px; margin: 0px 0px 0px 0px; }"
-    "QScrollBar::handle:vertical{border: 1px solid black; border-radius: 5px; background: rgb(0,0,0); "
-    "min-height: 20px;}"
-    "QScrollBar::add-line:vertical{background: black; height: 0px; subcontrol-position: bottom; "
-    "subcontrol-origin: margin;}"
-    "QScrollBar::sub-line:vertical{background: black; height: 0px; subcontrol-position: top; "
-    "subcontrol-origin: margin;}";
-
-} // namespace
-
 void style_dialog(QInputDialog& dialog)
 {
     dialog.setWindowFlags(dialog.windowFlags() & ~Qt::WindowContextHelpButtonHint);
@@ -276,7 +263,7 @@ void style_dialog(QInputDialog& dialog)
                 "QComboBox::drop-down{outline:0px;selection-background-color:rgb(200,210,200);border-width:0px;"
                 "border-left:1px solid rgb(99,99,99);}"
                 "QComboBox::down-arrow{image:url(:/gui/combobox/arrow.png);width:20;}")
-        + dialog_scrollbar_rules);
+        + list_scrollbar_rules);
 }
 
 void style_dialog_flat(QInputDialog& dialog)
@@ -300,7 +287,7 @@ void style_dialog_flat(QInputDialog& dialog)
                 "QComboBox QAbstractItemView::item{padding-left:0.5em;}"
                 "QComboBox::drop-down{outline:0px;selection-background-color:rgb(200,210,200);border:none;}"
                 "QComboBox::down-arrow{image:url(:/gui/combobox/arrow.png);width:20;}")
-        + dialog_scrollbar_rules);
+        + list_scrollbar_rules);
 }
 
 } // namespace ondo

@@ -8,6 +8,16 @@
 
 namespace ondo {
 
+const char* const list_scrollbar_rules =
+    "QToolTip{border:1px solid rgb(99,99,99);background-image:none;background-color:rgb(47,47,47);}"
+    "QScrollBar:vertical{border: none; background-color:rgb(47,47,47); width:11px; margin: 0px 0px 0px 0px; }"
+    "QScrollBar::handle:vertical{border: 1px solid black; border-radius: 5px; background: rgb(0,0,0); "
+    "min-height: 20px;}"
+    "QScrollBar::add-line:vertical{background: black; height: 0px; subcontrol-position: bottom; "
+    "subcontrol-origin: margin;}"
+    "QScrollBar::sub-line:vertical{background: black; height: 0px; subcontrol-position: top; "
+    "subcontrol-origin: margin;}";
+
 proxy_style::proxy_style()
     : QProxyStyle(nullptr)
     , tooltip_delay(QApplication::style()->styleHint(QStyle::SH_ToolTip_WakeUpDelay))

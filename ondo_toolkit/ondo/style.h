@@ -4,6 +4,10 @@
 
 namespace ondo {
 
+// The tool-tip rule and the dark vertical scroll bar of pop-up lists and dialogs, for appending
+// to a widget's own sheet.
+extern const char* const list_scrollbar_rules;
+
 // The program's few style hints: list-style combo pop-ups, sliders that jump to a left click,
 // and tool-tip delays that start at the platform's values.
 class proxy_style : public QProxyStyle {

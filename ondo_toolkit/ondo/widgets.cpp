@@ -1,4 +1,5 @@
 #include "ondo/widgets.h"
+#include "ondo/style.h"
 
 #include <QAbstractItemView>
 #include <QLayout>
@@ -54,14 +55,7 @@ combobox::combobox(bool ignore, QWidget* parent) : QComboBox(parent), ignore_whe
         "QComboBox::drop-down{outline:0px;selection-background-color:rgb(200,210,200);border-width:0px;"
         "border-left:1px solid rgb(99,99,99);}"
         "QComboBox::down-arrow{image:url(:/gui/combobox/arrow.png);width:20;}"
-        "QToolTip{border:1px solid rgb(99,99,99);background-image:none;background-color:rgb(47,47,47);}"
-        "QScrollBar:vertical{border: none; background-color:rgb(47,47,47); width:11px; margin: 0px 0px 0px 0px; }"
-        "QScrollBar::handle:vertical{border: 1px solid black; border-radius: 5px; background: rgb(0,0,0); "
-        "min-height: 20px;}"
-        "QScrollBar::add-line:vertical{background: black; height: 0px; subcontrol-position: bottom; "
-        "subcontrol-origin: margin;}"
-        "QScrollBar::sub-line:vertical{background: black; height: 0px; subcontrol-position: top; "
-        "subcontrol-origin: margin;}");
+        + QString(list_scrollbar_rules));
 }
 
 void combobox::mouseReleaseEvent(QMouseEvent* event)
