@@ -2,6 +2,7 @@
 #include "table_data_model.h"
 
 #include "test_support.h"
+#include "window_test.h"
 
 #include <ondo/application.h>
 #include <ondo/exiftool.h>
@@ -64,22 +65,10 @@ void arm(const std::shared_ptr<shown_boxes>& shown, const QStringList& answers, 
 
 // The fix run and the undo run end to end: the window, the real ExifTool, files made here,
 // questions answered from a timer. The tag lines sent are taken from the bridge's own log.
-class tst_fix_run : public QObject {
+class tst_fix_run : public test_support::window_test {
     Q_OBJECT
 
 private slots:
-    void init()
-    {
-        test_support::clear_settings();
-        dir = std::make_unique<QTemporaryDir>();
-    }
-    void cleanup()
-    {
-        delete window;
-        test_support::forget_files();
-    }
-    void cleanupTestCase() { ondo::exiftool::shutdown(false); }
-
     // Each row: the file's tags, the zone typed beside a one-hour offset, the lines the fix sends,
     // one tag as read back afterwards, and the lines the undo sends (file times left out).
     void writes_and_undoes_the_worked_examples_data()
@@ -332,8 +321,6 @@ private:
     QList<QStringList> press(const QString& tool_tip);
     int rows() const { return exif_cache::instance()->file_tags.size(); }
 
-    QPointer<MainWindow> window;
-    std::unique_ptr<QTemporaryDir> dir;
 };
 
 QString tst_fix_run::photo(const QString& name, const QString& tags)

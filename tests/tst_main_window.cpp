@@ -3,6 +3,7 @@
 #include "time_adjustment.h"
 
 #include "test_support.h"
+#include "window_test.h"
 
 #include <ondo/application.h>
 #include <ondo/exiftool.h>
@@ -29,22 +30,10 @@ const exif_tag_map recorded{{"ExifIFD:DateTimeOriginal", "2017:06:21 18:30:05"}}
 
 // The window with the real ExifTool behind it: files come in by each of the three roads and
 // the table shows what ExifTool read.
-class tst_main_window : public QObject {
+class tst_main_window : public test_support::window_test {
     Q_OBJECT
 
 private slots:
-    void init()
-    {
-        test_support::clear_settings();
-        dir = std::make_unique<QTemporaryDir>();
-    }
-    void cleanup()
-    {
-        delete window;
-        test_support::forget_files();
-    }
-    void cleanupTestCase() { ondo::exiftool::shutdown(false); }
-
     // In album: one.jpg, two.png, .hidden.jpg and sub/deep.jpg; beside it notes.xyz.
     void roads_in_data()
     {
@@ -192,8 +181,6 @@ private:
     }
     QPushButton* button(const QString& tool_tip) const { return test_support::button(window, tool_tip); }
 
-    QPointer<MainWindow> window;
-    std::unique_ptr<QTemporaryDir> dir;
 };
 
 int main(int argc, char** argv)
