@@ -51,6 +51,36 @@ private slots:
         QCOMPARE(tags.at(groups ? "System:FileName" : "FileName"), name);
     }
 
+    // A tag that shares its name with one in another group is read too; `tags` are written as
+    // "tag=value;..." and each of them must come back under its own group.
+    void read_sees_every_group_data()
+    {
+        QTest::addColumn<QString>("tags");
+        QTest::newRow("IPTC and XMP creation dates") << "IPTC:DateCreated=2017:06:21;XMP-photoshop:DateCreated=2017:06:21 18:30:05";
+        QTest::newRow("DateTimeOriginal in IFD0 and ExifIFD")
+            << "IFD0:DateTimeOriginal=2017:06:21 18:30:05;ExifIFD:DateTimeOriginal=2017:06:21 18:30:06";
+    }
+
+    void read_sees_every_group()
+    {
+        QFETCH(QString, tags);
+        const exif_tag_map written = test_support::tag_map(tags);
+        const exif_tag_map read = exiftool::read_tags(make_tagged_photo(dir.path(), "groups.jpg", written), true, false);
+        for (const auto& [tag, value] : written)
+            QCOMPARE(tag + "=" + (read.count(tag) ? read.at(tag) : "<absent>"), tag + "=" + value);
+    }
+
+    // Chunks behind a PNG's image data stay single over repeated writes of XMP.
+    void png_chunks_after_the_image_stay_single()
+    {
+        const QString path = make_tagged_photo(dir.path(), "after.png");
+        test_support::append_png_text(path, "Comment", "after the image");
+        for (const QString& date : {"2017:06:21 18:30:05", "2017:06:21 19:30:05", ""})
+            QVERIFY(exiftool::write_tags(path, {{"XMP-photoshop:DateCreated", date}}));
+        const QString listing = test_support::run(TAVIMO_EXIFTOOL_SCRIPT, {"-a", "-G1", "-args", path});
+        QCOMPARE(listing.count("-PNG:Comment=after the image"), 1);
+    }
+
     void missing_file_reads_nothing() { QVERIFY(exiftool::read_tags(dir.filePath("nothing here.jpg"), true, false).empty()); }
 
     // A photo tagged IFD0:Make=Canon and IFD0:Model=EOS is written; `expected` is read back with

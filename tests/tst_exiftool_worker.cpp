@@ -5,7 +5,11 @@
 #include <ondo/exiftool.h>
 #include <ondo/exiftool_worker.h>
 
+#include <QLoggingCategory>
 #include <QtTest>
+
+#include <chrono>
+#include <thread>
 
 using ondo::exif_response;
 using ondo::exiftool;
@@ -21,7 +25,7 @@ use strict; use warnings; use FindBin; use IO::Handle; use Time::HiRes qw(sleep)
 my $dir = $FindBin::Bin;
 sub append { open(my $o, '>>:raw', "$dir/$_[0]") or die; print $o $_[1]; close $o; }
 sub rules {
-    my %r = (reply => {}, plain => {}, delay => {}, exit => {}, deaf => {});
+    my %r = (reply => {}, plain => {}, delay => {}, exit => {}, deaf => {}, stderr => {});
     open(my $in, '<:raw', "$dir/rules") or return \%r;
     while (my $line = <$in>) {
         chomp $line;
@@ -42,7 +46,8 @@ while (my $line = <STDIN>) {
     next unless $line =~ /^-execute(\d+)\n\z/;
     my ($id, $r) = ($1, rules());
     sleep($r->{delay}{$id} / 1000) if $r->{delay}{$id};
-    my $text = $r->{reply}{$id} // $r->{plain}{$id} // '';
+    print STDERR 'w' x $r->{stderr}{$id} if $r->{stderr}{$id};
+    my $text = $r->{reply}{$id} // $r->{reply}{'*'} // $r->{plain}{$id} // '';
     $text .= "{ready$id}\n" unless exists $r->{plain}{$id};
     my @parts = split /\|/, $text, -1;
     print shift(@parts) // '';
@@ -67,8 +72,8 @@ public:
         ondo::exiftool::shutdown(true); // the child writes into the folder, so it goes first
         qputenv("PATH", old_path);
     }
-    // Kinds: "reply" (a plain one brings its own marker), "delay" in ms, "exit" after replying,
-    // "deaf" to the close command and to SIGTERM.
+    // Kinds: "reply" (a plain one brings its own marker; id "*" answers every task), "delay" in ms,
+    // "stderr" bytes of warnings first, "exit" after replying, "deaf" to the close command and SIGTERM.
     void rule(const QString& kind, const QString& id = "*", QString value = "1")
     {
         QFile rules(dir.filePath("rules"));
@@ -121,10 +126,106 @@ private slots:
         exiftool::shutdown(true);
 
         QCOMPARE(perl.starts(), QList<QStringList>({{TAVIMO_EXIFTOOL_SCRIPT, "-stay_open", "1", "-@", "-", "-common_args",
-            "-charset", "filename=utf8", "-args", "-sort", "-fast", "-userParam", "processOwner=Tavimo"}}));
-        QCOMPARE(perl.input(), QString("-G1\n/photos/Märchen.jpg\n\n-execute0\n"
+            "-charset", "filename=utf8", "-args", "-sort", "-userParam", "processOwner=Tavimo"}}));
+        QCOMPARE(perl.input(), QString("-G1\n-a\n-fast\n/photos/Märchen.jpg\n\n-execute0\n"
                                        "\n/photos/Märchen.jpg\n-overwrite_original_in_place\n-m\n"
                                        "-DateTimeOriginal=2019:07:01 11:11:12\n\n-execute1\n-stay_open\n0\n").toUtf8());
+    }
+
+    // What each call puts on the wire, and that names the argument reader would split or alter
+    // never get there: "<" marks a read without groups, "?" a read of the tags Make and Model,
+    // ">" a write of Software=<value>; an empty `wire` means refused.
+    void wire_bytes_data()
+    {
+        QTest::addColumn<QString>("call");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("wire");
+        auto row = [](const char* title, const char* call, const QString& name, const QString& wire) {
+            QTest::newRow(title) << QString(call) << name << wire;
+        };
+        row("read without groups", "<", "/p/a b.jpg", "-a\n-fast\n/p/a b.jpg\n");
+        row("read of named tags", "?", "/p/a.jpg", "-a\n-fast\n-Make\n-Model\n/p/a.jpg\n");
+        row("write", ">", "/p/a.jpg", "\n/p/a.jpg\n-overwrite_original_in_place\n-m\n-Software=x\n");
+        row("odd but harmless name", "<", "/p/ 'q\"=%1$@#ä.jpg", "-a\n-fast\n/p/ 'q\"=%1$@#ä.jpg\n");
+        row("relative name", "<", "a.jpg", "-a\n-fast\na.jpg\n");
+        row("Perl behind a line break", "<", "/p/\n-if\nsystem('touch X') || 1", "");
+        row("erase behind a line break", ">", "/p/\n-all=\n-overwrite_original", "");
+        row("stay-open behind a line break", "<", "a.jpg\n-stay_open\n0", "");
+        row("trailing CR", ">", "/p/a.jpg\r", "");
+        row("leading dash", "<", "-w!", "");
+        row("leading hash", "<", "#a.jpg", "");
+        row("leading blank", "<", " a.jpg", "");
+        row("value with a line break", ">", "/p/a.jpg|x\n-all=", "");
+        row("value with a leading blank", ">", "/p/a.jpg| x", "");
+        row("tag name that is an option", "?", "/p/a.jpg|execute", "");
+        row("tag name that writes", "?", "/p/a.jpg|all=", "");
+    }
+
+    void wire_bytes()
+    {
+        QFETCH(QString, call);
+        QFETCH(QString, name);
+        QFETCH(QString, wire);
+        fake_perl perl;
+        perl.rule("reply", "*", "-Make=Canon\n");
+        ondo::next_task_id = 0;
+        log_capture log;
+        const QString file = name.section('|', 0, 0);
+        const QString extra = name.section('|', 1);
+        bool answered = false;
+        if (call == "<") {
+            answered = !exiftool::read_tags(file, false, false).empty();
+        } else if (call == "?") {
+            answered = !exiftool::read_specific_tags(file, {extra.isEmpty() ? "Make" : extra, "Model"}).empty();
+        } else {
+            answered = exiftool::write_tags(file, {{"Software", extra.isEmpty() ? "x" : extra}});
+            exif_response* response = exiftool::write_tags_async(file, {{"Software", extra.isEmpty() ? "x" : extra}});
+            QCOMPARE(response->await(60000), !wire.isEmpty());
+            QCOMPARE(response->get_error(), wire.isEmpty() ? ondo::exif_error::aborted : ondo::exif_error::none);
+            delete response;
+        }
+        QCOMPARE(answered, !wire.isEmpty());
+        if (wire.isEmpty()) {
+            QCOMPARE(perl.input(), QByteArray());
+            QVERIFY(log.count("Refusing '") >= 1);
+        } else {
+            QVERIFY(perl.input().startsWith((wire + "\n-execute0\n").toUtf8()));
+        }
+    }
+
+    // The worker marks the answer ready just as the time limit passes: whichever comes first,
+    // the wait ends, and a timeout never hides an answer that is there.
+    void answer_at_the_time_limit()
+    {
+        for (int round = 0; round < 300; ++round) {
+            exif_response response;
+            response.await_async(2);
+            std::thread worker([&response, round] {
+                std::this_thread::sleep_for(std::chrono::microseconds(1500 + (round % 20) * 50));
+                response.data = "done";
+                response.mark_ready();
+            });
+            const bool ended = response.await(2);
+            worker.join();
+            QVERIFY(ended);
+            QCOMPARE(response.get_data(), QByteArray("done"));
+        }
+    }
+
+    // Warnings on standard error are read and dropped even when nobody logs them.
+    void standard_error_does_not_pile_up()
+    {
+        fake_perl perl;
+        perl.rule("stderr", "0", "4000000");
+        perl.rule("reply", "0", "-Make=Canon\n");
+        QLoggingCategory::setFilterRules("exiftool.debug=false");
+        QCOMPARE(exiftool::read_tags("a.jpg", false, false), (exif_tag_map{{"Make", "Canon"}}));
+        // The child wrote its warnings before its answer, so all but a pipe's worth has arrived.
+        qint64 held = -1;
+        QMetaObject::invokeMethod(ondo::worker_instance, [&held] { held = ondo::worker_instance->process->readAllStandardError().size(); },
+            Qt::BlockingQueuedConnection);
+        QLoggingCategory::setFilterRules(QString());
+        QVERIFY2(held >= 0 && held < 1000000, qPrintable(QString::number(held)));
     }
 
     // Replies are raw output, markers included; a "|" splits the output into two reads.
@@ -186,7 +287,7 @@ private slots:
         QCOMPARE(perl.starts().size(), 2);
         QCOMPARE(log.count("Not writing: Process is not running."), 1);
         QCOMPARE(QString::fromUtf8(perl.input()).split('\n', Qt::SkipEmptyParts),
-            QStringList({"a.jpg", "-execute0", "b.jpg", "-execute1"}));
+            QStringList({"-a", "-fast", "a.jpg", "-execute0", "-a", "-fast", "b.jpg", "-execute1"}));
     }
 
     void shutdown_data()

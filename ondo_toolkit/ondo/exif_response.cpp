@@ -50,7 +50,15 @@ void exif_response::timeout()
 {
     if (ready_flag.load(std::memory_order_acquire) && !aborted_flag.load(std::memory_order_acquire))
         return;
-    mark_error(exif_error::timeout);
+    // Not mark_error: the worker may set the ready mark between the check above and here, and
+    // clearing it then would leave await() waiting for an answer that has already come.
+    if (QTimer* timer = timeout_timer.load(std::memory_order_acquire))
+        timer->stop();
+    if (aborted_flag.load(std::memory_order_acquire))
+        return;
+    error_code = exif_error::timeout;
+    emit error(exif_error::timeout);
+    emit finished();
 }
 
 bool exif_response::is_ready() const

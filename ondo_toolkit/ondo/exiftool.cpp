@@ -3,12 +3,14 @@
 #include "exif_response.h"
 #include "exiftool_data.h"
 #include "exiftool_worker.h"
+#include "sanitizer.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDebug>
 #include <QLoggingCategory>
 #include <QMutex>
+#include <QRegularExpression>
 #include <QThread>
 
 namespace ondo {
@@ -31,6 +33,80 @@ exif_tag_map parse_args_output(const QString& text)
         result[pieces[0].mid(1).trimmed()] = pieces[1].trimmed();
     }
     return result;
+}
+
+// ExifTool's stay-open reader takes one argument a line: it drops a trailing CR, strips leading
+// blanks, skips lines that begin with "#", and takes "-word" lines as options. A path, tag name
+// or value that it would split or alter could turn into options of its own, so such text is
+// refused before anything is sent. The "#[CSTR]" escape form is no help: it can't carry "$"
+// or "@" unchanged.
+bool breaks_lines(const QString& text)
+{
+    return text.contains(QLatin1Char('\n')) || text.contains(QLatin1Char('\r')) || text.contains(QChar(0));
+}
+
+bool is_safe_path(const QString& path)
+{
+    if (path.isEmpty() || breaks_lines(path))
+        return false;
+    const QChar first = path.at(0);
+    return first == QLatin1Char('/') || !(first == QLatin1Char('-') || first == QLatin1Char('#') || first.isSpace());
+}
+
+// A tag name, optionally behind groups ("IFD0:Make", "XMP-dc:Title-de", "IFD0:*"). Without a
+// group it must not be one of ExifTool's option words, which the reader would obey instead.
+bool is_safe_tag_name(const QString& name)
+{
+    static const QRegularExpression shape(QStringLiteral("^([A-Za-z0-9_*?-]+:)*[A-Za-z0-9_*?][A-Za-z0-9_*?-]*#?$"));
+    static const QRegularExpression option(QStringLiteral(
+        "^(a|duplicates|args?|argformat|b|binary|c|coordformat|config|csv|csvdelim|d|dateformat|"
+        "delete_original|diff|e|composite|ee\\d*|extractembedded\\d*|efile\\d?|ec|escapec|"
+        "echo\\d?|e[xX]|escapehtml|escapexml|ext|extension|f|forceprint|f[-+]?\\d*|fixbase[-+]?\\d*|"
+        "fast\\d*|fileorder\\d*|g\\d*|groupheadings|g\\d*|groupnames|h|htmlformat|hex|htmldump\\d*|"
+        "i|ignore|if\\d*|j|json|k|pause|l|long|latin|lang|listitem|list[a-z]*|m|ignoreminorerrors|n|"
+        "printconv|o|out|overwrite_original(_in_place)?|p|printformat|preserve|progress\\d*|q|quiet|"
+        "r|recurse|restore_original|s\\d*|short\\d*|veryshort|scanforxmp|sep|separator|sort\\d*|"
+        "stay_open|struct|t|tab|table|tagsfromfile|addtagsfromfile|alltagsfromfile|u|unknown2?|"
+        "userparam|use|v\\d*|verbose\\d*|validate|ver|w|textout|tagout|wext|wm|writemode|x|exclude|"
+        "xmlformat|z|zip|api|common_args|execute\\d*|geotag|geosync|geolocation|globaltimeshift|"
+        "srcfile|password|php|plot|charset|file\\d+|efile|php|htmldump|fileorder)$"),
+        QRegularExpression::CaseInsensitiveOption);
+    return shape.match(name).hasMatch() && (name.contains(QLatin1Char(':')) || !option.match(name).hasMatch());
+}
+
+// A value follows "-Tag=" on its line; the reader also eats one blank right behind the "=".
+bool is_safe_value(const QString& value)
+{
+    return !breaks_lines(value) && !value.startsWith(QLatin1Char(' '));
+}
+
+bool refuse(const char* function, const QString& file, const char* what)
+{
+    qCWarning(exiftool_log(), "%s: Refusing '%s': %s.", function, qUtf8Printable(file), what);
+    return false;
+}
+
+bool is_safe_read(const char* function, const QString& file, const std::vector<QString>& tags = {})
+{
+    if (!is_safe_path(file))
+        return refuse(function, file, "its name would change the command");
+    for (const QString& tag : tags)
+        if (!is_safe_tag_name(tag))
+            return refuse(function, file, "a tag name would change the command");
+    return true;
+}
+
+bool is_safe_write(const char* function, const QString& file, const exif_tag_map& tags)
+{
+    if (!is_safe_path(file))
+        return refuse(function, file, "its name would change the command");
+    for (const auto& [tag, value] : tags) {
+        if (!is_safe_tag_name(tag))
+            return refuse(function, file, "a tag name would change the command");
+        if (!is_safe_value(value))
+            return refuse(function, file, "a tag value would change the command");
+    }
+    return true;
 }
 
 exif_tag_map run_read(const QString& file, const QString& operation, const QString& command)
@@ -58,9 +134,11 @@ void exiftool::shutdown(bool deferred)
     if (!worker_thread)
         return;
     bool stopped = false;
+    ONDO_HANDS_OVER(worker_instance);
     if (!QMetaObject::invokeMethod(worker_instance, "shutdown", Qt::BlockingQueuedConnection,
                                    Q_RETURN_ARG(bool, stopped)))
         qCWarning(exiftool_log(), "Failed to call shutdown method on exiftool worker");
+    ONDO_TAKES_OVER(worker_instance);
     qCInfo(exiftool_log(), "%s: Worker shutdown: %s", Q_FUNC_INFO, stopped ? "Ok" : "Failed");
     if (deferred)
         worker_instance->deleteLater();
@@ -97,20 +175,26 @@ exif_response* exiftool::start_task(const QString& file, const QString& operatio
     response->file = file;
     response->started_at = QDateTime::currentMSecsSinceEpoch();
     // Blocks until the worker has queued the task and, if the child was free, written it.
+    ONDO_HANDS_OVER(worker_instance);
     if (!QMetaObject::invokeMethod(worker_instance, "add_task", Qt::BlockingQueuedConnection,
                                    Q_ARG(ondo::exif_response*, response), Q_ARG(QString, operation),
                                    Q_ARG(QByteArray, data)))
         qCWarning(exiftool_log(), "%s: Failed to invoke add_task method in exiftool worker.", Q_FUNC_INFO);
+    ONDO_TAKES_OVER(worker_instance);
     return response;
 }
 
 exif_tag_map exiftool::read_tags(const QString& file, bool group_names, bool log_result)
 {
+    if (!is_safe_read(Q_FUNC_INFO, file))
+        return {};
     exiftool_worker_init();
+    // "-a" reports a tag that shares its name with one in another group; "-fast" only for
+    // reads, since on a write it makes ExifTool copy the chunks behind a PNG's image data.
     QString command;
     if (group_names)
         command += "-G1\n";
-    command += file + "\n";
+    command += "-a\n-fast\n" + file + "\n";
     exif_response* response = start_task(file, "read", command.toUtf8());
     if (!response->await(wait_limit_ms)) {
         response->deleteLater();
@@ -125,8 +209,10 @@ exif_tag_map exiftool::read_tags(const QString& file, bool group_names, bool log
 
 exif_tag_map exiftool::read_specific_tags(const QString& file, const std::vector<QString>& tags)
 {
+    if (!is_safe_read(Q_FUNC_INFO, file, tags))
+        return {};
     exiftool_worker_init();
-    QString command;
+    QString command = QStringLiteral("-a\n-fast\n");
     for (const QString& tag : tags)
         command += "-" + tag + "\n";
     command += file + "\n";
@@ -135,6 +221,14 @@ exif_tag_map exiftool::read_specific_tags(const QString& file, const std::vector
 
 exif_response* exiftool::write_tags_async(const QString& file, const exif_tag_map& tags)
 {
+    if (!is_safe_write(Q_FUNC_INFO, file, tags)) {
+        // Finished with an error before anything was sent: await() returns false at once.
+        auto* refused = new exif_response;
+        refused->file = file;
+        refused->error_code = exif_error::aborted;
+        refused->aborted_flag = true;
+        return refused;
+    }
     exiftool_worker_init();
     // The file first, then its options and one "-Tag=Value" line per tag; "-Tag=" deletes.
     QString command = QString("\n%1\n-overwrite_original_in_place\n-m\n").arg(file);

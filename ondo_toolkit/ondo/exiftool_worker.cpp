@@ -2,6 +2,7 @@
 
 #include "exif_response.h"
 #include "exiftool.h"
+#include "sanitizer.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -10,6 +11,12 @@
 #include <QProcess>
 #include <QThread>
 #include <QTimer>
+
+#ifdef Q_OS_LINUX
+#include <csignal>
+#include <sys/prctl.h>
+#include <unistd.h>
+#endif
 
 namespace ondo {
 
@@ -37,6 +44,18 @@ QString exiftool_script_path()
     return QStringLiteral(TAVIMO_EXIFTOOL_SCRIPT);
 }
 
+#ifdef Q_OS_LINUX
+void exiftool_process::setupChildProcess()
+{
+    // In the child, before perl runs: in stay-open mode ExifTool outlives a closed standard
+    // input, so it is told to end when the thread that started it goes, however the program
+    // ends. A parent that died before this line is caught by the second check.
+    ::prctl(PR_SET_PDEATHSIG, SIGTERM);
+    if (::getppid() != parent_pid)
+        ::raise(SIGTERM);
+}
+#endif
+
 namespace {
 
 // Ends stay-open mode; ExifTool then exits after the command it is running.
@@ -46,7 +65,7 @@ const QString close_command = QStringLiteral("-stay_open\n0\n");
 
 exiftool_worker::exiftool_worker() : QObject(nullptr)
 {
-    process = new QProcess(this);
+    process = new exiftool_process(this);
     restart_open_mode = QIODevice::ReadWrite | QIODevice::Text | QIODevice::Unbuffered;
     process->setReadChannel(QProcess::StandardOutput);
     connect(process, &QProcess::readyReadStandardOutput, this, &exiftool_worker::read_output);
@@ -61,14 +80,13 @@ exiftool_worker::exiftool_worker() : QObject(nullptr)
                            "-charset", "filename=utf8",
                            "-args",
                            "-sort",
-                           "-fast",
                            "-userParam", QString("processOwner=%1").arg(QCoreApplication::applicationName())});
 
     connect(process, &QProcess::readyReadStandardError, this, [this] {
-        if (!exiftool_log().isDebugEnabled())
-            return;
+        // Always read, so that warnings don't pile up in memory when nobody logs them.
         const QByteArray text = process->readAllStandardError().trimmed();
-        qCDebug(exiftool_log(), "cerr: '%s'", text.constData());
+        if (exiftool_log().isDebugEnabled())
+            qCDebug(exiftool_log(), "cerr: '%s'", text.constData());
     });
     connect(process, &QProcess::stateChanged, this, [this](QProcess::ProcessState state) {
         if (verbose_enabled && exiftool_log().isDebugEnabled())
@@ -105,18 +123,22 @@ QByteArray exiftool_worker::gen_marker(int id) const
 
 bool exiftool_worker::start()
 {
+    ONDO_TAKES_OVER(this);
     process->start(QIODevice::ReadWrite);
     const bool started = process->waitForStarted(2000);
     if (!started)
         qCWarning(exiftool_log(), "%s: Could not start exiftool: %s (%d).", Q_FUNC_INFO,
                   qUtf8Printable(process->errorString()), int(process->error()));
+    ONDO_HANDS_OVER(this);
     return started;
 }
 
 void exiftool_worker::add_task(ondo::exif_response* response, QString operation, QByteArray data)
 {
+    ONDO_TAKES_OVER(this);
     task_queue.append(exiftool_task{operation, response, data});
     execute_task();
+    ONDO_HANDS_OVER(this);
 }
 
 void exiftool_worker::execute_task()
@@ -190,9 +212,12 @@ void exiftool_worker::read_output()
                       qUtf8Printable(process->errorString()), int(process->error()));
             continue;
         }
+        // Only the new bytes can complete the marker: the search starts a marker's length in
+        // front of them, so a marker split across two reads is found and a long answer isn't
+        // searched over and over.
+        const int from = qMax(0, output_buffer.size() - current_marker.size() + 1);
         output_buffer.append(chunk.constData(), int(count));
-        // Searched over the whole buffer, so a marker split across two reads is found too.
-        const int at = output_buffer.indexOf(current_marker);
+        const int at = output_buffer.indexOf(current_marker, from);
         if (at < 0)
             continue;
         if (task_queue.isEmpty()) {
@@ -232,6 +257,7 @@ bool exiftool_worker::send_restart()
 
 bool exiftool_worker::shutdown()
 {
+    ONDO_TAKES_OVER(this);
     // A task in flight gets longer to finish before the child is signalled.
     const int wait = task_in_flight ? 1000 : 200;
     const int rounds = task_in_flight ? 5 : 25;
@@ -254,7 +280,9 @@ bool exiftool_worker::shutdown()
         } while (process->state() != QProcess::NotRunning && i < rounds);
     }
     qCDebug(exiftool_log(), "%s: Did %d iterations, state: %d", Q_FUNC_INFO, i, int(process->state()));
-    return process->state() == QProcess::NotRunning;
+    const bool stopped = process->state() == QProcess::NotRunning;
+    ONDO_HANDS_OVER(this);
+    return stopped;
 }
 
 void exiftool_worker::verbose(bool value)
@@ -283,9 +311,11 @@ void exiftool_worker_init()
     worker_instance->moveToThread(worker_thread);
 
     bool started = false;
+    ONDO_HANDS_OVER(worker_instance);
     if (!QMetaObject::invokeMethod(worker_instance, "start", Qt::BlockingQueuedConnection,
                                    Q_RETURN_ARG(bool, started)))
         qCWarning(exiftool_log(), "Failed to call start method on exiftool worker");
+    ONDO_TAKES_OVER(worker_instance);
     // A failed start is retried by the restart path of the first task.
     qCInfo(exiftool_log(), "%s: Worker started: %s (thread=%p).", Q_FUNC_INFO, started ? "Ok" : "Failed",
            static_cast<void*>(worker_instance->thread()));

@@ -1,17 +1,18 @@
 #pragma once
 
 #include <QByteArray>
+#include <QCoreApplication>
 #include <QIODevice>
 #include <QList>
 #include <QObject>
 #include <QPointer>
+#include <QProcess>
 #include <QString>
 
 #include <atomic>
 
 class QLoggingCategory;
 class QMutex;
-class QProcess;
 class QThread;
 
 namespace ondo {
@@ -24,6 +25,20 @@ const QLoggingCategory& exiftool_log();
 // Absolute path of the ExifTool script: the copy inside the application bundle when there is
 // one, else the script the build was configured with.
 QString exiftool_script_path();
+
+// The child's process; on Linux the child ends with the thread that started it.
+class exiftool_process : public QProcess {
+public:
+    explicit exiftool_process(QObject* parent) : QProcess(parent) {}
+
+protected:
+#ifdef Q_OS_LINUX
+    void setupChildProcess() override;
+
+private:
+    const qint64 parent_pid = QCoreApplication::applicationPid();
+#endif
+};
 
 struct exiftool_task {
     QString operation; // "read", "read specific tags" or "write", for logs

@@ -8,6 +8,10 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QDir>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QMimeData>
+#include <QUrl>
 #include <QElapsedTimer>
 #include <QImage>
 #include <QLoggingCategory>
@@ -58,10 +62,34 @@ QString make_tagged_photo(const QString& dir, const QString& name, const exif_ta
     return path;
 }
 
+void append_png_text(const QString& path, const QByteArray& keyword, const QByteArray& text)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadWrite))
+        qFatal("cannot open %s", qPrintable(path));
+    QByteArray png = file.readAll();
+    const int end = png.lastIndexOf("IEND") - 4; // the chunk's length field
+    auto be32 = [](quint32 v) {
+        const char bytes[4] = {char(v >> 24), char(v >> 16), char(v >> 8), char(v)};
+        return QByteArray(bytes, 4);
+    };
+    const QByteArray body = "tEXt" + keyword + '\0' + text;
+    quint32 crc = 0xFFFFFFFFu; // the CRC-32 of PNG, over type and data
+    for (const char byte : body) {
+        crc ^= quint8(byte);
+        for (int bit = 0; bit < 8; ++bit)
+            crc = (crc >> 1) ^ (0xEDB88320u & (0u - (crc & 1u)));
+    }
+    crc ^= 0xFFFFFFFFu;
+    png.insert(end, be32(quint32(body.size() - 4)) + body + be32(crc));
+    file.seek(0);
+    file.write(png);
+}
+
 exif_tag_map read_back(const QString& path)
 {
     exif_tag_map tags;
-    const QString out = run(TAVIMO_EXIFTOOL_SCRIPT, {"-G1", "-args", "-charset", "filename=utf8", path});
+    const QString out = run(TAVIMO_EXIFTOOL_SCRIPT, {"-G1", "-a", "-args", "-charset", "filename=utf8", path});
     for (const QString& line : out.split('\n', Qt::SkipEmptyParts)) {
         const int equals = line.indexOf('=');
         if (line.startsWith('-') && equals > 0)
@@ -95,6 +123,19 @@ MainWindow* open_main_window()
     if (!QTest::qWaitForWindowExposed(window))
         qWarning("the main window was not exposed");
     return window;
+}
+
+bool drop_urls(QWidget* window, const QList<QUrl>& urls)
+{
+    QWidget* area = window->findChild<QWidget*>("widget_dropper");
+    const QPoint centre = area->rect().center();
+    QMimeData mime;
+    mime.setUrls(urls);
+    QDragEnterEvent enter(centre, Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(area, &enter);
+    QDropEvent drop(centre, Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(area, &drop);
+    return enter.isAccepted() && drop.isAccepted();
 }
 
 QPushButton* button(QWidget* window, const QString& tool_tip)

@@ -10,6 +10,8 @@
 class MainWindow;
 class QDialog;
 class QPushButton;
+class QUrl;
+class QWidget;
 
 namespace test_support {
 
@@ -23,6 +25,9 @@ exif_tag_map tag_map(const QString& pairs);
 // "Canon") with the real ExifTool. Returns the absolute path; qFatal on failure.
 QString make_tagged_photo(const QString& dir, const QString& name, const exif_tag_map& tags = {});
 
+// Appends a tEXt chunk behind the image data of the PNG at `path`, as some editors leave it.
+void append_png_text(const QString& path, const QByteArray& keyword, const QByteArray& text);
+
 // Every tag of `path` as the real ExifTool reads it, keyed with group ("ExifIFD:DateTimeOriginal").
 exif_tag_map read_back(const QString& path);
 
@@ -33,6 +38,9 @@ void clear_settings();
 
 // A shown main window registered with the application, as main() makes it.
 MainWindow* open_main_window();
+// Drags `urls` onto the window's drop area and drops them, as a file manager would; true when
+// the drop was taken.
+bool drop_urls(QWidget* window, const QList<QUrl>& urls);
 // The push button of `window` with this tool tip, or nullptr.
 QPushButton* button(QWidget* window, const QString& tool_tip);
 // Empties the shared cache of file records that the table reads from.
