@@ -4,6 +4,7 @@
 #include <ondo/language.h>
 #include <ondo/message_handler.h>
 #include <ondo/style.h>
+#include <ondo/termination_signals.h>
 
 #include <QLibraryInfo>
 #include <QTranslator>
@@ -22,6 +23,8 @@ int main(int argc, char** argv)
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling, true);
 
     ondo::application<MainWindow> app(argc, argv);
+    // A logout or Ctrl+C ends the program by the same road as its close control.
+    ondo::quit_on_termination_signals();
 
     auto* style = new ondo::proxy_style();
     style->set_tooltip_delay(2000);

@@ -77,13 +77,7 @@ private slots:
             refused.ignore();
             QApplication::sendEvent(area, &refused);
             QVERIFY(!refused.isAccepted());
-            mime.setUrls(urls);
-            QDragEnterEvent enter(centre, Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
-            QApplication::sendEvent(area, &enter);
-            QVERIFY(enter.isAccepted());
-            QDropEvent drop(centre, Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
-            QApplication::sendEvent(area, &drop);
-            QVERIFY(drop.isAccepted());
+            QVERIFY(test_support::drop_urls(window, urls));
         } else {
             QFileOpenEvent open(urls.first().toLocalFile());
             QApplication::sendEvent(qApp, &open);
