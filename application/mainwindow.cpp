@@ -67,6 +67,10 @@ MainWindow::~MainWindow() { delete ui; }
 
 bool MainWindow::event(QEvent* e)
 {
+    if (e->type() == QEvent::DeferredDelete && runs_under_way > 0) {
+        delete_after_run = true;
+        return true;
+    }
     if (e->type() != QEvent::FileOpen)
         return QMainWindow::event(e);
     const QString path = static_cast<QFileOpenEvent*>(e)->file();
@@ -226,6 +230,7 @@ void MainWindow::save_application_settings() { settings.setValue("last_load_path
 
 void MainWindow::load_files(QStringList filenames)
 {
+    const run_guard guard(this);
     load_images_progress_dialog->setRange(0, filenames.size());
     load_images_progress_dialog->setValue(0);
     QCoreApplication::processEvents();
@@ -238,6 +243,8 @@ void MainWindow::load_files(QStringList filenames)
         QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents, 50);
     }
     model->resort();
+    // An empty list never reaches the maximum that hides the dialog by itself.
+    load_images_progress_dialog->reset();
 }
 
 void MainWindow::on_button_load_images_clicked()
@@ -259,6 +266,7 @@ void MainWindow::on_button_load_images_clicked()
 
 void MainWindow::on_button_reset_clicked()
 {
+    ++resets;
     model->clear();
     ui->widget_time_adjust->clear();
     auto cache = exif_cache::instance();

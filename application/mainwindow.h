@@ -62,6 +62,18 @@ private:
     void save_application_settings();
     ondo::progress_dialog* make_progress_dialog(const QString& label);
 
+    // Held by each load, fix and undo run. A close during a run hides the window at once; its
+    // deletion waits until the outermost run has returned, so no run goes on in a deleted window.
+    struct run_guard {
+        explicit run_guard(MainWindow* window);
+        ~run_guard();
+        MainWindow* window;
+    };
+    int runs_under_way = 0;
+    bool delete_after_run = false;
+    // Counts resets, so that a run sees one that happened between two of its files.
+    int resets = 0;
+
     QSettings settings;
     Ui_MainWindow* ui;
     table_data_model* model = nullptr;

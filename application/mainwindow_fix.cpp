@@ -10,7 +10,11 @@
 #include <ondo/progress_dialog.h>
 
 #include <QCoreApplication>
+#include <QVector>
+
+#include <algorithm>
 #include <QDateTime>
+#include <QRegularExpression>
 #include <QTimeZone>
 
 namespace {
@@ -42,7 +46,36 @@ QString rebuilt_time_created(const exif_tag_map& record, QString text)
         + format_utc_offset(float(when.timeZone().offsetFromUtc(when) / 3600.0));
 }
 
+// ExifTool keeps a tag in one EXIF directory only: writing ExifIFD:DateTimeOriginal drops an
+// IFD0:DateTimeOriginal beside it. Such copies are written along with the tag, so that they keep
+// step with it and an undo can give them back.
+QStringList exif_copies(const exif_tag_map& tags, const QString& tag)
+{
+    static const QRegularExpression exif_directory(
+        QStringLiteral("^(IFD\\d+|ExifIFD|SubIFD\\d*|InteropIFD|GlobParamIFD)$"));
+    const QString group = tag.section(QLatin1Char(':'), 0, 0);
+    const QString name = tag.section(QLatin1Char(':'), 1);
+    QStringList copies;
+    if (!exif_directory.match(group).hasMatch())
+        return copies;
+    for (const auto& entry : tags) {
+        const QString other_group = entry.first.section(QLatin1Char(':'), 0, 0);
+        if (other_group != group && entry.first.section(QLatin1Char(':'), 1) == name
+            && exif_directory.match(other_group).hasMatch())
+            copies << entry.first;
+    }
+    return copies;
+}
+
 } // namespace
+
+MainWindow::run_guard::run_guard(MainWindow* window) : window(window) { ++window->runs_under_way; }
+
+MainWindow::run_guard::~run_guard()
+{
+    if (--window->runs_under_way == 0 && window->delete_after_run)
+        window->deleteLater();
+}
 
 QList<undo_entry> MainWindow::create_undo_info(const QString& path)
 {
@@ -116,23 +149,35 @@ void MainWindow::on_button_fix_time_clicked()
             return;
     }
 
+    const run_guard guard(this);
+    // The files as they stand now: a click on a column header between two files re-sorts the
+    // table, and the run must neither skip nor repeat a file because of it.
+    struct planned_file {
+        QString path;
+        QDateTime time, new_time;
+    };
+    QVector<planned_file> plan;
+    for (int row = 0; row < model->rowCount(); ++row)
+        plan.append({cell(row, 0).toString(), cell(row, 1).toDateTime(), cell(row, 2).toDateTime()});
+    const int resets_before = resets;
+
     // Only the last run can be undone.
     undo_info.clear();
     button_undo->setEnabled(false);
-    tavimo_progress_dialog->setRange(0, model->rowCount());
+    tavimo_progress_dialog->setRange(0, plan.size());
     tavimo_progress_dialog->setValue(0);
     QCoreApplication::processEvents();
 
     QStringList failed_files;
-    // The row count is read at every step: a reset pressed between two files ends the loop.
-    for (int row = 0; row < model->rowCount(); ++row) {
-        const QString path = cell(row, 0).toString();
-        const QDateTime time = cell(row, 1).toDateTime();
-        const QDateTime new_time = cell(row, 2).toDateTime();
+    // A reset pressed between two files ends the run.
+    for (int row = 0; row < plan.size() && resets == resets_before; ++row) {
+        const QString path = plan[row].path;
+        const QDateTime time = plan[row].time;
+        const QDateTime new_time = plan[row].new_time;
         if (!time.isValid() || !new_time.isValid())
             continue;
 
-        const QList<undo_entry> undo = create_undo_info(path);
+        QList<undo_entry> undo = create_undo_info(path);
         exif_tag_map record = cache->file_data[path];
         const exif_tag_map tags = cache->file_tags[path];
         const QString file_zone = record[QStringLiteral("iptc_timezone")];
@@ -159,6 +204,22 @@ void MainWindow::on_button_fix_time_clicked()
             }
         }
 
+        for (const QString& tag : time_tags(record)) {
+            if (!values.count(tag))
+                continue;
+            for (const QString& copy : exif_copies(tags, tag)) {
+                if (values.count(copy))
+                    continue;
+                values[copy] = values[tag];
+                undo << undo_entry{copy, true, tags.at(copy)};
+            }
+        }
+        // The undo deletes a tag only if this run added it; a delete of a tag the file never
+        // had would make ExifTool refuse files it can't write, and create empty records.
+        undo.erase(std::remove_if(undo.begin(), undo.end(),
+                                  [&values](const undo_entry& entry) { return !entry.existed && !values.count(entry.tag); }),
+                   undo.end());
+
         if (ondo::exiftool::write_tags(path, values))
             undo_info.insert(path, undo);
         else
@@ -167,6 +228,8 @@ void MainWindow::on_button_fix_time_clicked()
         tavimo_progress_dialog->setValue(row + 1);
         QCoreApplication::processEvents();
     }
+    // Skipped rows at the end leave the bar short of its maximum, where it would stay up.
+    tavimo_progress_dialog->reset();
 
     if (!failed_files.isEmpty()) {
         const auto answer = ondo::message_box::question(ui->centralWidget, tr("Continue?"),
@@ -182,6 +245,7 @@ void MainWindow::on_button_fix_time_clicked()
 
 void MainWindow::on_button_undo_clicked()
 {
+    const run_guard guard(this);
     tavimo_progress_dialog->setRange(0, undo_info.size());
     tavimo_progress_dialog->setValue(0);
     QCoreApplication::processEvents();
@@ -198,6 +262,7 @@ void MainWindow::on_button_undo_clicked()
         QCoreApplication::processEvents();
     }
 
+    tavimo_progress_dialog->reset();
     undo_info.clear();
     button_undo->setEnabled(false);
 }

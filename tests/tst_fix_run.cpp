@@ -7,7 +7,10 @@
 #include <ondo/application.h>
 #include <ondo/exiftool.h>
 
+#include <QFileOpenEvent>
+#include <QHeaderView>
 #include <QImage>
+#include <QProgressDialog>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTableView>
@@ -27,7 +30,9 @@ const QString undo_tip = "Undo the last set of timestamp changes";
 QStringList other_tags(const QString& path)
 {
     static const QStringList time = time_tags({}) << "IFD0:DateTimeOriginal";
-    static const QRegularExpression changing("^(System:|Composite:.*(Date|Time)|File:CurrentIPTCDigest$|Photoshop:IPTCDigest$)");
+    static const QRegularExpression changing(
+        "^(ExifTool:|System:|Composite:.*(Date|Time)|File:CurrentIPTCDigest$|Photoshop:IPTCDigest$|XMP-x:XMPToolkit$|"
+        "IPTC:ApplicationRecordVersion$|.*(Offset|Start)$)");
     QStringList kept;
     for (const QString& line : test_support::run(TAVIMO_EXIFTOOL_SCRIPT, {"-G1", "-a", "-args", "-sort", path}).split('\n')) {
         const QString tag = line.mid(1).section('=', 0, 0);
@@ -92,12 +97,14 @@ private slots:
             "ExifIFD:CreateDate=@;ExifIFD:DateTimeOriginal=@;IFD0:ModifyDate=@;IPTC:DateCreated=@+02:00;"
             "IPTC:TimeCreated=@+02:00;System:FileInodeChangeDate=@+02:00;System:FileModifyDate=@+02:00",
             "IPTC:TimeCreated=19:30:05+02:00",
-            "ExifIFD:CreateDate=#;ExifIFD:DateTimeOriginal=#;IFD0:ModifyDate=#;IPTC:DateCreated=;IPTC:TimeCreated=;"
-            "System:FileCreateDate=;XMP-photoshop:DateCreated=");
+            "ExifIFD:CreateDate=#;ExifIFD:DateTimeOriginal=#;IFD0:ModifyDate=#;IPTC:DateCreated=;IPTC:TimeCreated=");
         row("file zone kept", iptc, "",
             "ExifIFD:DateTimeOriginal=@;IPTC:DateCreated=@+05:30;IPTC:TimeCreated=@+05:30;"
             "System:FileInodeChangeDate=@+05:30;System:FileModifyDate=@+05:30",
             "System:FileModifyDate=2017:06:21 16:00:05+02:00", "");
+        row("a copy in IFD0 is written along", "ExifIFD:DateTimeOriginal=#;IFD0:DateTimeOriginal=#", "",
+            "ExifIFD:DateTimeOriginal=@;IFD0:DateTimeOriginal=@;System:FileInodeChangeDate=@;System:FileModifyDate=@",
+            "IFD0:DateTimeOriginal=@", "ExifIFD:DateTimeOriginal=#;IFD0:DateTimeOriginal=#");
         row("file zone plus entered zone", iptc, "-1.5",
             "ExifIFD:DateTimeOriginal=@;IPTC:DateCreated=@+04:00;IPTC:TimeCreated=@+04:00;"
             "System:FileInodeChangeDate=@+04:00;System:FileModifyDate=@+04:00",
@@ -105,8 +112,7 @@ private slots:
         row("IFD0 only: no ExifIFD line", "IFD0:DateTimeOriginal=#;XMP-photoshop:DateCreated=#", "",
             "IFD0:DateTimeOriginal=@;System:FileInodeChangeDate=@;System:FileModifyDate=@;XMP-photoshop:DateCreated=@",
             "IFD0:DateTimeOriginal=@",
-            "ExifIFD:CreateDate=;IFD0:DateTimeOriginal=#;IFD0:ModifyDate=;IPTC:DateCreated=;IPTC:TimeCreated=;"
-            "System:FileCreateDate=;XMP-photoshop:DateCreated=#");
+            "IFD0:DateTimeOriginal=#;XMP-photoshop:DateCreated=#");
     }
 
     void writes_and_undoes_the_worked_examples()
@@ -286,6 +292,58 @@ private slots:
         QVERIFY(!button(undo_tip)->isEnabled());
     }
 
+    // Each row is one file, made from tags ("tag=value;...") or, for "text" and "avi", from a few
+    // bytes that ExifTool can read but not write. After the fix only time tags have moved; after
+    // the undo the whole listing is back, file times included, but for what the file system and
+    // ExifTool keep by themselves and the zone an IPTC time is given back with.
+    void fix_and_undo_lose_nothing_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("tags");
+        QTest::addColumn<QString>("zone");
+        QTest::newRow("DateTimeOriginal in IFD0 and ExifIFD") << "a.jpg" << "IFD0:DateTimeOriginal=#;ExifIFD:DateTimeOriginal=#;IFD0:Make=V" << "";
+        QTest::newRow("IPTC and XMP creation dates") << "b.jpg" << "IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05+02:00;"
+                                                                   "XMP-photoshop:DateCreated=#;ExifIFD:DateTimeOriginal=#" << "";
+        QTest::newRow("IPTC without a zone") << "c.jpg" << "IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05;IPTC:Keywords=k" << "";
+        QTest::newRow("zone added to a file without IPTC") << "d.jpg" << "ExifIFD:DateTimeOriginal=#;IFD0:Model=M" << "2";
+        QTest::newRow("PNG with a chunk after its image") << "e.png" << "XMP-photoshop:DateCreated=#;XMP-dc:Title=T" << "2";
+        QTest::newRow("text named like a photo") << "x.jpg" << "text" << "";
+        QTest::newRow("AVI") << "v.avi" << "avi" << "";
+    }
+
+    void fix_and_undo_lose_nothing()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, tags);
+        QFETCH(QString, zone);
+        QString path = dir->filePath(name);
+        if (tags == "text" || tags == "avi") {
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write(tags == "text" ? QByteArray("not a photo\n")
+                                      : QByteArray("RIFF\x10\0\0\0AVI LIST\x04\0\0\0hdrl", 24));
+            QVERIFY(file.setFileTime(QDateTime(QDate(2017, 6, 21), QTime(18, 30, 5)), QFileDevice::FileModificationTime));
+            file.close();
+        } else {
+            path = photo(name, tags);
+            if (name.endsWith(".png"))
+                test_support::append_png_text(path, "Comment", "behind the image");
+        }
+        const QStringList others = other_tags(path);
+        const QStringList before = listing(path);
+
+        load_and_type({path}, "lineedit_hour", "1", zone);
+        const auto question = test_support::answer_next_box("Continue"); // an IPTC time without a zone asks
+        QCOMPARE(press(fix_tip).size(), 1);
+        question->cancelled = true;
+        QCOMPARE(other_tags(path), others);
+        QVERIFY(listing(path) != before);
+        QVERIFY(button(undo_tip)->isEnabled());
+
+        press(undo_tip);
+        QCOMPARE(listing(path), before);
+    }
+
     void fix_and_undo_touch_nothing_else()
     {
         const QStringList paths = {
@@ -311,7 +369,150 @@ private slots:
             QCOMPARE(QImage(path), pixels_before[path]);
         }
     }
+    // Crafted names beside a good photo, in a folder that comes in by a drop or an open request.
+    void crafted_names_change_no_command_data()
+    {
+        QTest::addColumn<QString>("road");
+        QTest::newRow("drop") << "drop";
+        QTest::newRow("open request") << "open";
+    }
+
+    void crafted_names_change_no_command()
+    {
+        QFETCH(QString, road);
+        QVERIFY(QDir(dir->path()).mkpath("album"));
+        const QString album = dir->filePath("album");
+        const QString good = test_support::make_tagged_photo(album, "good.jpg", test_support::tag_map(expand("ExifIFD:DateTimeOriginal=#;IFD0:Make=V")));
+        const QStringList crafted = {"\n-if\nsystem('touch X') || 1", "\n-all=\n-overwrite_original", "\n-w!\n%d%f.%e",
+                                     "a.jpg\n-stay_open\n0", "b.jpg\r"};
+        // Harmless behind the folder's absolute path: these are read and shifted like any photo.
+        const QStringList odd = {"-all=", "#c.jpg", " d.jpg"};
+        for (const QString& name : crafted + odd)
+            QVERIFY(QFile::copy(good, QDir(album).filePath(name)));
+        const QStringList names_before = QDir(album).entryList(QDir::Files | QDir::Hidden);
+        const QByteArray good_bytes = [&] { QFile f(good); f.open(QIODevice::ReadOnly); return f.readAll(); }();
+
+        window = test_support::open_main_window();
+        if (road == "drop") {
+            QVERIFY(test_support::drop_urls(window, {QUrl::fromLocalFile(album)}));
+        } else {
+            QFileOpenEvent open(album);
+            QApplication::sendEvent(qApp, &open);
+        }
+        QCOMPARE(rows(), crafted.size() + odd.size() + 1);
+        for (const QString& name : crafted) // refused at load: nothing read of them
+            QVERIFY(exif_cache::instance()->file_tags.at(QDir(album).filePath(name)).empty());
+        QCOMPARE(QFile(good).open(QIODevice::ReadOnly) ? QFile(good).size() : -1, qint64(good_bytes.size()));
+
+        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
+        const auto shown = test_support::answer_next_box("Keep changes");
+        press(fix_tip);
+        shown->cancelled = true;
+        QVERIFY(shown->answered);
+        QVERIFY(shown->text.startsWith(QString("The following %1 files could not be fixed:").arg(crafted.size())));
+        for (const QString& name : crafted)
+            QVERIFY(shown->text.contains(QDir(album).filePath(name)));
+        for (const QString& name : odd + QStringList{"good.jpg"}) {
+            const exif_tag_map now = test_support::read_back(QDir(album).filePath(name));
+            QCOMPARE(now.at("ExifIFD:DateTimeOriginal"), expand("@"));
+            QCOMPARE(now.at("IFD0:Make"), QString("V"));
+        }
+        QCOMPARE(QDir(album).entryList(QDir::Files | QDir::Hidden), names_before);
+        QVERIFY(!QFile::exists("X") && !QFile::exists(dir->filePath("X")) && !QFile::exists(QDir(album).filePath("X")));
+    }
+
+    // The window is closed from a timer while a run is under way, as main sets it up: the run
+    // goes on to its last file, and the window goes only once the run has returned.
+    void closing_during_a_run_data()
+    {
+        QTest::addColumn<QString>("run");
+        QTest::newRow("load") << "load";
+        QTest::newRow("fix") << "fix";
+        QTest::newRow("undo") << "undo";
+    }
+
+    void closing_during_a_run()
+    {
+        QFETCH(QString, run);
+        QStringList paths;
+        for (int i = 0; i < 6; ++i)
+            paths << photo(QString("p%1.jpg").arg(i), "ExifIFD:DateTimeOriginal=#");
+        QGuiApplication::setQuitOnLastWindowClosed(false);
+        window = test_support::open_main_window();
+        window->setAttribute(Qt::WA_DeleteOnClose, true);
+        if (run != "load") {
+            window->load_files(paths);
+            QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
+        }
+        if (run == "undo")
+            button(fix_tip)->click();
+
+        QTimer::singleShot(0, window.data(), [this] { window->close(); });
+        if (run == "load")
+            window->load_files(paths);
+        else
+            button(run == "fix" ? fix_tip : undo_tip)->click();
+        QVERIFY(window); // still there when the run returns
+        QVERIFY(!window->isVisible());
+        if (run == "load")
+            QCOMPARE(rows(), paths.size());
+        for (const QString& path : paths)
+            if (run != "load")
+                QCOMPARE(test_support::read_back(path).at("ExifIFD:DateTimeOriginal"), expand(run == "fix" ? "@" : "#"));
+        QTRY_VERIFY(!window);
+        QGuiApplication::setQuitOnLastWindowClosed(true);
+    }
+
+    // A click on a column header between two files re-sorts the table; the run still writes every
+    // file once. Then its dialog is gone, as it is after an empty load and after a run whose last
+    // row had no time to write.
+    void runs_survive_resorting_and_hide_their_dialogs()
+    {
+        QStringList paths;
+        for (int i = 0; i < 6; ++i)
+            paths << photo(QString("p%1.jpg").arg(i), "ExifIFD:DateTimeOriginal=#");
+        window = test_support::open_main_window();
+        window->load_files({});
+        for (QProgressDialog* dialog : window->findChildren<QProgressDialog*>())
+            QVERIFY(!dialog->isVisible());
+        window->load_files(paths + QStringList{dir->filePath("zz missing.jpg")});
+        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
+
+        auto* header = window->findChild<QTableView*>()->horizontalHeader();
+        int clicks = 0;
+        QTimer resort;
+        connect(&resort, &QTimer::timeout, &resort, [&] {
+            QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, QPoint(header->sectionViewportPosition(0) + 5, 5));
+            ++clicks;
+        });
+        resort.start(0);
+        const auto writes = press(fix_tip);
+        resort.stop();
+        QVERIFY(clicks >= 2);
+        QCOMPARE(writes.size(), paths.size());
+        for (const QString& path : paths)
+            QCOMPARE(test_support::read_back(path).at("ExifIFD:DateTimeOriginal"), expand("@"));
+        for (QProgressDialog* dialog : window->findChildren<QProgressDialog*>())
+            QVERIFY(!dialog->isVisible());
+    }
+
 private:
+    // The whole listing, all duplicates included, but for what moves by itself.
+    static QStringList listing(const QString& path)
+    {
+        static const QRegularExpression own("^-(System:File(Access|InodeChange)Date|File:CurrentIPTCDigest|Photoshop:IPTCDigest|"
+                                            "XMP-x:XMPToolkit|ExifTool:[A-Za-z]+)=|^-[^=]*(Offset|Start)=");
+        QStringList kept;
+        for (QString line : test_support::run(TAVIMO_EXIFTOOL_SCRIPT, {"-G1", "-a", "-args", "-sort", path}).split('\n')) {
+            if (own.match(line).hasMatch())
+                continue;
+            // An IPTC time comes back at +00:00, with its clock reading; so do the dates made from it.
+            if (line.startsWith("-IPTC:TimeCreated=") || line.startsWith("-Composite:"))
+                line.replace(QRegularExpression("[+-]\\d\\d:\\d\\d$"), "");
+            kept << line;
+        }
+        return kept;
+    }
     // A photo with `tags` ("tag=value;..."); an IPTC:TimeCreated without zone is stored so.
     QString photo(const QString& name, const QString& tags);
     // Opens the window on `paths` and types the offset (and the zone, if any).
