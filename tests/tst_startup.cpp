@@ -1,7 +1,10 @@
 #include <QElapsedTimer>
+#include <QImage>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <csignal>
 
 // Starts the program's main as a user would, with a home of its own and a stand-in "perl" first
 // on PATH that leaves a mark if anybody ever starts it. The driver closes the window after 1.5 s.
@@ -40,7 +43,88 @@ private slots:
         QVERIFY2(out.contains("visible: MainWindow 800x700"), qPrintable(out));
         QVERIFY(!QFile::exists(dir.filePath("perl_started")));
     }
+
+    void ended_from_outside_data();
+    void ended_from_outside();
+
+private:
+    static qint64 child_of(qint64 parent);
+    static bool is_running(qint64 pid);
 };
+
+// The program with a photo opened by the system, so that its ExifTool child runs; then ended
+// from outside. A termination signal takes the normal quit road, with the child stopped in
+// stages; a killed program's child ends by itself.
+void tst_startup::ended_from_outside_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::newRow("SIGTERM") << int(SIGTERM);
+    QTest::newRow("SIGINT") << int(SIGINT);
+    QTest::newRow("SIGHUP") << int(SIGHUP);
+    QTest::newRow("SIGKILL") << int(SIGKILL);
+}
+
+void tst_startup::ended_from_outside()
+{
+    QFETCH(int, signal);
+    QTemporaryDir dir;
+    QVERIFY(QDir(dir.path()).mkpath("home"));
+    QImage photo(16, 16, QImage::Format_RGB32);
+    photo.fill(Qt::gray);
+    QVERIFY(photo.save(dir.filePath("photo.jpg")));
+
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("HOME", dir.filePath("home"));
+    env.insert("XDG_CONFIG_HOME", dir.filePath("home/.config"));
+    env.insert("QT_QPA_PLATFORM", "offscreen");
+    env.insert("TAVIMO_LOOK_FILES", dir.filePath("photo.jpg"));
+    QProcess program;
+    program.setProcessEnvironment(env);
+    program.start(TAVIMO_BIN_DIR "/tavimo_look", QStringList());
+    QVERIFY(program.waitForStarted());
+
+    // The child is a perl whose parent is the program.
+    qint64 child = 0;
+    QTRY_VERIFY_WITH_TIMEOUT((child = child_of(program.processId())) != 0, 30000);
+    QTest::qWait(300); // the load's read has come back
+    ::kill(pid_t(program.processId()), signal);
+    QVERIFY(program.waitForFinished(30000));
+    if (signal == SIGKILL) {
+        QCOMPARE(program.exitStatus(), QProcess::CrashExit);
+    } else {
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 0);
+        const QString out = QString::fromUtf8(program.readAllStandardOutput());
+        QVERIFY2(out.contains("Worker shutdown: Ok"), qPrintable(out));
+    }
+    QTRY_VERIFY_WITH_TIMEOUT(!is_running(child), 10000);
+}
+
+// The first process whose parent is `parent` and whose command is perl, or 0.
+qint64 tst_startup::child_of(qint64 parent)
+{
+    for (const QString& entry : QDir("/proc").entryList(QDir::Dirs)) {
+        QFile stat("/proc/" + entry + "/stat");
+        if (!entry.toLongLong() || !stat.open(QIODevice::ReadOnly))
+            continue;
+        // "pid (comm) state ppid ...": the command may hold blanks, so fields count from its ')'.
+        const QByteArray text = stat.readAll();
+        const QList<QByteArray> fields = text.mid(text.lastIndexOf(')') + 2).split(' ');
+        if (text.contains("(perl)") && fields.value(1).toLongLong() == parent)
+            return entry.toLongLong();
+    }
+    return 0;
+}
+
+// Gone, or a zombie waiting for a parent that doesn't reap.
+bool tst_startup::is_running(qint64 pid)
+{
+    QFile stat(QString("/proc/%1/stat").arg(pid));
+    if (!stat.open(QIODevice::ReadOnly))
+        return false;
+    const QByteArray text = stat.readAll();
+    return text.mid(text.lastIndexOf(')') + 2, 1) != "Z";
+}
 
 QTEST_GUILESS_MAIN(tst_startup)
 #include "tst_startup.moc"

@@ -184,14 +184,19 @@ std::mutex capture_mutex;
 QStringList captured;
 QtMessageHandler previous_handler = nullptr;
 
+// The worker thread may log while the test thread removes the capture, so the handler to pass
+// on to is read under the lock too.
 void capture(QtMsgType type, const QMessageLogContext& context, const QString& message)
 {
-    if (context.category && QByteArray(context.category) == "exiftool") {
+    QtMessageHandler next = nullptr;
+    {
         std::lock_guard<std::mutex> lock(capture_mutex);
-        captured << message;
+        if (context.category && QByteArray(context.category) == "exiftool")
+            captured << message;
+        next = previous_handler;
     }
-    if (previous_handler)
-        previous_handler(type, context, message);
+    if (next)
+        next(type, context, message);
 }
 
 } // namespace
@@ -231,7 +236,11 @@ log_capture::log_capture()
     previous_handler = qInstallMessageHandler(capture);
 }
 
-log_capture::~log_capture() { qInstallMessageHandler(previous_handler); }
+log_capture::~log_capture()
+{
+    std::lock_guard<std::mutex> lock(capture_mutex);
+    qInstallMessageHandler(previous_handler);
+}
 
 QStringList log_capture::lines() const
 {
