@@ -12,6 +12,7 @@ class Ui_MainWindow;
 class table_data_model;
 
 namespace ondo {
+class application_log;
 class button_dark;
 class progress_dialog;
 } // namespace ondo
@@ -63,6 +64,7 @@ private:
     ondo::progress_dialog* make_progress_dialog(const QString& label);
 
     QSettings settings;
+    ondo::application_log* log;
     Ui_MainWindow* ui;
     table_data_model* model = nullptr;
     ondo::progress_dialog* tavimo_progress_dialog = nullptr;
