@@ -105,8 +105,9 @@ application_log::~application_log()
         window->close();
         poll_timer.stop();
     }
-    // The event loop may be gone already, so the window can't wait for a deferred delete.
-    delete window;
+    // Not deleted here: the log goes with the application object, after which a widget can no
+    // longer be destroyed safely.
+    window->deleteLater();
 }
 
 void application_log::install()
