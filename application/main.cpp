@@ -1,6 +1,7 @@
 #include "mainwindow.h"
 
 #include <ondo/application.h>
+#include <ondo/application_log.h>
 #include <ondo/language.h>
 #include <ondo/message_handler.h>
 #include <ondo/style.h>
@@ -45,6 +46,8 @@ int main(int argc, char** argv)
         translators[i]->load(catalogues[i][0], catalogues[i][1]);
         QCoreApplication::installTranslator(translators[i]);
     }
+
+    ondo::application_log::init(&app);
 
     app.main_window = new MainWindow();
     QGuiApplication::setQuitOnLastWindowClosed(true);

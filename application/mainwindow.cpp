@@ -4,6 +4,8 @@
 #include "table_data_model.h"
 #include "ui_mainwindow.h"
 
+#include <ondo/application_information_box.h>
+#include <ondo/application_log.h>
 #include <ondo/button_dark.h>
 #include <ondo/exiftool_data.h>
 #include <ondo/language.h>
@@ -41,9 +43,10 @@ ondo::button_dark* make_button(QWidget* parent, int width, int height, const QSt
 
 } // namespace
 
-MainWindow::MainWindow(QWidget* parent) : ondo::main_window(parent), ui(new Ui_MainWindow)
+MainWindow::MainWindow(QWidget* parent)
+    : ondo::main_window(parent), log(ondo::application_log::instance()), ui(new Ui_MainWindow)
 {
-    // The log shortcuts (Ctrl+Shift+L and Ctrl+Shift+R) are installed here once the log exists.
+    ondo::install_log_shortcuts(log, this);
 
     QFontDatabase::addApplicationFont(":/images/FreeSans.ttf");
     QFontDatabase::addApplicationFont(":/images/FreeSansBold.ttf");
@@ -58,7 +61,7 @@ MainWindow::MainWindow(QWidget* parent) : ondo::main_window(parent), ui(new Ui_M
     setup_tavimo_progress_dialog();
     setup_load_images_progress_dialog();
     setup_inter_widget_connections();
-    // The application information box (Ctrl+Shift+G) is installed here once it exists.
+    ondo::application_information_box::install(this, {});
     load_application_settings();
     ui->widget_time_adjust->init_focus();
 }

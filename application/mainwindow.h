@@ -12,6 +12,7 @@ class Ui_MainWindow;
 class table_data_model;
 
 namespace ondo {
+class application_log;
 class button_dark;
 class progress_dialog;
 } // namespace ondo
@@ -75,6 +76,7 @@ private:
     int resets = 0;
 
     QSettings settings;
+    ondo::application_log* log;
     Ui_MainWindow* ui;
     table_data_model* model = nullptr;
     ondo::progress_dialog* tavimo_progress_dialog = nullptr;

@@ -1,0 +1,62 @@
+#include <ondo/application_information_box.h>
+#include <ondo/git_version.h>
+
+#include "test_support.h"
+
+#include <QApplication>
+#include <QRegularExpression>
+#include <QShortcut>
+#include <QSysInfo>
+#include <QtTest>
+
+class tst_application_information_box : public QObject {
+    Q_OBJECT
+
+private slots:
+    // All three components come from this one repository, so they carry one revision; a build
+    // outside a checkout says "unknown".
+    void versions_formatted()
+    {
+        const QString revision = QString::fromStdString(git_version::version());
+        QVERIFY2(QRegularExpression("^([0-9a-f]{7,}(-dirty)?|unknown)$").match(revision).hasMatch(), qPrintable(revision));
+        QCOMPARE(QString::fromStdString(git_version::versions_formatted()),
+            QString("Component: application\tVersion: %1\nComponent: ondo_infrastructure\tVersion: %1\n"
+                    "Component: ondo_toolkit\tVersion: %1\n").arg(revision));
+    }
+
+    void box_on_shortcut()
+    {
+        QWidget parent;
+        ondo::application_information_box::install(&parent, {{"b", "2"}, {"a", "1"}});
+        auto* shortcut = parent.findChild<QShortcut*>();
+        QVERIFY(shortcut);
+        QCOMPARE(shortcut->key(), QKeySequence("Ctrl+Shift+G"));
+        QCOMPARE(shortcut->context(), Qt::ApplicationShortcut);
+
+        const auto seen = test_support::answer_next_box("OK");
+        QMetaObject::invokeMethod(shortcut, "activated");
+        QCOMPARE(seen->title, QString("Application Information"));
+        // The library and this test come from the same compiler.
+#if defined(__clang__)
+        const QString compiler = QString("clang Version: \"%1.%2.%3\"").arg(__clang_major__).arg(__clang_minor__).arg(__clang_patchlevel__);
+#else
+        const QString compiler = QString("gcc Version: \"%1.%2.%3\"").arg(__GNUC__).arg(__GNUC_MINOR__).arg(__GNUC_PATCHLEVEL__);
+#endif
+        const QRegularExpression text("^OS: " + QRegularExpression::escape(QSysInfo::prettyProductName()) + "\nABI: "
+            + QRegularExpression::escape(QSysInfo::buildAbi()) + "\n" + QRegularExpression::escape(compiler)
+            + "\n\nApplication: Tavimo\nVersion: 2\\.1\\.2\nBuild: [A-Z][a-z]{2} [ 1-3]\\d \\d{4} \\d\\d:\\d\\d:\\d\\d\n\n"
+            + QRegularExpression::escape(QString::fromStdString(git_version::versions_formatted())) + "\na:\t\t1\nb:\t\t2\n$");
+        QVERIFY2(text.match(seen->text).hasMatch(), qPrintable(seen->text));
+    }
+};
+
+int main(int argc, char** argv)
+{
+    QApplication app(argc, argv);
+    QCoreApplication::setApplicationName("Tavimo");
+    QCoreApplication::setApplicationVersion("2.1.2");
+    tst_application_information_box test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_application_information_box.moc"

@@ -1,0 +1,311 @@
+#include <ondo/application_log.h>
+
+#include "test_support.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QLineEdit>
+#include <QProcess>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QTabWidget>
+#include <QTemporaryDir>
+#include <QTextEdit>
+#include <QtTest>
+
+#include <atomic>
+#include <iostream>
+#include <thread>
+
+namespace {
+
+QWidget* log_window()
+{
+    for (QWidget* widget : QApplication::topLevelWidgets())
+        if (widget->windowTitle() == "Application Log")
+            return widget;
+    return nullptr;
+}
+
+QTextEdit* page(const QString& name)
+{
+    auto* tabs = log_window()->findChild<QTabWidget*>();
+    for (int i = 0; i < tabs->count(); ++i)
+        if (tabs->tabText(i) == name)
+            return qobject_cast<QTextEdit*>(tabs->widget(i));
+    return nullptr;
+}
+
+QLineEdit* filter() { return log_window()->findChild<QLineEdit*>(); }
+
+QPushButton* push_button(const QString& text)
+{
+    for (QPushButton* button : log_window()->findChildren<QPushButton*>())
+        if (button->text() == text)
+            return button;
+    return nullptr;
+}
+
+// A long single write with a running count, so that a lost or doubled character shows.
+std::string counted(const char* tag, int count)
+{
+    std::string text;
+    for (int i = 0; i < count; ++i)
+        text += tag + std::to_string(10000 + i) + ",";
+    return text;
+}
+
+QString token(int thread, int index) { return QString::asprintf("[t%d:%04d]", thread, index); }
+constexpr int thread_count = 8;
+constexpr int tokens_per_thread = 250;
+
+void spin(int ms)
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (clock.elapsed() < ms)
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+}
+
+// The child's half of the stream tests: writes, then leaves what the window showed in the file
+// named by TST_LOG_RESULT.
+int child(const QByteArray& mode)
+{
+    ondo::application_log::init(qApp);
+    QFile result(qEnvironmentVariable("TST_LOG_RESULT"));
+    result.open(QIODevice::WriteOnly);
+    if (mode == "streams") {
+        std::cout << "first line\n" << std::flush;
+        std::cerr << "Zeitüberschreitung ✓\n" << std::flush;
+        const std::string out = counted("o", 300), err = counted("e", 300);
+        std::cout.write(out.data(), static_cast<std::streamsize>(out.size())).flush();
+        std::cerr.write(err.data(), static_cast<std::streamsize>(err.size())).flush();
+        std::cout << "<b>not bold</b>" << std::endl;
+        spin(350); // three drains with the window still closed
+        const QString before = page("Tavimo")->toPlainText();
+        ondo::application_log::instance()->open_log_window();
+        QElapsedTimer clock;
+        clock.start();
+        while (page("Tavimo")->toPlainText().isEmpty() && clock.elapsed() < 5000)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+        const QString first = page("Tavimo")->toPlainText();
+        spin(300);
+        result.write(QString("%1\n%2\n%3\n").arg(before.size()).arg(clock.elapsed() > 5000 ? -1 : int(first.size() > 0)).arg(first == page("Tavimo")->toPlainText() ? "true" : "false").toUtf8());
+    } else {
+        ondo::application_log::instance()->open_log_window();
+        std::atomic<int> finished{0};
+        std::vector<std::thread> threads;
+        for (int t = 0; t < thread_count; ++t)
+            threads.emplace_back([t, &finished] {
+                for (int i = 0; i < tokens_per_thread; ++i) {
+                    std::ostream& stream = i % 2 ? std::cerr : std::cout;
+                    stream << token(t, i).toStdString();
+                    if (i % 7 == 0)
+                        stream << std::flush;
+                }
+                std::cout.flush();
+                ++finished;
+            });
+        while (finished < thread_count)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 5); // drains run meanwhile
+        for (std::thread& thread : threads)
+            thread.join();
+        spin(300);
+    }
+    result.write(page("Tavimo")->toPlainText().toUtf8());
+    return 0;
+}
+
+struct child_run {
+    QByteArray out, err, page;
+};
+
+child_run run_child(const QByteArray& mode)
+{
+    QTemporaryDir dir;
+    const QString result = dir.filePath("page");
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("TST_LOG_CHILD", mode);
+    environment.insert("TST_LOG_RESULT", result);
+    process.setProcessEnvironment(environment);
+    process.start(QCoreApplication::applicationFilePath(), QStringList());
+    process.waitForFinished(60000);
+    if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
+        qWarning("the child ended with %d", process.exitCode());
+    QFile file(result);
+    file.open(QIODevice::ReadOnly);
+    // Qt may warn about its runtime folder on standard error; that isn't the child's output.
+    return {process.readAllStandardOutput(), process.readAllStandardError(), file.readAll()};
+}
+
+} // namespace
+
+class tst_application_log : public QObject {
+    Q_OBJECT
+
+    QStringList called;
+
+private slots:
+    void initTestCase()
+    {
+        ondo::application_log::instance()->add_command("HE", [this](const QString& rest) { called << "he" + rest; }, true);
+        ondo::application_log::instance()->open_log_window();
+    }
+    void cleanup() { filter()->clear(); }
+
+    // Both sinks get every byte, in order; the window gets nothing before it opens, and then all
+    // of it in one drain.
+    void streams_reach_both_sinks()
+    {
+        const child_run run = run_child("streams");
+        const QByteArray out = "first line\n" + QByteArray::fromStdString(counted("o", 300)) + "<b>not bold</b>\n";
+        const QByteArray err = "Zeitüberschreitung ✓\n" + QByteArray::fromStdString(counted("e", 300));
+        QCOMPARE(run.out, out);
+        QCOMPARE(run.err, err);
+        const QList<QByteArray> lines = run.page.split('\n');
+        QCOMPARE(lines.mid(0, 3), QList<QByteArray>({"0", "1", "true"})); // empty before, then all at once
+        QCOMPARE(lines.mid(3).join('\n'), "first line\nZeitüberschreitung ✓\n" + QByteArray::fromStdString(counted("o", 300))
+            + QByteArray::fromStdString(counted("e", 300)) + "<b>not bold</b>\n");
+    }
+
+    void many_threads_lose_nothing()
+    {
+        const child_run run = run_child("threads");
+        const QString page = QString::fromUtf8(run.page), out = QString::fromUtf8(run.out), err = QString::fromUtf8(run.err);
+        QCOMPARE(page.size(), thread_count * tokens_per_thread * token(0, 0).size());
+        for (int t = 0; t < thread_count; ++t)
+            for (int i = 0; i < tokens_per_thread; ++i) {
+                QCOMPARE(page.count(token(t, i)), 1);
+                QCOMPARE((i % 2 ? err : out).count(token(t, i)), 1);
+            }
+    }
+
+    void filtering_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("filter");
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("no filter") << "a\n\nb <i>x</i>\n" << "" << "a\n\nb <i>x</i>\n";
+        QTest::newRow("any case") << "Error: disk full\nok\nERRORS\n" << "error" << "Error: disk full\nERRORS\n";
+        QTest::newRow("empty lines go") << "a\n\n\nab\n" << "a" << "a\nab\n";
+        QTest::newRow("no pattern") << "a.b\naxb\n" << "a.b" << "a.b\n";
+        QTest::newRow("nothing matches") << "a\nb\n" << "z" << "";
+    }
+
+    void filtering()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, filter);
+        QFETCH(QString, shown);
+        ::filter()->setText(filter);
+        const QString name = QString("page ") + QTest::currentDataTag();
+        ondo::application_log::instance()->add_data(name, text.left(2));
+        ondo::application_log::instance()->add_data(name, text.mid(2));
+        QCOMPARE(page(name)->toPlainText(), shown);
+    }
+
+    void commands_data()
+    {
+        QTest::addColumn<QString>("input");
+        QTest::addColumn<bool>("help_runs");
+        QTest::addColumn<QString>("he_got");
+        QTest::addColumn<QString>("left_in_box");
+        QTest::newRow("help") << "help" << true << "" << "";
+        QTest::newRow("upper case") << "HELP" << true << "" << "";
+        QTest::newRow("no blank needed") << "helpme" << true << "" << "";
+        QTest::newRow("rest as typed") << "He Said" << false << " Said" << "";
+        QTest::newRow("shorter name") << "hel" << false << "l" << "";
+        QTest::newRow("no command") << "xhelp" << false << "" << "xhelp";
+    }
+
+    void commands()
+    {
+        QFETCH(QString, input);
+        QFETCH(bool, help_runs);
+        QFETCH(QString, he_got);
+        QFETCH(QString, left_in_box);
+        called.clear();
+        QTextEdit* main_page = page("Tavimo");
+        const int listings = main_page->toPlainText().count("List of commands:");
+
+        filter()->setText(input);
+        QTest::keyClick(filter(), Qt::Key_Return);
+        QCOMPARE(filter()->text(), left_in_box);
+        QCOMPARE(called, he_got.isEmpty() ? QStringList() : QStringList{"he" + he_got});
+        if (help_runs) {
+            // The listing comes back through the tap; the hidden command isn't in it.
+            QTRY_COMPARE(main_page->toPlainText().count("List of commands:"), listings + 1);
+            QVERIFY(main_page->toPlainText().endsWith("List of commands:\n    help\n"));
+        } else {
+            QTest::qWait(250);
+            filter()->clear();
+            QCOMPARE(main_page->toPlainText().count("List of commands:"), listings);
+        }
+    }
+
+    void save_to_desktop()
+    {
+        QTemporaryDir home;
+        qputenv("HOME", home.path().toLocal8Bit());
+        qputenv("XDG_CONFIG_HOME", home.filePath("config").toLocal8Bit());
+        ondo::application_log::instance()->add_data("second", "second page\n");
+        const QString main_text = page("Tavimo")->toPlainText();
+
+        const auto seen = test_support::answer_next_box("OK");
+        push_button("Save to disk")->click();
+        QCOMPARE(seen->title, QString("Application logs saved"));
+        const QStringList saved = QDir(home.filePath("Desktop")).entryList(QDir::Files);
+        QCOMPARE(saved.size(), 1);
+        QVERIFY2(QRegularExpression("^Tavimo Log \\d{10}\\.log$").match(saved.first()).hasMatch(), qPrintable(saved.first()));
+        QCOMPARE(seen->text, "The application logs were saved to\n" + home.filePath("Desktop/" + saved.first()));
+
+        QFile file(home.filePath("Desktop/" + saved.first()));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QString report = QString::fromUtf8(file.readAll());
+        const QString line(80, '-');
+        const QRegularExpression layout("^Application: Tavimo \\(2\\.1\\.2\\)\nInstalled at: "
+            + QRegularExpression::escape(QCoreApplication::applicationDirPath()) + "\nDate: [^\n]+\n" + line
+            + "\n(Interface: [^\n]+ \\([^\n]*\\) HW: [^\n]*\n\t[A-Za-z|]*\n(\tAddress: [^\n]+/\\d+\n)*)*" + line + "\n\n"
+            + QRegularExpression::escape(main_text) + "(\n\n" + line + "\nApplication: page [^\n]+\n[^-]*)*\n\n" + line
+            + "\nApplication: second\nsecond page\n$");
+        QVERIFY2(layout.match(report).hasMatch(), qPrintable(report));
+    }
+
+    void save_to_unwritable_desktop()
+    {
+        QTemporaryDir home;
+        qputenv("HOME", home.path().toLocal8Bit());
+        qputenv("XDG_CONFIG_HOME", home.filePath("config").toLocal8Bit());
+        // Root may write anywhere, so the desktop is a file instead of a folder.
+        QFile blocker(home.filePath("Desktop"));
+        QVERIFY(blocker.open(QIODevice::WriteOnly));
+        blocker.close();
+
+        QSharedPointer<test_support::seen_box> second;
+        const auto first = test_support::answer_next_box("OK", [&](QDialog*) { second = test_support::answer_next_box("OK", {}, 2000); });
+        push_button("Save to disk")->click();
+        QCOMPARE(first->title, QString("Failed to save application logs"));
+        QVERIFY(first->text.startsWith("Can't save the application logs to\nTavimo Log "));
+        QVERIFY(second && !second->answered);
+        second->cancelled = true;
+    }
+};
+
+int main(int argc, char** argv)
+{
+    // Qt's own warnings would mix with what the child writes to its standard error.
+    if (qEnvironmentVariableIsSet("TST_LOG_CHILD"))
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+    QApplication app(argc, argv);
+    QCoreApplication::setApplicationName("Tavimo");
+    QCoreApplication::setApplicationVersion("2.1.2");
+    if (qEnvironmentVariableIsSet("TST_LOG_CHILD"))
+        return child(qgetenv("TST_LOG_CHILD"));
+    ondo::application_log::init(&app);
+    tst_application_log test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_application_log.moc"
