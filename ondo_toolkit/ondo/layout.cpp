@@ -7,6 +7,7 @@
 #include <QWidget>
 
 #include <algorithm>
+#include <set>
 
 namespace ondo {
 namespace qt {
@@ -147,7 +148,18 @@ layout::layout(int wrap, bool fill_by_rows_first) : QLayout(), fill_by_rows_firs
 {
 }
 
-layout::~layout() = default;
+layout::~layout()
+{
+    // Backgrounds that never reached a parent belong to no one; copies of a cell share one.
+    std::set<QWidget*> unplaced;
+    for (auto& entry : cells) {
+        QWidget* background = entry.second.background;
+        if (background && !background->parentWidget())
+            unplaced.insert(background);
+    }
+    for (QWidget* background : unplaced)
+        delete background;
+}
 
 void layout::step(cell_position& place) const
 {
@@ -435,7 +447,10 @@ void layout::setGeometry(const QRect& rect)
                 c.background->move(int(h.position - c.padding_left), int(v.position - c.padding_top));
                 c.background->setFixedSize(clamped(h.inner + c.padding_left + c.padding_right),
                     clamped(v.inner + c.padding_top + c.padding_bottom));
-                adopt(c.background);
+                if (c.background->parentWidget() != parent) {
+                    adopt(c.background);
+                    c.background->lower(); // behind every content widget, also of earlier cells
+                }
             }
             // Only content moves the line on: covered places and empty cells take no room.
             if (c.widget) {

@@ -92,6 +92,7 @@ public:
     // the column instead of along the row.
     layout(QWidget* parent, int wrap = 0, bool fill_by_rows_first = false);
     explicit layout(int wrap = 0, bool fill_by_rows_first = false);
+    // Deletes the backgrounds that never reached a parent; leaves widgets_in_cells as it is.
     ~layout() override;
 
     void add_(cell c);
