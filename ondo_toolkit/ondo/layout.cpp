@@ -212,7 +212,8 @@ void layout::add_(cell c)
     const cell_position place = cursor;
     c.column = place.column;
     c.row = place.row;
-    cell& stored = cells[place] = c;
+    // Not operator[]: a default cell would make a background of its own.
+    cell& stored = cells.insert_or_assign(place, c).first->second;
     if (stored.widget)
         widgets_in_cells[stored.widget] = &stored;
     recalc_spannings();
@@ -244,7 +245,8 @@ void layout::add_(cell c, unsigned column, unsigned row, bool skip_spannings)
     const cell_position place{int(column), int(row)};
     c.column = place.column;
     c.row = place.row;
-    cell& stored = cells[place] = c;
+    // Not operator[]: a default cell would make a background of its own.
+    cell& stored = cells.insert_or_assign(place, c).first->second;
     if (stored.widget)
         widgets_in_cells[stored.widget] = &stored;
     if (!skip_spannings)
@@ -298,7 +300,7 @@ void layout::connect_click(QAbstractButton* button, const std::function<void()>&
 {
     const cell_position place = last;
     QObject::connect(button, &QAbstractButton::clicked, this, [this, place, on_click] {
-        current_cell = &cells[place];
+        current_cell = &cells.at(place);
         on_click();
     });
 }
