@@ -57,9 +57,17 @@ namespace {
 // again even when its guard against repeated passes has closed.
 void shake(QWidget* window)
 {
+    if (!window)
+        return;
     const QSize size = window->size();
     window->resize(size.width(), size.height() + 1);
     window->resize(size);
+}
+
+// The top-level window above the layout's widget; null while the layout has no widget yet.
+QWidget* window_of(const layout* owner)
+{
+    return owner->parentWidget() ? owner->parentWidget()->window() : nullptr;
 }
 
 int& table_entry(std::vector<int>& table, int index)
@@ -73,7 +81,7 @@ int& table_entry(std::vector<int>& table, int index)
 
 void cell::resize_column(int new_width, float)
 {
-    QWidget* window = owner->parentWidget()->window();
+    QWidget* window = window_of(owner);
     int& entry = table_entry(owner->column_widths, column < 0 ? owner->last.column : column);
     if (entry == new_width)
         return;
@@ -83,18 +91,19 @@ void cell::resize_column(int new_width, float)
 
 void cell::resize_row(int new_height, float)
 {
-    QWidget* window = owner->parentWidget()->window();
+    QWidget* window = window_of(owner);
     int& entry = table_entry(owner->row_heights, row < 0 ? owner->last.row : row);
     if (entry == new_height)
         return;
     entry = new_height;
     shake(window);
-    window->repaint();
+    if (window)
+        window->repaint();
 }
 
 void cell::resize_row_column(int new_width, int new_height, float)
 {
-    QWidget* window = owner->parentWidget()->window();
+    QWidget* window = window_of(owner);
     const int c = column < 0 ? owner->last.column : column;
     const int r = row < 0 ? owner->last.row : row;
     const auto stored = [](const std::vector<int>& table, int index) {
