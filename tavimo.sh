@@ -7,7 +7,7 @@ set -euo pipefail
 cd "$(dirname "$0")"
 
 packages=(g++ cmake make perl qtbase5-dev qtbase5-dev-tools qttools5-dev qttools5-dev-tools
-          libqt5svg5-dev libimage-exiftool-perl fonts-freefont-ttf xvfb xauth)
+          libqt5svg5-dev libimage-exiftool-perl fonts-freefont-ttf icc-profiles-free xvfb xauth)
 
 install_packages() {
     local missing=()

@@ -3,7 +3,7 @@
 //
 //   tavimo_draw_artwork <output folder> <font folder>
 //
-// Writes gui/... (the toolkit's frames and glyphs) and images/... (the application's icons,
+// Writes gui/... (the toolkit's frames, glyphs and the pictures of its further widgets) and images/... (the application's icons,
 // logo, header and drop pictures) below the output folder. Icons are white with their shape in
 // the alpha channel: buttons recolour them and keep only the alpha.
 
@@ -13,6 +13,7 @@
 #include <QGuiApplication>
 #include <QImage>
 #include <QLinearGradient>
+#include <QRadialGradient>
 #include <QPainter>
 #include <QPainterPath>
 #include <QtMath>
@@ -500,6 +501,215 @@ void draw_application_pictures()
     save(drop_picture(QString::fromUtf8("Bilder hier ablegen")), "images/drop_images_here_de.png");
 }
 
+// ---------------------------------------------------------------------------------------------
+// The toolkit's further widget families, which this application doesn't show: fader, rotary
+// knob, colour cone, graphics view, LEDs and the glyphs of round and small buttons. Same
+// palette, same flat bevels, nothing more.
+
+void draw_fader()
+{
+    // Groove: a sunken 3-pixel border image, stretched along the fader.
+    QImage groove = canvas(12, 8);
+    draw(groove, [](QPainter& p) {
+        p.setRenderHint(QPainter::Antialiasing, false);
+        p.fillRect(0, 0, 12, 8, QColor(16, 16, 16));
+        p.fillRect(1, 1, 10, 6, QColor(30, 30, 30));
+        p.fillRect(1, 6, 10, 1, QColor(64, 64, 64));
+    });
+    save(groove, "gui/fader/groove.png");
+    // Handle: a small upright button face with a centre line.
+    for (const bool pressed : {false, true}) {
+        QImage handle = button_frame(pressed
+                ? frame_colors{QColor(10, 10, 10), QColor(26, 26, 26), QColor(52, 52, 52), QColor(34, 34, 34), QColor(44, 44, 44)}
+                : frame_colors{QColor(16, 16, 16), QColor(96, 96, 96), QColor(44, 44, 44), QColor(76, 76, 76), QColor(54, 54, 54)});
+        handle = handle.scaled(14, 22);
+        draw(handle, [](QPainter& p) {
+            p.setRenderHint(QPainter::Antialiasing, false);
+            p.fillRect(3, 10, 8, 1, QColor(20, 20, 20));
+            p.fillRect(3, 11, 8, 1, QColor(110, 110, 110));
+        });
+        save(handle, pressed ? "gui/fader/handle_pressed.png" : "gui/fader/handle.png");
+    }
+}
+
+void draw_poti()
+{
+    const int n = 48;
+    const QPointF c(n / 2.0, n / 2.0);
+    // Background: a scale of ticks over 270 degrees around the knob's place.
+    QImage scale = canvas(n, n);
+    draw(scale, [&](QPainter& p) {
+        p.setPen(QPen(QColor(122, 128, 126), 1.2, Qt::SolidLine, Qt::RoundCap));
+        for (int i = 0; i <= 10; ++i) {
+            const qreal a = qDegreesToRadians(135.0 + i * 27.0);
+            const QPointF dir(qCos(a), qSin(a));
+            p.drawLine(c + dir * 20.5, c + dir * (i % 5 == 0 ? 23.5 : 22.5));
+        }
+    });
+    save(scale, "gui/poti/background.png");
+    // Knob: a shaded disc with a pointer at twelve o'clock; the widget turns it.
+    QImage knob = canvas(n, n);
+    draw(knob, [&](QPainter& p) {
+        QLinearGradient face(0, 6, 0, n - 6);
+        face.setColorAt(0, QColor(86, 86, 86));
+        face.setColorAt(1, QColor(44, 44, 44));
+        p.setPen(QPen(QColor(16, 16, 16), 1.0));
+        p.setBrush(face);
+        p.drawEllipse(c, 17.5, 17.5);
+        p.setPen(QPen(text_color, 2.4, Qt::SolidLine, Qt::RoundCap));
+        p.drawLine(c + QPointF(0, -6), c + QPointF(0, -15));
+    });
+    save(knob, "gui/poti/knob.png");
+}
+
+void draw_color_cone()
+{
+    // The cone seen from above: hue around, saturation from the centre out.
+    const int n = 128;
+    QImage cone = canvas(n, n);
+    const qreal r = n / 2.0 - 1;
+    for (int y = 0; y < n; ++y) {
+        for (int x = 0; x < n; ++x) {
+            const qreal dx = x + 0.5 - n / 2.0, dy = y + 0.5 - n / 2.0;
+            const qreal d = qSqrt(dx * dx + dy * dy);
+            if (d > r + 0.5)
+                continue;
+            qreal hue = qAtan2(-dy, dx) / (2 * M_PI);
+            if (hue < 0)
+                hue += 1;
+            QColor color = QColor::fromHsvF(hue, qMin<qreal>(1.0, d / r), 1.0);
+            // Anti-aliased rim.
+            color.setAlphaF(qBound<qreal>(0.0, r + 0.5 - d, 1.0));
+            cone.setPixelColor(x, y, color);
+        }
+    }
+    save(cone, "gui/color_cone/cone.png");
+    QImage marker = canvas(11, 11);
+    draw(marker, [](QPainter& p) {
+        p.setBrush(Qt::NoBrush);
+        p.setPen(QPen(Qt::black, 3.0));
+        p.drawEllipse(QPointF(5.5, 5.5), 3.5, 3.5);
+        p.setPen(QPen(Qt::white, 1.2));
+        p.drawEllipse(QPointF(5.5, 5.5), 3.5, 3.5);
+    });
+    save(marker, "gui/color_cone/marker.png");
+}
+
+void draw_graphics_view()
+{
+    // Transparency shows as a dark checkerboard; the tile repeats.
+    QImage tile(16, 16, QImage::Format_ARGB32_Premultiplied);
+    tile.fill(QColor(40, 40, 40));
+    draw(tile, [](QPainter& p) {
+        p.fillRect(0, 0, 8, 8, QColor(56, 56, 56));
+        p.fillRect(8, 8, 8, 8, QColor(56, 56, 56));
+    });
+    save(tile, "gui/graphics_view/background.png");
+    // The view's frame: a sunken 3-pixel border image around a field-coloured inside.
+    QImage frame(9, 9, QImage::Format_ARGB32_Premultiplied);
+    frame.fill(field_color);
+    for (int i = 0; i < 9; ++i) {
+        for (const QPoint& pt : {QPoint(i, 0), QPoint(0, i), QPoint(i, 8), QPoint(8, i)})
+            frame.setPixelColor(pt, QColor(16, 16, 16));
+    }
+    for (int i = 1; i < 8; ++i) {
+        frame.setPixelColor(i, 1, QColor(28, 28, 28));
+        frame.setPixelColor(1, i, QColor(28, 28, 28));
+        frame.setPixelColor(i, 7, QColor(64, 64, 64));
+        frame.setPixelColor(7, i, QColor(64, 64, 64));
+    }
+    save(frame, "gui/graphics_view/border.png");
+}
+
+QImage led(const QColor& light, bool on)
+{
+    QImage image = canvas(14, 14);
+    draw(image, [&](QPainter& p) {
+        const QPointF c(7, 7);
+        QRadialGradient glass(c + QPointF(-1.5, -1.5), 6.5);
+        glass.setColorAt(0, on ? light.lighter(160) : QColor(80, 80, 80));
+        glass.setColorAt(1, on ? light.darker(130) : QColor(34, 34, 34));
+        p.setPen(QPen(QColor(16, 16, 16), 1.0));
+        p.setBrush(glass);
+        p.drawEllipse(c, 6, 6);
+        p.setPen(Qt::NoPen);
+        p.setBrush(QColor(255, 255, 255, on ? 150 : 50));
+        p.drawEllipse(c + QPointF(-2, -2.2), 1.6, 1.2);
+    });
+    return image;
+}
+
+void draw_leds()
+{
+    save(led(QColor(), false), "gui/led/off.png");
+    save(led(QColor(214, 58, 48), true), "gui/led/red.png");
+    save(led(QColor(86, 196, 92), true), "gui/led/green.png");
+    save(led(QColor(226, 184, 58), true), "gui/led/yellow.png");
+    save(led(QColor(70, 140, 226), true), "gui/led/blue.png");
+}
+
+// White glyphs for recolouring, on a square of `n` pixels.
+void draw_glyphs(const QString& folder, int n)
+{
+    const qreal u = n / 16.0;
+    const auto stroke = [u](QPainter& p, qreal width) {
+        p.setBrush(Qt::NoBrush);
+        p.setPen(QPen(Qt::white, width * u, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    };
+    save(icon(n, n, [u](QPainter& p) {
+        p.drawPolygon(QPolygonF() << QPointF(4 * u, 2.5 * u) << QPointF(13.5 * u, 8 * u) << QPointF(4 * u, 13.5 * u));
+    }), folder + "/play.png");
+    save(icon(n, n, [u](QPainter& p) {
+        p.drawRect(QRectF(3.5 * u, 3 * u, 3.2 * u, 10 * u));
+        p.drawRect(QRectF(9.3 * u, 3 * u, 3.2 * u, 10 * u));
+    }), folder + "/pause.png");
+    save(icon(n, n, [u](QPainter& p) { p.drawRect(QRectF(3.5 * u, 3.5 * u, 9 * u, 9 * u)); }), folder + "/stop.png");
+    save(icon(n, n, [u](QPainter& p) { p.drawEllipse(QPointF(8 * u, 8 * u), 5 * u, 5 * u); }), folder + "/record.png");
+    save(icon(n, n, [&](QPainter& p) {
+        stroke(p, 2.2);
+        p.drawLine(QPointF(8 * u, 3 * u), QPointF(8 * u, 13 * u));
+        p.drawLine(QPointF(3 * u, 8 * u), QPointF(13 * u, 8 * u));
+    }), folder + "/plus.png");
+    save(icon(n, n, [&](QPainter& p) {
+        stroke(p, 2.2);
+        p.drawLine(QPointF(3 * u, 8 * u), QPointF(13 * u, 8 * u));
+    }), folder + "/minus.png");
+    save(icon(n, n, [&](QPainter& p) {
+        stroke(p, 2.2);
+        p.drawLine(QPointF(4 * u, 4 * u), QPointF(12 * u, 12 * u));
+        p.drawLine(QPointF(12 * u, 4 * u), QPointF(4 * u, 12 * u));
+    }), folder + "/close.png");
+    save(icon(n, n, [&](QPainter& p) {
+        stroke(p, 2.0);
+        p.drawArc(QRectF(3 * u, 3 * u, 10 * u, 10 * u), 100 * 16, 290 * 16);
+        p.setPen(Qt::NoPen);
+        p.setBrush(Qt::white);
+        p.drawPolygon(QPolygonF() << QPointF(5 * u, 0.8 * u) << QPointF(9.8 * u, 3.2 * u) << QPointF(5.6 * u, 6.2 * u));
+    }), folder + "/reset.png");
+    // Arrows: one chevron, turned four ways.
+    const char* arrows[4] = {"/arrow_up.png", "/arrow_right.png", "/arrow_down.png", "/arrow_left.png"};
+    for (int turn = 0; turn < 4; ++turn) {
+        save(icon(n, n, [&](QPainter& p) {
+            p.translate(n / 2.0, n / 2.0);
+            p.rotate(90 * turn);
+            p.translate(-n / 2.0, -n / 2.0);
+            stroke(p, 2.2);
+            p.drawPolyline(QPolygonF() << QPointF(3.5 * u, 10.5 * u) << QPointF(8 * u, 6 * u) << QPointF(12.5 * u, 10.5 * u));
+        }), folder + arrows[turn]);
+    }
+}
+
+void draw_toolkit_families()
+{
+    draw_fader();
+    draw_poti();
+    draw_color_cone();
+    draw_graphics_view();
+    draw_leds();
+    draw_glyphs("gui/icons_round_buttons", 16);
+    draw_glyphs("gui/icons_small_buttons", 10);
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -526,5 +736,6 @@ int main(int argc, char** argv)
     draw_indicators();
     draw_icons();
     draw_application_pictures();
+    draw_toolkit_families();
     return failures == 0 ? 0 : 1;
 }

@@ -1,0 +1,267 @@
+#include "ondo/misc.h"
+
+#include "ondo/assertion.h"
+
+#include <QChar>
+
+#include <cmath>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace ondo {
+
+namespace {
+
+bool is_digit(ushort unit)
+{
+    if (unit >= '0' && unit <= '9')
+        return true;
+    return unit >= 0x80 && QChar(unit).category() == QChar::Number_DecimalDigit;
+}
+
+// Reads a run of digits; each counts as the low byte of its unit less 0x30, whatever its script.
+uint64_t read_number(const ushort*& p)
+{
+    uint64_t value = 0;
+    while (*p && is_digit(*p)) {
+        value = value * 10 + uint64_t((*p & 0xFF) - 0x30);
+        ++p;
+    }
+    return value;
+}
+
+} // namespace
+
+bool compare_qstring_naturally(const QString& a, const QString& b)
+{
+    const ushort* pa = a.utf16();
+    const ushort* pb = b.utf16();
+    for (;;) {
+        if (!*pa)
+            return *pb != 0;
+        if (!*pb)
+            return false;
+        const bool digit_a = is_digit(*pa), digit_b = is_digit(*pb);
+        if (digit_a && digit_b) {
+            const uint64_t na = read_number(pa), nb = read_number(pb);
+            const int64_t difference = int64_t(na - nb);
+            if (difference != 0)
+                return difference < 0;
+            continue;
+        }
+        if (digit_a != digit_b)
+            return digit_a;
+        if (*pa != *pb)
+            return *pa < *pb;
+        ++pa;
+        ++pb;
+    }
+}
+
+QRect qrect_rotate_90_inside_rect(const QRect& rect, int quarter_turns, const QSize& from, QSize to)
+{
+    const double left = double(rect.left()) / from.width();
+    const double top = double(rect.top()) / from.height();
+    const double width = double(rect.width()) / from.width();
+    const double height = double(rect.height()) / from.height();
+    if (to.width() < 0 || to.height() < 0)
+        to = from.transposed();
+    double l, t, w, h;
+    QSize scale = from;
+    switch (quarter_turns & 3) {
+    case 0:
+        l = left, t = top, w = width, h = height;
+        break;
+    case 1:
+        l = 1 - top - height, t = left, w = height, h = width;
+        scale = to;
+        break;
+    case 2:
+        l = 1 - left - width, t = 1 - top - height, w = width, h = height;
+        break;
+    default:
+        l = top, t = 1 - left - width, w = height, h = width;
+        scale = to;
+        break;
+    }
+    const int new_left = qRound(l * scale.width());
+    const int new_top = qRound(t * scale.height());
+    const int new_width = qRound(w * scale.width());
+    const int new_height = qRound(h * scale.height());
+    return QRect(QPoint(new_left, new_top), QPoint(new_left + new_width - 1, new_top + new_height - 1));
+}
+
+QRect qrect_inside_rotated(const QRect& rect, float angle)
+{
+    const float radians = angle * float(M_PI) / 180.0f;
+    const float w = float(rect.width()), h = float(rect.height());
+    const float s = std::fabs(std::sin(radians)), c = std::fabs(std::cos(radians));
+    const float factor = std::min(w / (w * c + h * s), h / (w * s + h * c));
+    const float new_width = w * factor, new_height = h * factor;
+    const QRect inside(int(std::lroundf(w / 2 - new_width / 2)), int(std::lroundf(h / 2 - new_height / 2)),
+        int(std::lroundf(new_width)), int(std::lroundf(new_height)));
+    return inside.intersected(rect);
+}
+
+std::array<uint32_t, 2> unicode_character_to_utf16(uint32_t c)
+{
+    if (c < 0xD800 || (c >= 0xE000 && c <= 0xFFFF))
+        return {c, 0};
+    if (c > 0x10000) {
+        const uint32_t v = c - 0x10000;
+        return {0xD800 + (v >> 10), 0xDC00 + (v & 0x3FF)};
+    }
+    return {0, 0};
+}
+
+uint32_t unicode_character_to_utf8(uint32_t c)
+{
+    if (c < 0x80)
+        return c;
+    if (c < 0x800)
+        return (0xC0 | (c >> 6)) | (0x80 | (c & 0x3F)) << 8;
+    if (c < 0x10000)
+        return (0xE0 | (c >> 12)) | (0x80 | ((c >> 6) & 0x3F)) << 8 | (0x80 | (c & 0x3F)) << 16;
+    if (c <= 0x10FFFF)
+        return (0xF0 | (c >> 18)) | (0x80 | ((c >> 12) & 0x3F)) << 8 | (0x80 | ((c >> 6) & 0x3F)) << 16
+            | (0x80 | (c & 0x3F)) << 24;
+    return 0;
+}
+
+uint32_t utf8_to_unicode_character(char*& text, unsigned long left)
+{
+    if (left < 1)
+        return 0;
+    const auto* bytes = reinterpret_cast<const unsigned char*>(text);
+    const unsigned char lead = bytes[0];
+    unsigned long length;
+    uint32_t value;
+    if (lead < 0x80)
+        length = 1, value = lead;
+    else if ((lead & 0xE0) == 0xC0)
+        length = 2, value = lead & 0x1F;
+    else if ((lead & 0xF0) == 0xE0)
+        length = 3, value = lead & 0x0F;
+    else if ((lead & 0xF8) == 0xF0)
+        length = 4, value = lead & 0x07;
+    else
+        return 0;
+    if (left < length)
+        return 0;
+    for (unsigned long i = 1; i < length; ++i)
+        value = (value << 6) | (bytes[i] & 0x7F);
+    text += length;
+    return value;
+}
+
+uint32_t utf16_to_unicode_character(wchar_t*& text, unsigned long left)
+{
+    if (left < 1)
+        return 0;
+    const uint32_t first = uint32_t(text[0]);
+    if (first < 0xD800 || first >= 0xE000) {
+        ++text;
+        return first;
+    }
+    if (first >= 0xDC00)
+        return 0; // a low half without its high half
+    if (left < 2)
+        return 0;
+    const uint32_t second = uint32_t(text[1]);
+    ONDO_ASSERT(second >= 0xDC00 && second <= 0xDFFF);
+    text += 2;
+    return 0x10000 + ((first - 0xD800) << 10) + (second - 0xDC00);
+}
+
+std::string current_working_dir()
+{
+    static char buffer[1024];
+    if (!getcwd(buffer, sizeof buffer))
+        return {};
+    return buffer;
+}
+
+std::vector<directory_entry> read_dir(std::string path)
+{
+    std::vector<directory_entry> entries;
+    if (!path.empty() && path.back() == '/')
+        path.pop_back();
+    DIR* dir = opendir(path.c_str());
+    if (!dir)
+        return entries;
+    while (const dirent* entry = readdir(dir)) {
+        const std::string name = entry->d_name;
+        if (name == "." || name == "..")
+            continue;
+        std::string full = path + "/" + name;
+        struct stat info {};
+        stat(full.c_str(), &info);
+        for (char& ch : full)
+            if (ch == '\\')
+                ch = '/';
+        entries.push_back({name, full, S_ISDIR(info.st_mode)});
+    }
+    closedir(dir);
+    return entries;
+}
+
+std::string snprintf(unsigned long size, const char* format, ...)
+{
+    std::string text(size, '\0');
+    va_list arguments;
+    va_start(arguments, format);
+    const int written = std::vsprintf(&text[0], format, arguments);
+    va_end(arguments);
+    if (written < 0)
+        return {};
+    text.resize(std::size_t(written));
+    return text;
+}
+
+uint32_t hash_murmur3_32(const unsigned char* data, unsigned long size, unsigned int seed)
+{
+    const uint32_t c1 = 0xcc9e2d51, c2 = 0x1b873593;
+    const auto rotl = [](uint32_t x, int r) { return (x << r) | (x >> (32 - r)); };
+    uint32_t h = seed;
+    const unsigned long blocks = size / 4;
+    for (unsigned long i = 0; i < blocks; ++i) {
+        const unsigned char* p = data + i * 4;
+        uint32_t k = uint32_t(p[0]) | uint32_t(p[1]) << 8 | uint32_t(p[2]) << 16 | uint32_t(p[3]) << 24;
+        k *= c1;
+        k = rotl(k, 15);
+        k *= c2;
+        h ^= k;
+        h = rotl(h, 13);
+        h = h * 5 + 0xe6546b64;
+    }
+    const unsigned char* tail = data + blocks * 4;
+    uint32_t k = 0;
+    switch (size & 3) {
+    case 3:
+        k ^= uint32_t(tail[2]) << 16;
+        [[fallthrough]];
+    case 2:
+        k ^= uint32_t(tail[1]) << 8;
+        [[fallthrough]];
+    case 1:
+        k ^= tail[0];
+        k *= c1;
+        k = rotl(k, 15);
+        k *= c2;
+        h ^= k;
+    }
+    h ^= uint32_t(size);
+    h ^= h >> 16;
+    h *= 0x85ebca6b;
+    h ^= h >> 13;
+    h *= 0xc2b2ae35;
+    h ^= h >> 16;
+    return h;
+}
+
+} // namespace ondo

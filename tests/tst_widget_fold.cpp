@@ -1,0 +1,55 @@
+#include <ondo/layout.h>
+#include <ondo/widget_fold.h>
+
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QtTest>
+
+namespace p = ondo::qt::property;
+using ondo::qt::widget_fold;
+
+class tst_widget_fold : public QObject {
+    Q_OBJECT
+private slots:
+    void fold_and_open_again_data()
+    {
+        QTest::addColumn<QString>("given_button");
+        QTest::addColumn<QStringList>("texts");
+        QTest::newRow("own button") << QString() << QStringList{"fold", "unfold", "fold"};
+        QTest::newRow("given button keeps its text") << "Details" << QStringList{"Details", "Details", "Details"};
+    }
+
+    void fold_and_open_again()
+    {
+        QFETCH(QString, given_button);
+        QFETCH(QStringList, texts);
+        QWidget window;
+        window.resize(300, 400);
+        auto* outer = new ondo::qt::layout(&window, 1);
+        auto* fold = new widget_fold("Title", given_button.isEmpty() ? nullptr : new QPushButton(given_button), 0, 25);
+        outer->add(fold, {}, (p::row_height(200), ondo::make_property_vector()));
+        outer->add(new QWidget);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QSignalSpy folded(fold, &widget_fold::folded);
+        QCOMPARE(fold->button->text(), texts[0]);
+        QCOMPARE(fold->height(), 200);
+
+        QTest::mouseClick(fold->button, Qt::LeftButton);
+        QCOMPARE(outer->row_heights[0], 25);
+        QCOMPARE(fold->height(), 25);
+        QCOMPARE(fold->button->text(), texts[1]);
+
+        QTest::mouseClick(fold->button, Qt::LeftButton);
+        QCOMPARE(outer->row_heights[0], 200);
+        QCOMPARE(fold->height(), 200);
+        QCOMPARE(fold->button->text(), texts[2]);
+        // The signal carries the negation of the folded state.
+        QCOMPARE(folded.count(), 2);
+        QCOMPARE(folded[0][0].toBool(), false);
+        QCOMPARE(folded[1][0].toBool(), true);
+    }
+};
+
+QTEST_MAIN(tst_widget_fold)
+#include "tst_widget_fold.moc"
