@@ -2,6 +2,8 @@
 
 #include "ui_datetime_format.h"
 
+#include <ondo/style.h>
+
 #include <QFont>
 #include <QSettings>
 
@@ -25,10 +27,13 @@ QSettings& settings()
 datetime_format::datetime_format(QWidget* parent) : QWidget(parent), ui(new Ui_datetime_format)
 {
     ui->setupUi(this);
+    // A plain QWidget subclass paints no style-sheet background or frame unless asked to.
+    setAttribute(Qt::WA_StyledBackground);
     load_settings();
     QFont heading("FreeSansBold");
     heading.setWeight(75);
     heading.setPointSize(11);
+    heading = ondo::design_font(heading);
     ui->label->setFont(heading);
     ui->label_2->setFont(heading);
 }

@@ -8,12 +8,12 @@
 #include <ondo/application_log.h>
 #include <ondo/button_dark.h>
 #include <ondo/exiftool_data.h>
+#include <ondo/file_dialog.h>
 #include <ondo/language.h>
 #include <ondo/progress_dialog.h>
 #include <ondo/style.h>
 
 #include <QApplication>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QFileOpenEvent>
 #include <QFontDatabase>
@@ -50,9 +50,10 @@ MainWindow::MainWindow(QWidget* parent)
 
     QFontDatabase::addApplicationFont(":/images/FreeSans.ttf");
     QFontDatabase::addApplicationFont(":/images/FreeSansBold.ttf");
+    ondo::alias_font_family("FreeSansBold", "FreeSans");
     QFont font("FreeSans");
     font.setPointSize(12);
-    QApplication::setFont(font);
+    QApplication::setFont(ondo::design_font(font));
 
     ui->setupUi(this);
     setup_layout();
@@ -252,14 +253,19 @@ void MainWindow::load_files(QStringList filenames)
 
 void MainWindow::on_button_load_images_clicked()
 {
-    // A file that is never made: given it, the dialog opens inside the directory.
+#ifdef Q_OS_MACOS
+    // A file that is never made: given it, the native dialog opens inside the directory.
     const QString start = last_load_path + "/__dummy.file";
+#else
+    // Elsewhere the directory alone opens inside it, and a made-up name would fill the name box.
+    const QString start = last_load_path;
+#endif
     QString patterns;
     for (const auto& extension : ondo::exiftool_data::writable_file_extensions)
         patterns += QString("*.%1 ").arg(QString::fromLatin1(extension.data(), int(extension.size())));
 
-    const QStringList chosen = QFileDialog::getOpenFileNames(
-        this, tr("Select files"), start, tr("Supported Files(%1)").arg(patterns), nullptr, QFileDialog::Options());
+    const QStringList chosen =
+        ondo::file_dialog::get_open_file_names(this, tr("Select files"), start, tr("Supported Files(%1)").arg(patterns));
     if (chosen.isEmpty())
         return;
     last_load_path = QFileInfo(chosen.first()).absolutePath();

@@ -1,5 +1,7 @@
 #include "table_data_model.h"
 
+#include <ondo/style.h>
+
 #include <QFileInfo>
 #include <QSize>
 #include <QtDebug>
@@ -181,7 +183,7 @@ float utc_offset_hours(const QString& zone)
 
 table_data_model::table_data_model(QObject* parent)
     : QAbstractTableModel(parent)
-    , header_font(QStringLiteral("FreeSansBold"), 14, 75)
+    , header_font(ondo::design_font(QFont(QStringLiteral("FreeSansBold"), 14, 75)))
 {
 }
 

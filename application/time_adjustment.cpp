@@ -9,6 +9,8 @@
 time_adjustment::time_adjustment(QWidget* parent) : QWidget(parent), ui(new Ui_time_adjustment)
 {
     ui->setupUi(this);
+    // A plain QWidget subclass paints no style-sheet background or frame unless asked to.
+    setAttribute(Qt::WA_StyledBackground);
     // No bounds on the integer fields: 400 days or -5000 minutes are ordinary offsets.
     for (QLineEdit* field : {ui->lineedit_year, ui->lineedit_month, ui->lineedit_day, ui->lineedit_hour,
                              ui->lineedit_minute, ui->lineedit_second})

@@ -9,6 +9,9 @@
 #include <ondo/exiftool.h>
 
 #include <QDir>
+#include <QFontInfo>
+#include <QHeaderView>
+#include <QScreen>
 #include <QDropEvent>
 #include <QFileDialog>
 #include <QFileOpenEvent>
@@ -19,6 +22,8 @@
 #include <QTableView>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <cmath>
 
 using test_support::make_tagged_photo;
 
@@ -105,9 +110,18 @@ private slots:
         make_window();
 
         QString opened; // the folder and the filters the dialog opened with
+        QString name_box = "not looked at";
+        double contrast = 0; // of the least readable label
         const auto seen = test_support::answer_next_box(accept ? "Open" : "Cancel", [&](QDialog* box) {
             auto* dialog = qobject_cast<QFileDialog*>(box);
             opened = dialog->directory().absolutePath() + " " + dialog->nameFilters().join(" | ");
+            name_box = dialog->findChild<QLineEdit*>("fileNameEdit")->text();
+            const QImage shot = dialog->grab().toImage();
+            contrast = 21;
+            for (const char* label : {"lookInLabel", "fileNameLabel", "fileTypeLabel"}) {
+                auto* w = dialog->findChild<QWidget*>(label);
+                contrast = qMin(contrast, text_contrast(shot.copy(QRect(w->mapTo(dialog, QPoint()), w->size()))));
+            }
             if (accept) {
                 dialog->setDirectory(shots);
                 dialog->findChild<QLineEdit*>("fileNameEdit")->setText("\"a.jpg\" \"b.jpg\"");
@@ -116,6 +130,8 @@ private slots:
         button("Load images")->click();
 
         QCOMPARE(seen->title, QString("Select files"));
+        QVERIFY2(contrast >= 4.5, qPrintable(QString::number(contrast)));
+        QCOMPARE(name_box, QString());
         const QRegularExpression expected("^" + QRegularExpression::escape(root.path())
             + " Supported Files\\(\\*\\.360 \\*\\.3g2 [^|]* \\*\\.jpg [^|]*\\*\\.xmp \\)$");
         QVERIFY2(expected.match(opened).hasMatch(), qPrintable(opened));
@@ -162,7 +178,121 @@ private slots:
         window->load_files({make_tagged_photo(dir->path(), "c.jpg", recorded)});
         QCOMPARE(cell(0, 2), QString("2017+06+21 - 18:30:05"));
     }
+    // The design's sizes are points on a platform where a point is a pixel.
+    void text_has_the_design_faces_and_pixel_sizes_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("pixels");
+        QTest::addColumn<bool>("bold");
+        QTest::newRow("application") << "application" << 12 << false;
+        QTest::newRow("table header") << "header" << 14 << true;
+        QTest::newRow("format panel heading") << "label_2" << 11 << true;
+    }
+
+    void text_has_the_design_faces_and_pixel_sizes()
+    {
+        QFETCH(QString, text);
+        QVERIFY(QGuiApplication::primaryScreen()->logicalDotsPerInchY() != 72);
+        make_window();
+        QFont font = QApplication::font();
+        if (text == "header")
+            font = table()->model()->headerData(0, Qt::Horizontal, Qt::FontRole).value<QFont>();
+        else if (text != "application")
+            font = window->findChild<QWidget*>(text)->font();
+        const QFontInfo seen(font);
+        QCOMPARE(seen.family(), QString("FreeSans"));
+        QTEST(seen.pixelSize(), "pixels");
+        QTEST(seen.bold(), "bold");
+    }
+
+    void the_longest_texts_fit_at_800_pixels()
+    {
+        make_window();
+        QCOMPARE(window->width(), 800);
+        window->load_files({make_tagged_photo(dir->path(), "a.jpg",
+            test_support::tag_map("ExifIFD:DateTimeOriginal=2017:06:21 18:30:05;IPTC:TimeCreated=18:30:05+04:00"))});
+        auto* zone = window->findChild<QLineEdit*>("lineedit_timezone");
+        QTest::keyClicks(zone, "-11.5");
+        QCOMPARE(cell(0, 1), QString("21.06.2017 - 18:30:05  UTC+04:00"));
+        QVERIFY2(QRegularExpression("  UTC-\\d\\d:\\d\\d$").match(cell(0, 2)).hasMatch(), qPrintable(cell(0, 2)));
+        QApplication::processEvents();
+        for (int column : {1, 2}) {
+            const int needed = table()->sizeHintForIndex(table()->model()->index(0, column)).width();
+            const int has = table()->horizontalHeader()->sectionSize(column);
+            QVERIFY2(needed <= has, qPrintable(QString("column %1: %2 > %3").arg(column).arg(needed).arg(has)));
+        }
+        // A six-character signed value, with the field's frame and inner margins beside it.
+        for (auto* field : window->findChild<QWidget*>("widget_time_adjust")->findChildren<QLineEdit*>())
+            QVERIFY2(field->fontMetrics().horizontalAdvance("-86400") + 2 * (1 + 2) <= field->width(),
+                qPrintable(field->objectName()));
+    }
+
+    // Each panel's edges in a picture of the window are those of its border image, stretched.
+    void panels_show_their_frames_data()
+    {
+        QTest::addColumn<QString>("panel");
+        QTest::addColumn<QString>("image");
+        QTest::newRow("offset") << "widget_time_adjust" << ":/gui/panel/border_topless.png";
+        QTest::newRow("display format") << "widget_datetime_format" << ":/gui/panel/border.png";
+    }
+
+    void panels_show_their_frames()
+    {
+        QFETCH(QString, panel);
+        QFETCH(QString, image);
+        make_window();
+        const QImage shot = window->grab().toImage();
+        const QImage border(image);
+        QVERIFY(!border.isNull());
+        auto* w = window->findChild<QWidget*>(panel);
+        const QRect r(w->mapTo(window, QPoint()), w->size());
+        const int last = border.width() - 1, middle = border.width() / 2;
+        for (int i = 0; i < 3; ++i) {
+            const QList<QPair<QPoint, QPoint>> edges{
+                {QPoint(r.left() + i, r.center().y()), QPoint(i, middle)},
+                {QPoint(r.right() - i, r.center().y()), QPoint(last - i, middle)},
+                {QPoint(r.center().x(), r.top() + i), QPoint(middle, i)},
+                {QPoint(r.center().x(), r.bottom() - i), QPoint(middle, last - i)},
+            };
+            // Stretching may round a channel by one.
+            auto near = [](QColor a, QColor b) {
+                return qAbs(a.red() - b.red()) + qAbs(a.green() - b.green()) + qAbs(a.blue() - b.blue()) <= 6;
+            };
+            for (const auto& edge : edges)
+                QVERIFY2(near(shot.pixelColor(edge.first), border.pixelColor(edge.second)),
+                    qPrintable(QString("%1 at %2,%3: %4, image %5").arg(panel).arg(edge.first.x()).arg(edge.first.y())
+                                   .arg(shot.pixelColor(edge.first).name(), border.pixelColor(edge.second).name())));
+        }
+    }
+
 private:
+    // Contrast ratio, as for web text, between a picture's commonest colour (the background) and
+    // the colour furthest from it in lightness (the text's core).
+    static double text_contrast(const QImage& picture)
+    {
+        auto luminance = [](QRgb c) {
+            auto channel = [](int v) {
+                const double s = v / 255.0;
+                return s <= 0.03928 ? s / 12.92 : std::pow((s + 0.055) / 1.055, 2.4);
+            };
+            return 0.2126 * channel(qRed(c)) + 0.7152 * channel(qGreen(c)) + 0.0722 * channel(qBlue(c));
+        };
+        QHash<QRgb, int> counts;
+        for (int y = 0; y < picture.height(); ++y)
+            for (int x = 0; x < picture.width(); ++x)
+                ++counts[picture.pixel(x, y)];
+        QRgb background = counts.begin().key();
+        for (auto it = counts.begin(); it != counts.end(); ++it)
+            if (it.value() > counts[background])
+                background = it.key();
+        const double back = luminance(background);
+        double text = back;
+        for (auto it = counts.begin(); it != counts.end(); ++it)
+            if (std::abs(luminance(it.key()) - back) > std::abs(text - back))
+                text = luminance(it.key());
+        return (qMax(text, back) + 0.05) / (qMin(text, back) + 0.05);
+    }
+
     void make_window() { window = test_support::open_main_window(); }
     QTableView* table() const { return window->findChild<QTableView*>("tableView"); }
     QString cell(int row, int column) const { return table()->model()->index(row, column).data().toString(); }

@@ -2,7 +2,9 @@
 
 #include <ondo/message_box.h>
 
+#include <QAbstractButton>
 #include <QInputDialog>
+#include <QProxyStyle>
 #include <QtTest>
 
 using ondo::input_dialog;
@@ -53,10 +55,27 @@ private slots:
         QFETCH(QString, logged);
         message_box::verbose = true;
         QTest::ignoreMessage(QtDebugMsg, qPrintable("MessageBox \"Fix\" \"Some files failed.\": " + logged));
-        auto seen = test_support::answer_next_box(answer);
+        // A style that puts glyphs on dialog buttons, as Fusion does on a Linux desktop.
+        struct button_icons : QProxyStyle {
+            int styleHint(StyleHint hint, const QStyleOption* o, const QWidget* w, QStyleHintReturn* r) const override
+            {
+                return hint == SH_DialogButtonBox_ButtonsHaveIcons ? 1 : QProxyStyle::styleHint(hint, o, w, r);
+            }
+        };
+        QApplication::setStyle(new button_icons);
+        int icons = -1;
+        bool box_icon = false;
+        auto seen = test_support::answer_next_box(answer, [&](QDialog* box) {
+            icons = 0;
+            for (QAbstractButton* b : static_cast<QMessageBox*>(box)->buttons())
+                icons += !b->icon().isNull();
+            box_icon = !static_cast<QMessageBox*>(box)->iconPixmap().isNull();
+        });
         QTEST(int(message_box::question(nullptr, "Fix", "Some files failed.", "Keep changes", "Undo Changes")), "expected");
         QCOMPARE(seen->text, QString("Some files failed."));
         QCOMPARE(seen->buttons.size(), 2);
+        QCOMPARE(icons, 0);
+        QVERIFY(box_icon);
     }
 
     void input_results_data()

@@ -30,6 +30,33 @@ private slots:
         QTEST(box.currentIndex(), "expected_index");
     }
 
+    // Keyboard focus on a radio is drawn in the theme's colours, not in the style's blue.
+    void radio_focus_stays_in_the_palette()
+    {
+        QWidget window;
+        window.setStyleSheet("background-color: rgb(47,47,47); color: rgb(198,213,210);");
+        auto* layout = new QHBoxLayout(&window);
+        auto* before = new QLineEdit(&window);
+        auto* radio = new ondo::radio(&window);
+        radio->setText("DD.MM.YYYY");
+        layout->addWidget(before);
+        layout->addWidget(radio);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        before->setFocus();
+        QTest::keyClick(before, Qt::Key_Tab);
+        QVERIFY(radio->hasFocus());
+
+        const QImage shot = radio->grab().toImage();
+        int blue = 0;
+        for (int y = 0; y < shot.height(); ++y)
+            for (int x = 0; x < shot.width(); ++x) {
+                const QColor c = shot.pixelColor(x, y);
+                blue += c.blue() - c.red() > 16; // the theme text itself differs by 12
+            }
+        QCOMPARE(blue, 0);
+    }
+
     void clickable_label_data()
     {
         QTest::addColumn<bool>("clickable");

@@ -46,7 +46,11 @@ void message_box::add_buttons(StandardButtons buttons, StandardButton default_bu
         if (!(buttons & mask))
             continue;
         QPushButton* added = addButton(StandardButton(mask));
-        if (default_set || !added)
+        if (!added)
+            continue;
+        // The box keeps its icon; the style's green and red button glyphs don't fit the flat look.
+        added->setIcon(QIcon());
+        if (default_set)
             continue;
         if (default_button != NoButton) {
             if (mask == uint(default_button)) {

@@ -1,6 +1,8 @@
 #include "ondo/style.h"
 
 #include <QApplication>
+#include <QFontDatabase>
+#include <QScreen>
 #include <QScrollBar>
 #include <QStyleFactory>
 #include <QTableView>
@@ -39,6 +41,21 @@ int proxy_style::styleHint(StyleHint hint, const QStyleOption* option, const QWi
 
 void proxy_style::set_tooltip_delay(int delay) { tooltip_delay = delay; }
 void proxy_style::set_tooltip_cooldown(int delay) { tooltip_cooldown = delay; }
+
+QFont design_font(QFont font)
+{
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    if (!screen || font.pointSizeF() <= 0 || qFuzzyCompare(screen->logicalDotsPerInchY(), 72.0))
+        return font;
+    font.setPixelSize(qRound(font.pointSizeF()));
+    return font;
+}
+
+void alias_font_family(const QString& name, const QString& family)
+{
+    if (!QFontDatabase().families().contains(name, Qt::CaseInsensitive))
+        QFont::insertSubstitution(name, family);
+}
 
 template <typename T>
 void style_scrollbars(T* view)

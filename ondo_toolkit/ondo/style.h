@@ -1,6 +1,9 @@
 #pragma once
 
+#include <QFont>
 #include <QProxyStyle>
+
+class QString;
 
 namespace ondo {
 
@@ -26,6 +29,16 @@ private:
     int tooltip_delay;
     int tooltip_cooldown;
 };
+
+// The design sizes its fonts in points on a platform where a point is one pixel. Where the logical
+// dpi is anything else (96 on Linux), gives `font` the same number of pixels instead, so that text
+// keeps its designed size and the fixed layout still fits. Fonts sized in pixels pass unchanged.
+QFont design_font(QFont font);
+
+// A bold font file may register under its regular family with the style Bold (FreeSansBold.ttf
+// does so on Linux). Where no family `name` exists, lets a font asked for by `name` find `family`,
+// so that with a bold weight it gets the bold face rather than some other family's.
+void alias_font_family(const QString& name, const QString& family);
 
 // Gives both scroll bars of `view` the dark sheet, on a fusion style owned by `view` (native
 // macOS scroll bars ignore style sheets). Instantiated for QTableView and QTextEdit.

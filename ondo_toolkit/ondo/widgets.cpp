@@ -34,7 +34,9 @@ void radio::init()
                           "QRadioButton::indicator:!enabled:unchecked{image:url(:/gui/radio/disabled_unchecked.png);}"
                           "QRadioButton::indicator:!enabled:checked{image:url(:/gui/radio/disabled_checked.png);}")
                       .arg(spacing)
-        + tooltip_rule);
+        + tooltip_rule
+        // Keyboard focus is drawn in the selection colour, which would be the style's blue.
+        + "QRadioButton{selection-background-color:rgb(198,213,210);}");
 }
 
 // ---------------------------------------------------------------------------------------------

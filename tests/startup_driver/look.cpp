@@ -1,12 +1,27 @@
 // Linked with the program's own main.cpp into a driver for screenshots: once the window is up it
 // opens the files named in TAVIMO_LOOK_FILES (separated by ':') as the operating system would,
-// and types the offset of TAVIMO_LOOK_HOURS into the hour field, as a user would.
+// and types TAVIMO_LOOK_HOURS into the hour field and TAVIMO_LOOK_ZONE into the zone field, as a
+// user would. TAVIMO_LOOK_PRESS names a button to press then ("fix" or "load"), so that a question
+// box or the file dialog stands for the picture. With TAVIMO_LOOK_QUIT_AFTER_MS set, it refuses
+// whatever box is open after that time and closes the window, so that ExifTool ends with it.
 #include <QApplication>
+#include <QFileDialog>
 #include <QFileOpenEvent>
 #include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
 #include <QTest>
 #include <QTimer>
 #include <QWidget>
+
+static QPushButton* button_with_tool_tip(const QString& start)
+{
+    for (QWidget* w : QApplication::topLevelWidgets())
+        for (auto* button : w->findChildren<QPushButton*>())
+            if (button->toolTip().startsWith(start))
+                return button;
+    return nullptr;
+}
 
 static void look()
 {
@@ -16,9 +31,34 @@ static void look()
             QFileOpenEvent open(file);
             QApplication::sendEvent(qApp, &open);
         }
-        for (QWidget* w : QApplication::topLevelWidgets())
+        for (QWidget* w : QApplication::topLevelWidgets()) {
             if (auto* hour = w->findChild<QLineEdit*>("lineedit_hour"))
                 QTest::keyClicks(hour, qEnvironmentVariable("TAVIMO_LOOK_HOURS", "1"));
+            if (auto* zone = w->findChild<QLineEdit*>("lineedit_timezone"))
+                QTest::keyClicks(zone, qEnvironmentVariable("TAVIMO_LOOK_ZONE"));
+        }
+        const QString press = qEnvironmentVariable("TAVIMO_LOOK_PRESS");
+        // Queued, so that the box or dialog runs from the event loop and not inside this timer.
+        if (QPushButton* button = button_with_tool_tip(press == "fix" ? "Apply changes" : "Load images"))
+            if (!press.isEmpty())
+                QTimer::singleShot(0, button, &QPushButton::click);
+    });
+
+    const int quit_after = qEnvironmentVariableIntValue("TAVIMO_LOOK_QUIT_AFTER_MS");
+    if (quit_after <= 0)
+        return;
+    QTimer::singleShot(quit_after, qApp, [] {
+        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+            QAbstractButton* refuse = box->button(QMessageBox::No);
+            refuse ? refuse->click() : box->reject();
+        } else if (auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget())) {
+            dialog->reject();
+        }
+        QTimer::singleShot(500, qApp, [] {
+            for (QWidget* w : QApplication::topLevelWidgets())
+                if (w->isWindow() && w->isVisible())
+                    w->close();
+        });
     });
 }
 
