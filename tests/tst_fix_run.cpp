@@ -193,8 +193,8 @@ private slots:
         QFETCH(QStringList, questions);
         QFETCH(bool, written);
         QStringList paths;
-        for (const QString& spec : files)
-            paths << photo(spec.section('|', 0, 0), spec.section('|', 1));
+        for (const QString& entry : files)
+            paths << photo(entry.section('|', 0, 0), entry.section('|', 1));
         // A file's bytes and its modification time, which every run writes.
         auto state = [](const QString& path) {
             QFile file(path);
