@@ -1,4 +1,5 @@
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <QImage>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -46,6 +47,7 @@ private slots:
 
     void ended_from_outside_data();
     void ended_from_outside();
+    void a_run_ends_before_the_program();
 
 private:
     static qint64 child_of(qint64 parent);
@@ -98,6 +100,47 @@ void tst_startup::ended_from_outside()
         QVERIFY2(out.contains("Worker shutdown: Ok"), qPrintable(out));
     }
     QTRY_VERIFY_WITH_TIMEOUT(!is_running(child), 10000);
+}
+
+// A termination signal in the middle of a fix run: the run writes its last file before the
+// program ends, with exit code 0.
+void tst_startup::a_run_ends_before_the_program()
+{
+    QTemporaryDir dir;
+    QVERIFY(QDir(dir.path()).mkpath("home") && QDir(dir.path()).mkpath("photos"));
+    QImage photo(16, 16, QImage::Format_RGB32);
+    photo.fill(Qt::gray);
+    QStringList paths;
+    for (int i = 0; i < 150; ++i) {
+        paths << dir.filePath(QString("photos/p%1.jpg").arg(i, 3, 10, QLatin1Char('0')));
+        QVERIFY(photo.save(paths.last()));
+    }
+    QProcess tagger;
+    tagger.start(TAVIMO_EXIFTOOL_SCRIPT, {"-q", "-overwrite_original", "-ExifIFD:DateTimeOriginal=2017:06:21 18:30:05",
+                                          dir.filePath("photos")});
+    QVERIFY(tagger.waitForFinished(60000));
+
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("HOME", dir.filePath("home"));
+    env.insert("XDG_CONFIG_HOME", dir.filePath("home/.config"));
+    env.insert("QT_QPA_PLATFORM", "offscreen");
+    env.insert("TAVIMO_LOOK_FILES", paths.join(':'));
+    env.insert("TAVIMO_LOOK_PRESS", "fix");
+    QProcess program;
+    program.setProcessEnvironment(env);
+    program.start(TAVIMO_BIN_DIR "/tavimo_look", QStringList());
+    // The run has begun once a file carries its new time as its modification time.
+    QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(paths.first()).lastModified().date().year() == 2017, 60000);
+    ::kill(pid_t(program.processId()), SIGTERM);
+    QVERIFY(program.waitForFinished(60000));
+    QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(program.exitCode(), 0);
+
+    QProcess reader;
+    reader.start(TAVIMO_EXIFTOOL_SCRIPT, {"-s3", "-ExifIFD:DateTimeOriginal", dir.filePath("photos")});
+    QVERIFY(reader.waitForFinished(60000));
+    const QString times = QString::fromUtf8(reader.readAllStandardOutput());
+    QCOMPARE(times.count("2017:06:21 19:30:05"), paths.size());
 }
 
 // The first process whose parent is `parent` and whose command is perl, or 0.
