@@ -42,6 +42,7 @@ class tst_table_data_model : public QObject {
 private slots:
     void initTestCase()
     {
+        test_support::use_private_settings();
         qRegisterMetaType<QList<QPersistentModelIndex>>();
         qRegisterMetaType<QAbstractItemModel::LayoutChangeHint>();
     }

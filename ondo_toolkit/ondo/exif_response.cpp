@@ -1,5 +1,7 @@
 #include "exif_response.h"
 
+#include "sanitizer.h"
+
 #include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QTimer>
@@ -13,8 +15,10 @@ exif_response::~exif_response() = default;
 void exif_response::mark_ready()
 {
     // Runs on the worker thread; the timer lives on the asking thread, so its stop is queued.
-    if (QTimer* timer = timeout_timer.load(std::memory_order_acquire))
+    if (QTimer* timer = timeout_timer.load(std::memory_order_acquire)) {
+        const unchecked_by_thread_sanitizer qt_copies;
         QMetaObject::invokeMethod(timer, "stop", Qt::AutoConnection);
+    }
     if (aborted_flag.load(std::memory_order_acquire))
         return;
     QAbstractEventDispatcher* waiter = QAbstractEventDispatcher::instance(thread());

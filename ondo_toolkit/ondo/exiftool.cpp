@@ -134,19 +134,24 @@ void exiftool::shutdown(bool deferred)
     if (!worker_thread)
         return;
     bool stopped = false;
-    ONDO_HANDS_OVER(worker_instance);
-    if (!QMetaObject::invokeMethod(worker_instance, "shutdown", Qt::BlockingQueuedConnection,
-                                   Q_RETURN_ARG(bool, stopped)))
-        qCWarning(exiftool_log(), "Failed to call shutdown method on exiftool worker");
-    ONDO_TAKES_OVER(worker_instance);
+    {
+        const queued_call_mark mark(worker_instance);
+        if (!QMetaObject::invokeMethod(worker_instance, "shutdown", Qt::BlockingQueuedConnection,
+                                       Q_RETURN_ARG(bool, stopped)))
+            qCWarning(exiftool_log(), "Failed to call shutdown method on exiftool worker");
+    }
     qCInfo(exiftool_log(), "%s: Worker shutdown: %s", Q_FUNC_INFO, stopped ? "Ok" : "Failed");
-    if (deferred)
+    if (deferred) {
+        // The worker's thread takes the request over at once and frees it.
+        ONDO_HANDS_OVER(worker_instance);
+        const unchecked_by_thread_sanitizer qt_copies;
         worker_instance->deleteLater();
-    else
+    } else
         delete worker_instance;
     worker_instance = nullptr;
     worker_thread->quit();
     worker_thread->wait(10000);
+    ONDO_TAKES_OVER(worker_thread);
     if (deferred)
         worker_thread->deleteLater();
     else
@@ -175,12 +180,13 @@ exif_response* exiftool::start_task(const QString& file, const QString& operatio
     response->file = file;
     response->started_at = QDateTime::currentMSecsSinceEpoch();
     // Blocks until the worker has queued the task and, if the child was free, written it.
-    ONDO_HANDS_OVER(worker_instance);
-    if (!QMetaObject::invokeMethod(worker_instance, "add_task", Qt::BlockingQueuedConnection,
-                                   Q_ARG(ondo::exif_response*, response), Q_ARG(QString, operation),
-                                   Q_ARG(QByteArray, data)))
-        qCWarning(exiftool_log(), "%s: Failed to invoke add_task method in exiftool worker.", Q_FUNC_INFO);
-    ONDO_TAKES_OVER(worker_instance);
+    {
+        const queued_call_mark mark(worker_instance);
+        if (!QMetaObject::invokeMethod(worker_instance, "add_task", Qt::BlockingQueuedConnection,
+                                       Q_ARG(ondo::exif_response*, response), Q_ARG(QString, operation),
+                                       Q_ARG(QByteArray, data)))
+            qCWarning(exiftool_log(), "%s: Failed to invoke add_task method in exiftool worker.", Q_FUNC_INFO);
+    }
     return response;
 }
 

@@ -108,6 +108,20 @@ exiftool_worker::exiftool_worker() : QObject(nullptr)
 exiftool_worker::~exiftool_worker()
 {
     shutdown();
+    // A deferred delete runs as the thread ends; the facade waits for that end behind Qt's own
+    // lock, which ThreadSanitizer can't see.
+    ONDO_HANDS_OVER(thread());
+}
+
+bool exiftool_worker::event(QEvent* e)
+{
+    // Queued calls from the asking thread arrive here, with their arguments and the objects
+    // made there; a blocking call's result goes back once this returns. Qt's own hand-off is
+    // invisible to ThreadSanitizer, so it is marked on both sides.
+    ONDO_TAKES_OVER(this);
+    const bool handled = QObject::event(e);
+    ONDO_HANDS_OVER(this);
+    return handled;
 }
 
 QByteArray exiftool_worker::gen_execute(int id) const
@@ -123,22 +137,18 @@ QByteArray exiftool_worker::gen_marker(int id) const
 
 bool exiftool_worker::start()
 {
-    ONDO_TAKES_OVER(this);
     process->start(QIODevice::ReadWrite);
     const bool started = process->waitForStarted(2000);
     if (!started)
         qCWarning(exiftool_log(), "%s: Could not start exiftool: %s (%d).", Q_FUNC_INFO,
                   qUtf8Printable(process->errorString()), int(process->error()));
-    ONDO_HANDS_OVER(this);
     return started;
 }
 
 void exiftool_worker::add_task(ondo::exif_response* response, QString operation, QByteArray data)
 {
-    ONDO_TAKES_OVER(this);
     task_queue.append(exiftool_task{operation, response, data});
     execute_task();
-    ONDO_HANDS_OVER(this);
 }
 
 void exiftool_worker::execute_task()
@@ -225,17 +235,18 @@ void exiftool_worker::read_output()
                        Q_FUNC_INFO);
             break;
         }
-        const exiftool_task task = task_queue.first();
-        if (task.response) {
-            task.response->data = output_buffer.left(at);
-            task.response->mark_ready();
+        // The guard goes before the response is marked ready: from that moment the asker may
+        // delete it, and the guard's count must not be touched after that.
+        exif_response* response = task_queue.takeFirst().response.data();
+        if (response) {
+            response->data = output_buffer.left(at);
+            response->mark_ready();
         } else {
             qCCritical(exiftool_log(), "%s: Current task response object was unset!", Q_FUNC_INFO);
         }
         // What follows the marker belongs to whatever comes next.
         output_buffer = output_buffer.mid(at + current_marker.size());
         task_in_flight = false;
-        task_queue.removeFirst();
         execute_task();
     }
 }
@@ -257,7 +268,6 @@ bool exiftool_worker::send_restart()
 
 bool exiftool_worker::shutdown()
 {
-    ONDO_TAKES_OVER(this);
     // A task in flight gets longer to finish before the child is signalled.
     const int wait = task_in_flight ? 1000 : 200;
     const int rounds = task_in_flight ? 5 : 25;
@@ -280,9 +290,7 @@ bool exiftool_worker::shutdown()
         } while (process->state() != QProcess::NotRunning && i < rounds);
     }
     qCDebug(exiftool_log(), "%s: Did %d iterations, state: %d", Q_FUNC_INFO, i, int(process->state()));
-    const bool stopped = process->state() == QProcess::NotRunning;
-    ONDO_HANDS_OVER(this);
-    return stopped;
+    return process->state() == QProcess::NotRunning;
 }
 
 void exiftool_worker::verbose(bool value)
@@ -311,11 +319,12 @@ void exiftool_worker_init()
     worker_instance->moveToThread(worker_thread);
 
     bool started = false;
-    ONDO_HANDS_OVER(worker_instance);
-    if (!QMetaObject::invokeMethod(worker_instance, "start", Qt::BlockingQueuedConnection,
-                                   Q_RETURN_ARG(bool, started)))
-        qCWarning(exiftool_log(), "Failed to call start method on exiftool worker");
-    ONDO_TAKES_OVER(worker_instance);
+    {
+        const queued_call_mark mark(worker_instance);
+        if (!QMetaObject::invokeMethod(worker_instance, "start", Qt::BlockingQueuedConnection,
+                                       Q_RETURN_ARG(bool, started)))
+            qCWarning(exiftool_log(), "Failed to call start method on exiftool worker");
+    }
     // A failed start is retried by the restart path of the first task.
     qCInfo(exiftool_log(), "%s: Worker started: %s (thread=%p).", Q_FUNC_INFO, started ? "Ok" : "Failed",
            static_cast<void*>(worker_instance->thread()));

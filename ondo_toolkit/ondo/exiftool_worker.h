@@ -56,6 +56,7 @@ public:
 
     exiftool_worker();
     ~exiftool_worker() override;
+    bool event(QEvent* e) override;
 
 public slots:
     bool send_restart();

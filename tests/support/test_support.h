@@ -32,7 +32,8 @@ void append_png_text(const QString& path, const QByteArray& keyword, const QByte
 exif_tag_map read_back(const QString& path);
 
 // Points HOME and XDG_CONFIG_HOME at a temporary folder and names the application as the program
-// does, so that every default QSettings lands in a store of its own. Call first in main.
+// does, so that every default QSettings lands in a store of its own; turns the bridge's debug
+// lines off. Call first in main.
 void use_private_settings();
 void clear_settings();
 
