@@ -42,7 +42,7 @@ private slots:
             QSKIP("no session bus; the suite runs this test under dbus-run-session");
     }
 
-    // In the folder: a.jpg, b.png, album/c.jpg and album/sub/deep.jpg.
+    // In the folder: a.jpg, "b ü.png" (a URI escapes both), album/c.jpg and album/sub/deep.jpg.
     void open_takes_the_file_open_road_data()
     {
         QTest::addColumn<QString>("caller");
@@ -71,7 +71,7 @@ private slots:
             QTRY_COMPARE_WITH_TIMEOUT(launch.state(), QProcess::NotRunning, 30000);
             QVERIFY2(launch.exitCode() == 0, launch.readAllStandardError().constData());
         }
-        QTRY_COMPARE_WITH_TIMEOUT(names(), (QStringList{"a.jpg", "b.png", "c.jpg"}), 30000);
+        QTRY_COMPARE_WITH_TIMEOUT(names(), (QStringList{"a.jpg", "b ü.png", "c.jpg"}), 30000);
         QVERIFY(!QSettings().contains("last_load_path"));
     }
 
@@ -140,7 +140,7 @@ private slots:
         // a.jpg and the folder, whose c.jpg counts and sub/deep.jpg does not. The script waits
         // for the program to end, so that its bus outlives it.
         const QString script = QString("gapplication launch %1 '%2' '%3' || exit 1\n"
-                                       "for i in $(seq 300); do grep -q '^rows:' out 2>/dev/null && break; sleep 0.1; done\n"
+                                       "for i in $(seq 600); do grep -q '^rows:' out 2>/dev/null && break; sleep 0.1; done\n"
                                        "while kill -0 $(cat pid) 2>/dev/null; do sleep 0.1; done\n")
                                    .arg(desktop_service::application_id(), items[0], items[2]);
 
@@ -149,7 +149,8 @@ private slots:
         env.insert("HOME", root.filePath("home"));
         env.insert("XDG_CONFIG_HOME", root.filePath("home/.config"));
         env.insert("XDG_DATA_HOME", root.filePath("home/.local/share"));
-        env.insert("TAVIMO_TEST_CLOSE_AFTER_MS", "5000");
+        // Time enough for a slow machine to start ExifTool and read both files before the count.
+        env.insert("TAVIMO_TEST_CLOSE_AFTER_MS", "10000");
         QProcess session;
         session.setProcessEnvironment(env);
         session.setWorkingDirectory(root.path());
@@ -193,15 +194,15 @@ private slots:
     }
 
 private:
-    // Returns the paths of a.jpg, b.png and the folder album.
+    // Returns the paths of a.jpg, "b ü.png" and the folder album.
     QStringList make_album()
     {
         QDir root(dir->path());
         if (!root.mkpath("album/sub"))
             qFatal("cannot make the album folder");
-        for (const char* name : {"a.jpg", "b.png", "album/c.jpg", "album/sub/deep.jpg"})
+        for (const char* name : {"a.jpg", "b ü.png", "album/c.jpg", "album/sub/deep.jpg"})
             make_tagged_photo(dir->path(), name, recorded);
-        return {root.filePath("a.jpg"), root.filePath("b.png"), root.filePath("album")};
+        return {root.filePath("a.jpg"), root.filePath("b ü.png"), root.filePath("album")};
     }
 
     void open_window()
