@@ -2,12 +2,17 @@
 # Set up, build and run Tavimo on Debian.
 #   ./tavimo.sh run    install what is needed, build, start the program
 #   ./tavimo.sh test   install what is needed, build, run every test
+#   ./tavimo.sh deb    install what is needed, build, make the Debian package in the build folder
 # BUILD_DIR (default: build) and CMAKE_ARGS (e.g. -DTAVIMO_SANITIZE=address,undefined) are honoured.
 set -euo pipefail
 cd "$(dirname "$0")"
 
 packages=(g++ cmake make perl qtbase5-dev qtbase5-dev-tools qttools5-dev qttools5-dev-tools
           libqt5svg5-dev libimage-exiftool-perl fonts-freefont-ttf icc-profiles-free xvfb xauth)
+
+# The desktop integration: a private session bus and gapplication for its tests, the two
+# validators, and dpkg-shlibdeps for the package's dependencies.
+packages+=(dbus-daemon libglib2.0-bin desktop-file-utils appstream dpkg-dev)
 
 install_packages() {
     local missing=()
@@ -47,8 +52,15 @@ test)
     cd "${BUILD_DIR:-build}"
     QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j"$(nproc)"
     ;;
+deb)
+    install_packages
+    build
+    cd "${BUILD_DIR:-build}"
+    cpack -G DEB
+    echo "Install it with: apt-get install ./$(ls -t tavimo_*.deb | head -1)  (from $(pwd))"
+    ;;
 *)
-    echo "usage: $0 run|test" >&2
+    echo "usage: $0 run|test|deb" >&2
     exit 2
     ;;
 esac

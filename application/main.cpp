@@ -1,3 +1,4 @@
+#include "desktop_service.h"
 #include "mainwindow.h"
 
 #include <ondo/application.h>
@@ -53,6 +54,8 @@ int main(int argc, char** argv)
     QGuiApplication::setQuitOnLastWindowClosed(true);
     app.main_window->setAttribute(Qt::WA_DeleteOnClose, true);
     app.main_window->show();
+    // Only now: the bus holds the desktop's open requests until the name is taken.
+    desktop_service::offer(app.main_window);
 
     const int result = static_cast<int>(QApplication::exec());
     return result;

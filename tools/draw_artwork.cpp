@@ -3,8 +3,9 @@
 //
 //   tavimo_draw_artwork <output folder> <font folder>
 //
-// Writes gui/... (the toolkit's frames, glyphs and the pictures of its further widgets) and images/... (the application's icons,
-// logo, header and drop pictures) below the output folder. Icons are white with their shape in
+// Writes gui/... (the toolkit's frames, glyphs and the pictures of its further widgets), images/... (the application's icons,
+// logo, header and drop pictures) and icons/<size>.png (the program's icon for the desktop) below
+// the output folder. Icons are white with their shape in
 // the alpha channel: buttons recolour them and keep only the alpha.
 
 #include <QDir>
@@ -491,8 +492,33 @@ QImage drop_picture(const QString& text)
     return image;
 }
 
+// The program's icon for the desktop: the logo's clock on a dark tile, as the window looks.
+QImage application_icon(int size)
+{
+    QImage image = canvas(size, size);
+    draw(image, [&](QPainter& p) {
+        p.scale(size / 48.0, size / 48.0);
+        const QRectF tile(2, 2, 44, 44);
+        QLinearGradient g(0, tile.top(), 0, tile.bottom());
+        g.setColorAt(0, QColor(64, 66, 66));
+        g.setColorAt(1, QColor(24, 25, 25));
+        p.setBrush(g);
+        p.setPen(QPen(control_border, size < 32 ? 1.5 : 1.0));
+        p.drawRoundedRect(tile, 9, 9);
+        const QPointF c(24, 24);
+        p.setPen(Qt::NoPen);
+        p.setBrush(QColor(0x72, 0x8a, 0x84, 110));
+        p.drawEllipse(c, 15, 15);
+        // Small sizes drop the ticks, which would only blur the face.
+        draw_clock(p, c, 15, size < 32 ? 3.2 : 2.4, text_color, size >= 32);
+    });
+    return image;
+}
+
 void draw_application_pictures()
 {
+    for (int size : {16, 24, 32, 48, 64, 128, 256, 512})
+        save(application_icon(size), QString("icons/%1.png").arg(size));
     save(logo(1.0), "images/logo_small.png");
     save(logo(2.0), "images/logo.png");
     save(header(66, false), "images/head_medium_dark_without_shadow.png");

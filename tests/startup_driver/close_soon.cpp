@@ -1,6 +1,7 @@
 // Linked with the program's own main.cpp into a test driver: after the delay in
 // TAVIMO_TEST_CLOSE_AFTER_MS it reports the visible top-level windows and closes them, as a user
-// clicking the close control would.
+// clicking the close control would, with the number of rows in its photo table.
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QTimer>
 #include <QWidget>
@@ -16,6 +17,8 @@ static void close_soon()
                 continue;
             std::cout << "visible: " << w->metaObject()->className() << ' ' << w->width() << 'x'
                       << w->height() << std::endl;
+            if (auto* table = w->findChild<QAbstractItemView*>("tableView"))
+                std::cout << "rows: " << table->model()->rowCount() << std::endl;
             w->close();
         }
     });
