@@ -36,19 +36,10 @@ void style_file_dialog(QFileDialog& dialog)
                 "QAbstractButton::hover{color:#f0f0f0;}"
                 "QAbstractButton::disabled{color:rgba(129,136,133,50%);}"
                 "QLineEdit{border: 1px solid rgb(99,99,99); background-color: rgb(38,38,38);"
-                "selection-background-color:rgb(198,213,210);selection-color:#000;}"
-                "QComboBox{padding-left:0.2em;margin-top:0px;margin-bottom:0px;outline:0px;"
-                "selection-background-color:rgb(200,210,200);font-size:12px;background-color:rgb(36,36,36);"
-                "border: 1px solid rgb(99,99,99);selection-color:#000;}"
-                "QComboBox QAbstractItemView{margin-top:0px;margin-bottom:0px;outline:0px;"
-                "selection-background-color:rgb(200,210,200);background-color:rgb(36,36,36);"
-                "border: 1px solid rgb(99,99,99);selection-color:#000;}"
-                "QComboBox QAbstractItemView::item{padding-left:0.5em;}"
-                "QComboBox::drop-down{outline:0px;selection-background-color:rgb(200,210,200);border-width:0px;"
-                "border-left:1px solid rgb(99,99,99);}"
-                "QComboBox::down-arrow{image:url(:/gui/combobox/arrow.png);width:20;}"
-                // The folder list and the side bar: input-field face, the line edits' selection.
-                "QAbstractItemView{background-color: rgb(38,38,38);border: 1px solid rgb(99,99,99);outline:0px;"
+                "selection-background-color:rgb(198,213,210);selection-color:#000;}")
+        + framed_combobox_rules
+        // The folder list and the side bar: input-field face, the line edits' selection.
+        + QString("QAbstractItemView{background-color: rgb(38,38,38);border: 1px solid rgb(99,99,99);outline:0px;"
                 "selection-background-color:rgb(198,213,210);selection-color:#000;}"
                 "QHeaderView::section{background-color: rgb(47,47,47);border: none;"
                 "border-right: 1px solid rgb(99,99,99);border-bottom: 1px solid rgb(99,99,99);padding-left: 4px;}"

@@ -256,18 +256,8 @@ void style_dialog(QInputDialog& dialog)
                 "border-image:url(:/gui/button/dark_pressed.png) 3 stretch;}"
                 "QAbstractButton::hover{color:#f0f0f0;}"
                 "QAbstractButton::disabled{color:rgba(129,136,133,50%);}"
-                "QLineEdit { border: 1px solid rgb(99,99,99); background-color: rgb(38,38,38); }"
-                "QComboBox{padding-left:0.2em;margin-top:0px;margin-bottom:0px;outline:0px;"
-                "selection-background-color:rgb(200,210,200);font-size:12px;background-color:rgb(36,36,36);"
-                "border: 1px solid rgb(99,99,99);selection-color:#000;}"
-                "QComboBox QAbstractItemView{margin-top:0px;margin-bottom:0px;outline:0px;"
-                "selection-background-color:rgb(200,210,200);background-color:rgb(36,36,36);"
-                "border: 1px solid rgb(99,99,99);selection-color:#000;}"
-                "QComboBox QAbstractItemView::item{padding-left:0.5em;}"
-                "QComboBox::drop-down{outline:0px;selection-background-color:rgb(200,210,200);border-width:0px;"
-                "border-left:1px solid rgb(99,99,99);}"
-                "QComboBox::down-arrow{image:url(:/gui/combobox/arrow.png);width:20;}")
-        + list_scrollbar_rules);
+                "QLineEdit { border: 1px solid rgb(99,99,99); background-color: rgb(38,38,38); }")
+        + framed_combobox_rules + list_scrollbar_rules);
 }
 
 void style_dialog_flat(QInputDialog& dialog)

@@ -10,6 +10,18 @@
 
 namespace ondo {
 
+const char* const framed_combobox_rules =
+    "QComboBox{padding-left:0.2em;margin-top:0px;margin-bottom:0px;outline:0px;"
+    "selection-background-color:rgb(200,210,200);font-size:12px;background-color:rgb(36,36,36);"
+    "border: 1px solid rgb(99,99,99);selection-color:#000;}"
+    "QComboBox QAbstractItemView{margin-top:0px;margin-bottom:0px;outline:0px;"
+    "selection-background-color:rgb(200,210,200);background-color:rgb(36,36,36);"
+    "border: 1px solid rgb(99,99,99);selection-color:#000;}"
+    "QComboBox QAbstractItemView::item{padding-left:0.5em;}"
+    "QComboBox::drop-down{outline:0px;selection-background-color:rgb(200,210,200);border-width:0px;"
+    "border-left:1px solid rgb(99,99,99);}"
+    "QComboBox::down-arrow{image:url(:/gui/combobox/arrow.png);width:20;}";
+
 const char* const list_scrollbar_rules =
     "QToolTip{border:1px solid rgb(99,99,99);background-image:none;background-color:rgb(47,47,47);}"
     "QScrollBar:vertical{border: none; background-color:rgb(47,47,47); width:11px; margin: 0px 0px 0px 0px; }"

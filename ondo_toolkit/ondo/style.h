@@ -11,6 +11,9 @@ namespace ondo {
 // to a widget's own sheet.
 extern const char* const list_scrollbar_rules;
 
+// The framed dark combo box with its pop-up list, as the dialogs' sheets show it.
+extern const char* const framed_combobox_rules;
+
 // The program's few style hints: list-style combo pop-ups, sliders that jump to a left click,
 // and tool-tip delays that start at the platform's values.
 class proxy_style : public QProxyStyle {
