@@ -108,6 +108,10 @@ void MainWindow::setup_layout()
     button_about = make_button(this, 23, 22, QString(), ":/images/icon_about.png",
                                tr("Show information about the application"));
     button_load_images = make_button(this, 23, 22, QString(), ":/images/icon_open.png", tr("Load images"));
+    // Named for scripts that drive the window; the tool tips change with the language.
+    button_settings->setObjectName("button_settings");
+    button_help->setObjectName("button_help");
+    button_about->setObjectName("button_about");
     button_reset = make_button(this, 23, 22, QString(), ":/images/icon_undo_small.png",
                                tr("Clear list of loaded images"));
 

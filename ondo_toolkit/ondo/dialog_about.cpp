@@ -14,6 +14,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPainter>
+#include <QRegularExpression>
 #include <QScreen>
 #include <QTextEdit>
 #include <QTextStream>
@@ -69,7 +70,10 @@ dialog_about::dialog_about(QWidget* parent, bool, const QString& logo_style_shee
     strip_layout->setSpacing(0);
     auto* logo = new label(logo_strip);
     const QImage& image = logo_image();
-    logo->setFixedSize(image.size().scaled(999999, logo_background_height - logo_margin, Qt::KeepAspectRatio));
+    // A missing picture gives an empty label, not one scaled out of nothing.
+    logo->setFixedSize(image.isNull() ? QSize(0, 0)
+                                      : image.size().scaled(999999, logo_background_height - logo_margin,
+                                                            Qt::KeepAspectRatio));
     logo->setStyleSheet("background-image:none; background-color:none;");
     logo->custom_paint = [logo](QPainter& painter) {
         painter.setRenderHint(QPainter::SmoothPixmapTransform, true);
@@ -82,6 +86,7 @@ dialog_about::dialog_about(QWidget* parent, bool, const QString& logo_style_shee
 
     auto* grid = new QGridLayout();
     grid->setContentsMargins(20, 0, 20, 0);
+    grid->setColumnStretch(1, 1);
     main_layout->addLayout(grid, 1);
     auto* version_label = new QLabel(tr("Version:"), this);
     version_label->setFont(bold);
@@ -98,6 +103,7 @@ dialog_about::dialog_about(QWidget* parent, bool, const QString& logo_style_shee
     grid->addWidget(website, 2, 1);
 
     auto* credits = new clickable_label(tr("Click here for 3rd party library information"), true, this);
+    credits->setObjectName("credits");
     main_layout->addWidget(credits, 0, Qt::AlignCenter);
     connect(credits, &clickable_label::clicked, this, [this]() {
         if (third_party_action)
@@ -112,6 +118,8 @@ dialog_about::dialog_about(QWidget* parent, bool, const QString& logo_style_shee
         this);
     copyright->setAlignment(Qt::AlignCenter);
     main_layout->addWidget(copyright, 0, Qt::AlignCenter);
+    // Keeps the last line off the window's lower edge.
+    main_layout->addSpacing(10);
 
     const QSize hint = sizeHint();
     setFixedHeight(hint.height());
@@ -184,7 +192,12 @@ void dialog_3rd_part_lib_info::add(const third_party_entry& entry)
     auto* name = new QLabel(entry.name, this);
     name->setStyleSheet("font-size:14px; font-weight:bold;");
     row->addWidget(name);
-    auto* description = new QLabel(entry.description, this);
+    // Plain text, with its web addresses made into links that open in the browser.
+    QString html = entry.description.toHtmlEscaped();
+    html.replace(QRegularExpression("(https?://[^\\s<]+)"), "<a style=\"color:#728a84;\" href=\"\\1\">\\1</a>");
+    auto* description = new QLabel("<span style=\"white-space:pre-wrap;\">" + html + "</span>", this);
+    description->setTextFormat(Qt::RichText);
+    description->setOpenExternalLinks(true);
     description->setStyleSheet("font-size:12px;");
     row->addWidget(description);
     if (!entry.license_resource.isEmpty()) {
