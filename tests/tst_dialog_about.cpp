@@ -9,8 +9,8 @@
 #include <ondo/widgets.h>
 
 #include <QApplication>
-#include <QDesktopWidget>
 #include <QLabel>
+#include <QScreen>
 #include <QtTest>
 
 using test_support::answer_next_box;
@@ -114,7 +114,7 @@ private slots:
         QFETCH(bool, centred);
         QWidget parent;
         parent.resize(400, 300);
-        const QRect screen = QApplication::desktop()->screenGeometry(-1);
+        const QRect screen = QGuiApplication::primaryScreen()->geometry();
         QRect where = parent.geometry();
         where.moveCenter(screen.center() + offset);
         parent.setGeometry(where);

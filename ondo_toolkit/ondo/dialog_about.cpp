@@ -7,7 +7,6 @@
 
 #include <QApplication>
 #include <QDateTime>
-#include <QDesktopWidget>
 #include <QFile>
 #include <QGridLayout>
 #include <QGuiApplication>
@@ -111,7 +110,7 @@ dialog_about::dialog_about(QWidget* parent, bool, const QString& logo_style_shee
     });
 
     const int year = QDateTime::currentDateTimeUtc().date().year();
-    auto* copyright = new QLabel(QString("Copyright \u00a9 2013-%1 The %2 developers (%3)")
+    auto* copyright = new QLabel(tr("Copyright © 2013-%1 The %2 developers (%3)")
                                      .arg(year)
                                      .arg(QGuiApplication::applicationDisplayName())
                                      .arg(QString::fromStdString(git_version::version())),
@@ -133,7 +132,7 @@ int dialog_about::exec_centered_on(QWidget* parent)
     QRect centred = geometry();
     centred.moveCenter(parent->geometry().center());
     // Off the screen it would be unreachable; then the window system places it.
-    if (QApplication::desktop()->screenGeometry(-1).contains(centred))
+    if (QGuiApplication::primaryScreen()->geometry().contains(centred))
         setGeometry(centred);
     setWindowModality(Qt::ApplicationModal);
     return exec();

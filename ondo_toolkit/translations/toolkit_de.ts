@@ -123,6 +123,10 @@ Der Quelltext von Qt ist unter https://download.qt.io/ und in den Quellpaketen d
         <translation>Klicke hier um Informationen über Bibliotheken von Drittanbietern zu erhalten</translation>
     </message>
     <message>
+        <source>Copyright © 2013-%1 The %2 developers (%3)</source>
+        <translation>Copyright © 2013-%1 Die Entwickler von %2 (%3)</translation>
+    </message>
+    <message>
         <source>FreeImage is an open source image library, used under the FreeImage Public License (FIPL).
 https://freeimage.sourceforge.io/</source>
         <translation>FreeImage ist eine Open-Source-Bildbibliothek, verwendet unter der FreeImage Public License (FIPL).
