@@ -9,12 +9,16 @@
 
 #include <QAbstractItemView>
 #include <QComboBox>
+#include <QFileInfo>
+#include <QLibraryInfo>
+#include <QProcess>
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSettings>
 #include <QTimer>
 #include <QTranslator>
+#include <QXmlStreamReader>
 #include <QtTest>
 
 using test_support::answer_next_box;
@@ -221,6 +225,64 @@ private slots:
             QCOMPARE(QCoreApplication::translate("ondo::application_log", "Application logs saved"),
                      QString("Anwendugsprotokolle gespeichert"));
         }
+    }
+
+    // A text given to tr in the sources or forms but missing from the German catalogue would
+    // show in English in the German program. lupdate reads them as a translator's tools do.
+    void catalogue_covers_every_text_data()
+    {
+        QTest::addColumn<QString>("sources");
+        QTest::addColumn<QString>("catalogue");
+        QTest::addColumn<QString>("name_space");
+
+        QTest::newRow("application") << "../application" << ":/translations/de" << "";
+        QTest::newRow("toolkit") << "../ondo_toolkit/ondo" << ":/translations/toolkit_de" << "ondo::";
+    }
+
+    void catalogue_covers_every_text()
+    {
+        QFETCH(QString, catalogue);
+        QFETCH(QString, name_space);
+        const QString lupdate = QLibraryInfo::location(QLibraryInfo::BinariesPath) + "/lupdate";
+        if (!QFileInfo::exists(lupdate))
+            QSKIP("lupdate is not installed");
+        QFETCH(QString, sources);
+        sources = QFileInfo(QString(__FILE__)).absoluteDir().filePath(sources);
+        const QString extracted = dir->filePath("extracted.ts");
+        QProcess run;
+        run.start(lupdate, {"-silent", "-no-obsolete", sources, "-ts", extracted});
+        QVERIFY(run.waitForFinished(60000));
+        QCOMPARE(run.exitCode(), 0);
+
+        QTranslator german;
+        QVERIFY(german.load(catalogue));
+        QFile file(extracted);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QXmlStreamReader xml(&file);
+        QString context;
+        QStringList missing;
+        int texts = 0;
+        while (!xml.atEnd()) {
+            xml.readNext();
+            if (!xml.isStartElement())
+                continue;
+            // lupdate names a toolkit class without its namespace; tr uses the full name.
+            if (xml.name() == QLatin1String("name")) {
+                context = xml.readElementText();
+                if (context != "QObject")
+                    context.prepend(name_space);
+            }
+            if (xml.name() != QLatin1String("source"))
+                continue;
+            const QString source = xml.readElementText();
+            ++texts;
+            // The program's name and "Version:" stay as they are in every language.
+            if (german.translate(context.toUtf8(), source.toUtf8()).isEmpty() && source != "Tavimo"
+                && source != "Version:")
+                missing << context + ": " + source;
+        }
+        QVERIFY(texts > 20);
+        QVERIFY2(missing.isEmpty(), qPrintable(missing.join("\n")));
     }
 };
 
