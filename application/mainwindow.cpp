@@ -56,10 +56,11 @@ MainWindow::MainWindow(QWidget* parent)
     : ondo::main_window(parent), log(ondo::application_log::instance()), ui(new Ui_MainWindow)
 {
     ondo::install_log_shortcuts(log, this);
-    // The two keys that the help page names.
-    connect(new QShortcut(QKeySequence::Open, this), &QShortcut::activated, this,
+    // The two keys that the help page names, on every platform (Qt's Ctrl is Cmd on macOS).
+    connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_O), this), &QShortcut::activated, this,
             &MainWindow::on_button_load_images_clicked);
-    connect(new QShortcut(QKeySequence::Quit, this), &QShortcut::activated, this, &MainWindow::close);
+    connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q), this), &QShortcut::activated, this,
+            &MainWindow::close);
 
     QFontDatabase::addApplicationFont(":/images/FreeSans.ttf");
     QFontDatabase::addApplicationFont(":/images/FreeSansBold.ttf");

@@ -134,6 +134,24 @@ private slots:
         QTEST(QString::fromUtf8(written.readAll()), "expected");
     }
 
+    // The two keys that the help page names do what it says.
+    void keys_on_the_page()
+    {
+        window = test_support::open_main_window();
+        window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(window));
+
+        const auto file_dialog = test_support::answer_next_box("close");
+        QTest::keyClick(window, Qt::Key_O, Qt::ControlModifier);
+        QVERIFY(file_dialog->answered);
+        QCOMPARE(file_dialog->title, QString("Select files"));
+
+        window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(window));
+        QTest::keyClick(window, Qt::Key_Q, Qt::ControlModifier);
+        QVERIFY(!window->isVisible());
+    }
+
 private:
     QTemporaryDir temp;
     url_catcher catcher;
