@@ -8,9 +8,6 @@
 #include <ondo/style.h>
 #include <ondo/termination_signals.h>
 
-#include <QLibraryInfo>
-#include <QTranslator>
-
 int main(int argc, char** argv)
 {
     qSetMessagePattern("%{time hh:mm:ss.zzz} %{if-category}%{category}: %{endif}%{message}");
@@ -34,19 +31,8 @@ int main(int argc, char** argv)
 
     const QString lang = ondo::get_language_suffix("lang");
 
-    // The translators stay installed for the whole process and are never deleted. Load results
-    // are not looked at: a missing catalogue leaves an empty translator behind.
-    static QTranslator* translators[3];
-    const QString catalogues[3][2] = {
-        {"qt_" + lang, QLibraryInfo::location(QLibraryInfo::TranslationsPath)},
-        {":/translations/" + lang, QString()},
-        {":/translations/toolkit_" + lang, QString()},
-    };
-    for (int i = 0; i < 3; ++i) {
-        translators[i] = new QTranslator();
-        translators[i]->load(catalogues[i][0], catalogues[i][1]);
-        QCoreApplication::installTranslator(translators[i]);
-    }
+    // Installed once for the whole process and never removed.
+    ondo::install_translators(lang);
 
     ondo::application_log::init(&app);
 

@@ -1,27 +1,36 @@
 #include "mainwindow.h"
 
+#include "dialog_settings.h"
 #include "drop_files_widget.h"
 #include "table_data_model.h"
 #include "ui_mainwindow.h"
+#include "user_guide.h"
 
 #include <ondo/application_information_box.h>
 #include <ondo/application_log.h>
 #include <ondo/button_dark.h>
+#include <ondo/dialog_about.h>
 #include <ondo/exiftool_data.h>
 #include <ondo/file_dialog.h>
 #include <ondo/language.h>
+#include <ondo/message_box.h>
 #include <ondo/progress_dialog.h>
 #include <ondo/style.h>
 
 #include <QApplication>
+#include <QDesktopServices>
+#include <QDir>
 #include <QFileInfo>
 #include <QFileOpenEvent>
 #include <QFontDatabase>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QProgressBar>
+#include <QShortcut>
 #include <QStandardPaths>
 #include <QStyleFactory>
+#include <QTextStream>
+#include <QUrl>
 
 #include <vector>
 
@@ -49,6 +58,11 @@ MainWindow::MainWindow(QWidget* parent)
     : ondo::main_window(parent), log(ondo::application_log::instance()), ui(new Ui_MainWindow)
 {
     ondo::install_log_shortcuts(log, this);
+    // The two keys that the help page names, on every platform (Qt's Ctrl is Cmd on macOS).
+    connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_O), this), &QShortcut::activated, this,
+            &MainWindow::on_button_load_images_clicked);
+    connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q), this), &QShortcut::activated, this,
+            &MainWindow::close);
 
     QFontDatabase::addApplicationFont(":/images/FreeSans.ttf");
     QFontDatabase::addApplicationFont(":/images/FreeSansBold.ttf");
@@ -97,6 +111,10 @@ void MainWindow::setup_layout()
     button_about = make_button(this, 23, 22, QString(), ":/images/icon_about.png",
                                tr("Show information about the application"));
     button_load_images = make_button(this, 23, 22, QString(), ":/images/icon_open.png", tr("Load images"));
+    // Named for scripts that drive the window; the tool tips change with the language.
+    button_settings->setObjectName("button_settings");
+    button_help->setObjectName("button_help");
+    button_about->setObjectName("button_about");
     button_reset = make_button(this, 23, 22, QString(), ":/images/icon_undo_small.png",
                                tr("Clear list of loaded images"));
 
@@ -289,9 +307,64 @@ void MainWindow::on_button_reset_clicked()
     cache->file_tags.clear();
 }
 
-// The fix and undo runs come with the next step of the program; settings, help and about later.
-void MainWindow::on_button_settings_clicked() {}
+void MainWindow::on_button_settings_clicked()
+{
+    const QString before = ondo::get_language_suffix("lang");
+    dialog_settings dialog(this);
+    dialog.exec();
+    if (ondo::get_language_suffix("lang") == before)
+        return;
+    // The default, on Yes, keeps the program running; the translators change only at a start.
+    const auto answer = ondo::message_box::question(this, tr("Application language changed"),
+        tr("The application language has been changed.\nThe application needs to be restarted to use the new language."),
+        tr("Continue working"), tr("Quit now"), QMessageBox::Yes);
+    if (answer == QMessageBox::No)
+        QCoreApplication::quit();
+}
 
-void MainWindow::on_button_about_clicked() {}
+void MainWindow::on_button_about_clicked()
+{
+    ondo::dialog_about about(this, false, "#logobg{ background-image:url(:/images/Head.png);}", 97, 10);
+    // No web site of its own: the row leads to the guide the program carries.
+    about.set_website(QUrl::fromLocalFile(user_guide::write(ondo::get_language_suffix("lang"), false)).toString(),
+                      QCoreApplication::applicationName());
+    about.third_party_action = [](QWidget* parent) {
+        ondo::dialog_3rd_part_lib_info info(parent);
+        info.add({"Exiftool",
+                  tr("This program reads and writes all metadata with ExifTool by Phil Harvey, used under the "
+                     "terms of Perl itself (Artistic License or GNU GPL).\nhttps://exiftool.org/"),
+                  QString()});
+        info.add({"GNU FreeFont",
+                  tr("The fonts FreeSans and FreeSans Bold, used under the GNU GPL version 3 with the font "
+                     "exception.\nhttps://www.gnu.org/software/freefont/"),
+                  QString()});
+        info.exec();
+    };
+    about.exec_centered_on(this);
+}
 
-void MainWindow::on_button_help_clicked() {}
+void MainWindow::on_button_help_clicked()
+{
+    // Read anew, so that a language chosen in this run already counts here.
+    const QString lang = ondo::get_language_suffix("lang");
+    QFile page(QString(":/help/index_%1.html").arg(lang));
+    page.open(QIODevice::ReadOnly);
+    QString text = QString::fromUtf8(page.readAll().constData());
+    // On every platform, as the page is written for the key that macOS calls Cmd.
+    text.replace("Ctrl", "Cmd");
+    text.replace("Strg", "Cmd");
+
+    const QString path = QDir::tempPath() + QString("/tavimo_help_%1.html").arg(lang);
+    QFile target(path);
+    target.open(QIODevice::WriteOnly);
+    QTextStream stream(&target);
+    stream.setCodec("UTF-8");
+    stream << text;
+    stream.flush();
+    target.close();
+    // The page's links lead to the guide beside it.
+    user_guide::write(lang, true);
+
+    // "file:///" before an absolute path gives four slashes; browsers take it.
+    QDesktopServices::openUrl(QUrl("file:///" + target.fileName()));
+}

@@ -1,6 +1,11 @@
 #include "ondo/language.h"
 
+#include "ondo/message_box.h"
+
+#include <QCoreApplication>
+#include <QLibraryInfo>
 #include <QSettings>
+#include <QTranslator>
 
 namespace ondo {
 
@@ -32,6 +37,41 @@ QString get_language_suffix(const QString& key)
 QString get_lang_value_for_locale(const QLocale& locale)
 {
     return language_codes.value(locale.language());
+}
+
+QList<QTranslator*> install_translators(const QString& lang)
+{
+    const QString catalogues[3][2] = {
+        {"qt_" + lang, QLibraryInfo::location(QLibraryInfo::TranslationsPath)},
+        {":/translations/" + lang, QString()},
+        {":/translations/toolkit_" + lang, QString()},
+    };
+    QList<QTranslator*> translators;
+    for (const auto& catalogue : catalogues) {
+        auto* translator = new QTranslator();
+        // Not looked at: a missing catalogue leaves an empty translator, and the next one or
+        // the source text shows through.
+        translator->load(catalogue[0], catalogue[1]);
+        QCoreApplication::installTranslator(translator);
+        translators << translator;
+    }
+    return translators;
+}
+
+bool ask_for_application_restart_if_language_changed(QWidget* parent, const QString& old_language)
+{
+    if (get_language_suffix("lang") == old_language)
+        return false;
+    // The buttons stand the other way round from the main window's prompt; in both the default
+    // keeps the program running.
+    const auto answer = message_box::question(parent, QObject::tr("Application language changed"),
+        QObject::tr("The application language has been changed.\nThe application needs to be restarted to use the "
+                    "new language."),
+        QObject::tr("Quit now"), QObject::tr("Continue working"), QMessageBox::No);
+    if (answer != QMessageBox::Yes)
+        return false;
+    QCoreApplication::quit();
+    return true;
 }
 
 } // namespace ondo

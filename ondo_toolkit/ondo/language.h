@@ -5,6 +5,9 @@
 #include <QMap>
 #include <QString>
 
+class QTranslator;
+class QWidget;
+
 namespace ondo {
 
 // Locales taken from the system at first start: German, then English.
@@ -19,5 +22,15 @@ QString get_language_suffix(const QString& key);
 
 // The code of the locale's language (its country does not count), or "" if it has none.
 QString get_lang_value_for_locale(const QLocale& locale);
+
+// Loads and installs, in this order, Qt's own catalogue for `lang`, the application's
+// (":/translations/<lang>") and the toolkit's (":/translations/toolkit_<lang>"). Each stays
+// installed, empty when its catalogue is missing (as all are for "en"). The caller owns them.
+QList<QTranslator*> install_translators(const QString& lang);
+
+// After a change of the stored language: asks whether to quit now or continue in the old
+// language until the next start. Quits and returns true on "Quit now"; false when the language
+// is still `old_language` or the user continues.
+bool ask_for_application_restart_if_language_changed(QWidget* parent, const QString& old_language);
 
 } // namespace ondo

@@ -1,12 +1,14 @@
 // Linked with the program's own main.cpp into a driver for screenshots: once the window is up it
 // opens the files named in TAVIMO_LOOK_FILES (separated by ':') as the operating system would,
 // and types TAVIMO_LOOK_HOURS into the hour field and TAVIMO_LOOK_ZONE into the zone field, as a
-// user would. TAVIMO_LOOK_PRESS names a button to press then ("fix" or "load"), so that a question
-// box or the file dialog stands for the picture. With TAVIMO_LOOK_QUIT_AFTER_MS set, it refuses
+// user would. TAVIMO_LOOK_PRESS names a button to press then ("fix", "load", "settings", "about",
+// or "credits" for the about box's credits line), so that a question box or a dialog stands for
+// the picture. With TAVIMO_LOOK_QUIT_AFTER_MS set, it refuses
 // whatever box is open after that time and closes the window, so that ExifTool ends with it.
 #include <QApplication>
 #include <QFileDialog>
 #include <QFileOpenEvent>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
@@ -39,9 +41,20 @@ static void look()
         }
         const QString press = qEnvironmentVariable("TAVIMO_LOOK_PRESS");
         // Queued, so that the box or dialog runs from the event loop and not inside this timer.
-        if (QPushButton* button = button_with_tool_tip(press == "fix" ? "Apply changes" : "Load images"))
-            if (!press.isEmpty())
-                QTimer::singleShot(0, button, &QPushButton::click);
+        QPushButton* button = nullptr;
+        if (press == "fix" || press == "load")
+            button = button_with_tool_tip(press == "fix" ? "Apply changes" : "Load images");
+        for (QWidget* w : QApplication::topLevelWidgets())
+            if (!button && !press.isEmpty())
+                button = w->findChild<QPushButton*>("button_" + (press == "credits" ? QString("about") : press));
+        if (button)
+            QTimer::singleShot(0, button, &QPushButton::click);
+        if (press == "credits")
+            QTimer::singleShot(500, qApp, [] {
+                if (QWidget* about = QApplication::activeModalWidget())
+                    if (auto* line = about->findChild<QLabel*>("credits"))
+                        QTest::mouseClick(line, Qt::LeftButton);
+            });
     });
 
     const int quit_after = qEnvironmentVariableIntValue("TAVIMO_LOOK_QUIT_AFTER_MS");

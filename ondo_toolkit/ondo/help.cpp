@@ -1,0 +1,47 @@
+#include "ondo/help.h"
+
+#include "ondo/language.h"
+
+#include <QCoreApplication>
+#include <QDebug>
+#include <QDesktopServices>
+#include <QDir>
+#include <QFile>
+#include <QTextStream>
+#include <QUrl>
+
+namespace ondo {
+
+void open_help(const QString& path_template)
+{
+    QString lang = get_language_suffix("lang");
+    if (!QFile::exists(path_template.arg(lang)))
+        lang = "en";
+
+    QFile page(path_template.arg(lang));
+    if (!page.open(QIODevice::ReadOnly)) {
+        qWarning() << "Could not open help file for language" << lang << "with template" << path_template
+                   << "resulting in" << page.fileName();
+        return;
+    }
+    // Up to the first zero byte, as a C string would end.
+    QString text = QString::fromUtf8(page.readAll().constData());
+
+    text.replace("Ctrl", "Cmd");
+    text.replace("Strg", "Cmd");
+    text.replace("StXrg", "Ctrl");
+    text.replace("CtXrl", "Ctrl");
+
+    const QString stem = QCoreApplication::applicationName().toLower().remove(' ');
+    QFile target(QDir::tempPath() + QString("/%1_help_%2.html").arg(stem, lang));
+    target.open(QIODevice::WriteOnly);
+    QTextStream stream(&target);
+    stream.setCodec("UTF-8");
+    stream << text;
+    stream.flush();
+    target.close();
+
+    QDesktopServices::openUrl(QUrl(QString("file:///%1").arg(target.fileName())));
+}
+
+} // namespace ondo
