@@ -171,9 +171,9 @@ void MainWindow::setup_tableview()
 {
     // The model has no parent and lives as long as the process, beyond its window; the list
     // keeps every one reachable, so that leak checkers don't count it.
-    static std::vector<table_data_model*> models;
+    static auto* const models = new std::vector<table_data_model*>; // never destroyed either
     model = new table_data_model(nullptr);
-    models.push_back(model);
+    models->push_back(model);
     ui->tableView->setModel(model);
     ui->tableView->resizeColumnsToContents();
 

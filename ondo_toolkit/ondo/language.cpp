@@ -39,8 +39,14 @@ QString get_lang_value_for_locale(const QLocale& locale)
     return language_codes.value(locale.language());
 }
 
+// Every translator installed, for the life of the process: held here, where leak checkers see
+// them reachable.
+QList<QTranslator*>* installed_translators = nullptr;
+
 QList<QTranslator*> install_translators(const QString& lang)
 {
+    if (!installed_translators)
+        installed_translators = new QList<QTranslator*>;
     const QString catalogues[3][2] = {
         {"qt_" + lang, QLibraryInfo::location(QLibraryInfo::TranslationsPath)},
         {":/translations/" + lang, QString()},
@@ -55,6 +61,7 @@ QList<QTranslator*> install_translators(const QString& lang)
         QCoreApplication::installTranslator(translator);
         translators << translator;
     }
+    *installed_translators << translators;
     return translators;
 }
 
