@@ -64,8 +64,7 @@ private slots:
         const QString path = QDir::tempPath() + QString("/tavimo_help_%1.html").arg(lang);
         QCOMPARE(catcher.urls.size(), 2);
         QCOMPARE(catcher.urls.last(), catcher.urls.first());
-        QCOMPARE(catcher.urls.first().toString(QUrl::None), "file:///" + path);
-        QVERIFY(catcher.urls.first().toString(QUrl::None).startsWith("file:////"));
+        QCOMPARE(catcher.urls.first().toString(QUrl::None), "file:///" + path); // four slashes
         QFile written(path);
         QVERIFY(written.open(QIODevice::ReadOnly));
         const QString text = QString::fromUtf8(written.readAll());

@@ -59,7 +59,6 @@ private slots:
 
         const QString context = " (photo.cpp:42, void load())";
         QTest::newRow("warning goes to cout") << int(QtWarningMsg) << false << true << "" << false << "Warning: @ hello";
-        QTest::newRow("critical") << int(QtCriticalMsg) << false << true << "" << true << "Critical: @ hello";
         QTest::newRow("debug with context") << int(QtDebugMsg) << true << true << "" << false << "Debug: @ hello" + context;
         QTest::newRow("critical with context") << int(QtCriticalMsg) << true << true << "" << true
                                                << "Critical: @ hello" + context;

@@ -16,19 +16,18 @@ private slots:
         QTest::addColumn<QString>("a");
         QTest::addColumn<QString>("b");
         QTest::addColumn<bool>("a_first");
-        QTest::addColumn<bool>("b_first");
-        QTest::newRow("file9 before file10") << "file9" << "file10" << true << false;
-        QTest::newRow("prefix first") << "a" << "ab" << true << false;
-        QTest::newRow("empty before a") << "" << "a" << true << false;
-        QTest::newRow("empty against empty") << "" << "" << false << false;
-        QTest::newRow("digit before letter") << "a1" << "aa" << true << false;
-        QTest::newRow("no folding of case") << "B" << "a" << true << false;
-        QTest::newRow("a01 against a1") << "a01" << "a1" << false << false;
-        QTest::newRow("zeros in front, then the rest decides") << "a01b" << "a1c" << true << false;
+        QTest::newRow("file9 before file10") << "file9" << "file10" << true;
+        QTest::newRow("prefix first") << "a" << "ab" << true;
+        QTest::newRow("empty before a") << "" << "a" << true;
+        QTest::newRow("empty against empty") << "" << "" << false;
+        QTest::newRow("digit before letter") << "a1" << "aa" << true;
+        QTest::newRow("no folding of case") << "B" << "a" << true;
+        QTest::newRow("a01 against a1") << "a01" << "a1" << false;
+        QTest::newRow("zeros in front, then the rest decides") << "a01b" << "a1c" << true;
         // An Arabic-Indic three is a digit, worth its low byte less 0x30: 0x63 - 0x30 = 51.
-        QTest::newRow("another script's digits") << QString("x") + QChar(0x0663) << "x52" << true << false;
+        QTest::newRow("another script's digits") << QString("x") + QChar(0x0663) << "x52" << true;
         // 2^64 + 1 wraps around to 1.
-        QTest::newRow("20 digits wrap") << "x18446744073709551617" << "x2" << true << false;
+        QTest::newRow("20 digits wrap") << "x18446744073709551617" << "x2" << true;
     }
 
     void natural_order()
@@ -36,7 +35,7 @@ private slots:
         QFETCH(QString, a);
         QFETCH(QString, b);
         QTEST(ondo::compare_qstring_naturally(a, b), "a_first");
-        QTEST(ondo::compare_qstring_naturally(b, a), "b_first");
+        QVERIFY(!ondo::compare_qstring_naturally(b, a)); // no row has b before a
     }
 
     void rotate_by_quarter_turns_data()
@@ -83,7 +82,6 @@ private slots:
         QTest::addColumn<QByteArray>("data");
         QTest::addColumn<uint>("seed");
         QTest::addColumn<uint>("hash");
-        QTest::newRow("empty") << QByteArray() << 0u << 0u;
         QTest::newRow("empty, seed 1") << QByteArray() << 1u << 0x514E28B7u;
         QTest::newRow("empty, all ones") << QByteArray() << 0xFFFFFFFFu << 0x81F16F39u;
         QTest::newRow("four zeros") << QByteArray(4, '\0') << 0u << 0x2362F9DEu;
@@ -172,9 +170,7 @@ private slots:
         QVERIFY(ondo::read_dir(dir.filePath("missing").toStdString()).empty());
 
         QCOMPARE(QString::fromStdString(ondo::current_working_dir()), QDir::currentPath());
-        const std::string formatted = ondo::snprintf(64, "%s %04d", "row", 7);
-        QCOMPARE(formatted, std::string("row 0007"));
-        QCOMPARE(formatted.size(), std::size_t(8));
+        QCOMPARE(ondo::snprintf(64, "%s %04d", "row", 7), std::string("row 0007"));
     }
 };
 
