@@ -12,13 +12,13 @@
 #include <ondo/dialog_about.h>
 #include <ondo/exiftool_data.h>
 #include <ondo/file_dialog.h>
+#include <ondo/help.h>
 #include <ondo/language.h>
 #include <ondo/message_box.h>
 #include <ondo/progress_dialog.h>
 #include <ondo/style.h>
 
 #include <QApplication>
-#include <QDesktopServices>
 #include <QDir>
 #include <QFileInfo>
 #include <QFileOpenEvent>
@@ -29,7 +29,6 @@
 #include <QShortcut>
 #include <QStandardPaths>
 #include <QStyleFactory>
-#include <QTextStream>
 #include <QUrl>
 
 #include <vector>
@@ -354,17 +353,7 @@ void MainWindow::on_button_help_clicked()
     text.replace("Ctrl", "Cmd");
     text.replace("Strg", "Cmd");
 
-    const QString path = QDir::tempPath() + QString("/tavimo_help_%1.html").arg(lang);
-    QFile target(path);
-    target.open(QIODevice::WriteOnly);
-    QTextStream stream(&target);
-    stream.setCodec("UTF-8");
-    stream << text;
-    stream.flush();
-    target.close();
     // The page's links lead to the guide beside it.
     user_guide::write(lang, true);
-
-    // "file:///" before an absolute path gives four slashes; browsers take it.
-    QDesktopServices::openUrl(QUrl("file:///" + target.fileName()));
+    ondo::show_help_page(QDir::tempPath() + QString("/tavimo_help_%1.html").arg(lang), text);
 }

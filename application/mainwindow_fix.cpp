@@ -105,18 +105,24 @@ void MainWindow::on_button_fix_time_clicked()
                    tr("Abort"), QMessageBox::NoButton)
             != QMessageBox::No;
     };
-    auto cell = [this](int row, int column) {
-        return model->data(model->index(row, column), Qt::UserRole);
+    // The files as they stand now, read once: the questions count them, and the run works
+    // through them even if a click on a column header re-sorts the table between two files.
+    struct planned_file {
+        QString path;
+        QDateTime time, new_time;
     };
+    QVector<planned_file> plan;
+    for (int row = 0; row < model->rowCount(); ++row) {
+        auto cell = [this, row](int column) { return model->data(model->index(row, column), Qt::UserRole); };
+        plan.append({cell(0).toString(), cell(1).toDateTime(), cell(2).toDateTime()});
+    }
 
     // Nothing is written before the questions are through, so "Abort" leaves everything as it was.
     // With a zone entered only CR3 files are asked about; without one, missing zones and 1972.
     if (model->has_timezone) {
-        int cr3_files = 0;
-        for (int row = 0; row < model->rowCount(); ++row) {
-            if (cell(row, 0).toString().endsWith(QLatin1String(".cr3"), Qt::CaseInsensitive))
-                ++cr3_files;
-        }
+        const auto cr3_files = std::count_if(plan.begin(), plan.end(), [](const planned_file& file) {
+            return file.path.endsWith(QLatin1String(".cr3"), Qt::CaseInsensitive);
+        });
         if (cr3_files >= 1
             && !ask(tr("Trying to alter/set timezone of %1 CR3 images.\nThe CR3 format does not support timezone information.\nAll other values except the timezone will work normally.")
                         .arg(QString::number(cr3_files))))
@@ -125,15 +131,12 @@ void MainWindow::on_button_fix_time_clicked()
         const QDateTime bound(QDate(1972, 1, 1), QTime(0, 0, 0, 0), Qt::LocalTime);
         int early_files = 0;
         int zoneless_files = 0;
-        for (int row = 0; row < model->rowCount(); ++row) {
-            const QString path = cell(row, 0).toString();
-            const QDateTime time = cell(row, 1).toDateTime();
-            const QDateTime new_time = cell(row, 2).toDateTime();
-            if (new_time.isValid() && new_time < bound)
+        for (const planned_file& file : plan) {
+            if (file.new_time.isValid() && file.new_time < bound)
                 ++early_files;
-            if (time.isValid() && new_time.isValid()) {
-                const exif_tag_map tags = cache->file_tags[path];
-                exif_tag_map record = cache->file_data[path];
+            if (file.time.isValid() && file.new_time.isValid()) {
+                const exif_tag_map tags = cache->file_tags[file.path];
+                exif_tag_map record = cache->file_data[file.path];
                 if ((tags.count(QStringLiteral("IPTC:DateCreated")) || tags.count(QStringLiteral("IPTC:TimeCreated")))
                     && record[QStringLiteral("iptc_timezone")].isEmpty())
                     ++zoneless_files;
@@ -150,15 +153,6 @@ void MainWindow::on_button_fix_time_clicked()
     }
 
     const run_guard guard(this);
-    // The files as they stand now: a click on a column header between two files re-sorts the
-    // table, and the run must neither skip nor repeat a file because of it.
-    struct planned_file {
-        QString path;
-        QDateTime time, new_time;
-    };
-    QVector<planned_file> plan;
-    for (int row = 0; row < model->rowCount(); ++row)
-        plan.append({cell(row, 0).toString(), cell(row, 1).toDateTime(), cell(row, 2).toDateTime()});
     const int resets_before = resets;
 
     // Only the last run can be undone.
@@ -204,14 +198,11 @@ void MainWindow::on_button_fix_time_clicked()
             }
         }
 
-        for (const QString& tag : time_tags(record)) {
-            if (!values.count(tag))
-                continue;
+        const exif_tag_map chosen = values;
+        for (const auto& [tag, text] : chosen) {
             for (const QString& copy : exif_copies(tags, tag)) {
-                if (values.count(copy))
-                    continue;
-                values[copy] = values[tag];
-                undo << undo_entry{copy, true, tags.at(copy)};
+                if (values.emplace(copy, text).second)
+                    undo << undo_entry{copy, true, tags.at(copy)};
             }
         }
         // The undo deletes a tag only if this run added it; a delete of a tag the file never

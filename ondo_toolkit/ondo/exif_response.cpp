@@ -12,13 +12,18 @@ exif_response::exif_response() : QObject(nullptr) {}
 
 exif_response::~exif_response() = default;
 
-void exif_response::mark_ready()
+// May run on the worker thread; the timer lives on the asking thread, so its stop is queued then.
+void exif_response::stop_timer()
 {
-    // Runs on the worker thread; the timer lives on the asking thread, so its stop is queued.
     if (QTimer* timer = timeout_timer.load(std::memory_order_acquire)) {
         const unchecked_by_thread_sanitizer qt_copies;
         QMetaObject::invokeMethod(timer, "stop", Qt::AutoConnection);
     }
+}
+
+void exif_response::mark_ready()
+{
+    stop_timer();
     if (aborted_flag.load(std::memory_order_acquire))
         return;
     QAbstractEventDispatcher* waiter = QAbstractEventDispatcher::instance(thread());
@@ -31,15 +36,20 @@ void exif_response::mark_ready()
 
 void exif_response::mark_error(exif_error e)
 {
-    if (QTimer* timer = timeout_timer.load(std::memory_order_acquire))
-        QMetaObject::invokeMethod(timer, "stop", Qt::AutoConnection);
+    record_error(e, true);
+}
+
+void exif_response::record_error(exif_error e, bool clear_ready)
+{
+    stop_timer();
     if (aborted_flag.load(std::memory_order_acquire))
         return;
     QAbstractEventDispatcher* waiter = QAbstractEventDispatcher::instance(thread());
     error_code = e;
     emit error(e);
     emit finished();
-    ready_flag.store(false, std::memory_order_release);
+    if (clear_ready)
+        ready_flag.store(false, std::memory_order_release);
     wake(waiter);
 }
 
@@ -54,15 +64,9 @@ void exif_response::timeout()
 {
     if (ready_flag.load(std::memory_order_acquire) && !aborted_flag.load(std::memory_order_acquire))
         return;
-    // Not mark_error: the worker may set the ready mark between the check above and here, and
+    // The ready mark stays: the worker may set it between the check above and here, and
     // clearing it then would leave await() waiting for an answer that has already come.
-    if (QTimer* timer = timeout_timer.load(std::memory_order_acquire))
-        timer->stop();
-    if (aborted_flag.load(std::memory_order_acquire))
-        return;
-    error_code = exif_error::timeout;
-    emit error(exif_error::timeout);
-    emit finished();
+    record_error(exif_error::timeout, false);
 }
 
 bool exif_response::is_ready() const

@@ -60,6 +60,9 @@ signals:
     void finished();
 
 private:
+    void stop_timer();
+    // Records `e` and emits error and finished; `clear_ready` also takes back a ready mark.
+    void record_error(exif_error e, bool clear_ready);
     static void wake(QAbstractEventDispatcher* waiter);
 };
 

@@ -61,15 +61,15 @@ bool is_safe_tag_name(const QString& name)
     static const QRegularExpression option(QStringLiteral(
         "^(a|duplicates|args?|argformat|b|binary|c|coordformat|config|csv|csvdelim|d|dateformat|"
         "delete_original|diff|e|composite|ee\\d*|extractembedded\\d*|efile\\d?|ec|escapec|"
-        "echo\\d?|e[xX]|escapehtml|escapexml|ext|extension|f|forceprint|f[-+]?\\d*|fixbase[-+]?\\d*|"
-        "fast\\d*|fileorder\\d*|g\\d*|groupheadings|g\\d*|groupnames|h|htmlformat|hex|htmldump\\d*|"
+        "echo\\d?|ex|escapehtml|escapexml|ext|extension|f[-+]?\\d*|forceprint|fixbase[-+]?\\d*|"
+        "fast\\d*|fileorder\\d*|g\\d*|groupheadings|groupnames|h|htmlformat|hex|htmldump\\d*|"
         "i|ignore|if\\d*|j|json|k|pause|l|long|latin|lang|listitem|list[a-z]*|m|ignoreminorerrors|n|"
         "printconv|o|out|overwrite_original(_in_place)?|p|printformat|preserve|progress\\d*|q|quiet|"
         "r|recurse|restore_original|s\\d*|short\\d*|veryshort|scanforxmp|sep|separator|sort\\d*|"
-        "stay_open|struct|t|tab|table|tagsfromfile|addtagsfromfile|alltagsfromfile|u|unknown2?|"
+        "stay_open|struct|t|tab|table|(add|all)?tagsfromfile|u|unknown2?|"
         "userparam|use|v\\d*|verbose\\d*|validate|ver|w|textout|tagout|wext|wm|writemode|x|exclude|"
         "xmlformat|z|zip|api|common_args|execute\\d*|geotag|geosync|geolocation|globaltimeshift|"
-        "srcfile|password|php|plot|charset|file\\d+|efile|php|htmldump|fileorder)$"),
+        "srcfile|password|php|plot|charset|file\\d+)$"),
         QRegularExpression::CaseInsensitiveOption);
     return shape.match(name).hasMatch() && (name.contains(QLatin1Char(':')) || !option.match(name).hasMatch());
 }
@@ -201,15 +201,9 @@ exif_tag_map exiftool::read_tags(const QString& file, bool group_names, bool log
     if (group_names)
         command += "-G1\n";
     command += "-a\n-fast\n" + file + "\n";
-    exif_response* response = start_task(file, "read", command.toUtf8());
-    if (!response->await(wait_limit_ms)) {
-        response->deleteLater();
-        return {};
-    }
-    const exif_tag_map result = parse_args_output(QString::fromUtf8(response->data));
+    const exif_tag_map result = run_read(file, "read", command);
     if (log_result && exiftool_log().isDebugEnabled())
         qCDebug(exiftool_log()) << file << result;
-    response->deleteLater();
     return result;
 }
 

@@ -33,14 +33,18 @@ void open_help(const QString& path_template)
     text.replace("CtXrl", "Ctrl");
 
     const QString stem = QCoreApplication::applicationName().toLower().remove(' ');
-    QFile target(QDir::tempPath() + QString("/%1_help_%2.html").arg(stem, lang));
+    show_help_page(QDir::tempPath() + QString("/%1_help_%2.html").arg(stem, lang), text);
+}
+
+void show_help_page(const QString& path, const QString& text)
+{
+    QFile target(path);
     target.open(QIODevice::WriteOnly);
     QTextStream stream(&target);
     stream.setCodec("UTF-8");
     stream << text;
     stream.flush();
     target.close();
-
     QDesktopServices::openUrl(QUrl(QString("file:///%1").arg(target.fileName())));
 }
 

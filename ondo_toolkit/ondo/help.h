@@ -10,4 +10,8 @@ namespace ondo {
 // "CtXrl" or "StXrg"; both come out as "Ctrl". Warns and opens nothing if no page can be read.
 void open_help(const QString& path_template);
 
+// Writes `text` as UTF-8 to `path`, replacing what was there, and opens it in the system's
+// browser by a "file:///" URL (four slashes before an absolute path; browsers take it).
+void show_help_page(const QString& path, const QString& text);
+
 } // namespace ondo
