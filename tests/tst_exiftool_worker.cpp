@@ -317,26 +317,6 @@ private slots:
         }
         QCOMPARE(log.count("Not writing"), 0);
     }
-
-    void time_limit_does_not_end_wait()
-    {
-        fake_perl perl;
-        perl.rule("delay", "0", "700");
-        perl.rule("reply", "0", "late\n");
-        exiftool::start();
-        ondo::next_task_id = 0;
-
-        exif_response* response = exiftool::start_task("f.jpg", "read", "f.jpg\n");
-        QSignalSpy errors(response, &exif_response::error);
-        std::atomic<int> finished{0};
-        connect(response, &exif_response::finished, response, [&] { ++finished; }, Qt::DirectConnection);
-        QVERIFY(response->await(100));
-        QCOMPARE(response->get_data(), QByteArray("late\n"));
-        QCOMPARE(response->get_error(), ondo::exif_error::timeout);
-        QCOMPARE(errors.count(), 1);
-        QTRY_COMPARE(finished.load(), 2); // once for the time limit, once for the late output
-        delete response;
-    }
 };
 
 QTEST_GUILESS_MAIN(tst_exiftool_worker)

@@ -178,18 +178,6 @@ private slots:
         QCOMPARE(time.last(), QString(tags.startsWith("IFD0:") ? "IFD0:DateTimeOriginal" : "System:FileCreateDate"));
     }
 
-    void no_metadata_gives_the_file_time()
-    {
-        QTemporaryDir dir;
-        const QDateTime before = QDateTime::currentDateTime().addSecs(-2);
-        const QString path = test_support::make_tagged_photo(dir.path(), "plain.png");
-        const QDateTime after = QDateTime::currentDateTime().addSecs(2);
-        table_data_model model;
-        model.add_file(path, false);
-        const QDateTime recorded = model.data(model.index(0, 1), Qt::UserRole).toDateTime();
-        QVERIFY2(recorded >= before && recorded <= after, qPrintable(recorded.toString(Qt::ISODate)));
-    }
-
     void sort_data()
     {
         QTest::addColumn<int>("column");
