@@ -23,17 +23,31 @@ namespace {
 const QString fix_tip = "Apply changes to the timestamps of the images";
 const QString undo_tip = "Undo the last set of timestamp changes";
 
-// Everything ExifTool lists, all duplicates included, but what a fix run and its undo may change:
-// the nine time tags, what the file system keeps of its own, the composite dates derived from
-// them and the IPTC digests.
+// The whole listing, all duplicates included, but for what moves by itself.
+QStringList listing(const QString& path)
+{
+    static const QRegularExpression own("^-(System:File(Access|InodeChange)Date|File:CurrentIPTCDigest|Photoshop:IPTCDigest|"
+                                        "XMP-x:XMPToolkit|ExifTool:[A-Za-z]+)=|^-[^=]*(Offset|Start)=");
+    QStringList kept;
+    for (QString line : test_support::run(TAVIMO_EXIFTOOL_SCRIPT, {"-G1", "-a", "-args", "-sort", path}).split('\n')) {
+        if (own.match(line).hasMatch())
+            continue;
+        // An IPTC time comes back at +00:00, with its clock reading; so do the dates made from it.
+        if (line.startsWith("-IPTC:TimeCreated=") || line.startsWith("-Composite:"))
+            line.replace(QRegularExpression("[+-]\\d\\d:\\d\\d$"), "");
+        kept << line;
+    }
+    return kept;
+}
+
+// The listing but for what a fix run and its undo may change: the nine time tags, what the file
+// system keeps of its own and the composite dates derived from them.
 QStringList other_tags(const QString& path)
 {
     static const QStringList time = time_tags({}) << "IFD0:DateTimeOriginal";
-    static const QRegularExpression changing(
-        "^(ExifTool:|System:|Composite:.*(Date|Time)|File:CurrentIPTCDigest$|Photoshop:IPTCDigest$|XMP-x:XMPToolkit$|"
-        "IPTC:ApplicationRecordVersion$|.*(Offset|Start)$)");
+    static const QRegularExpression changing("^(System:|Composite:.*(Date|Time)|IPTC:ApplicationRecordVersion$)");
     QStringList kept;
-    for (const QString& line : test_support::run(TAVIMO_EXIFTOOL_SCRIPT, {"-G1", "-a", "-args", "-sort", path}).split('\n')) {
+    for (const QString& line : listing(path)) {
         const QString tag = line.mid(1).section('=', 0, 0);
         if (!time.contains(tag) && !changing.match(tag).hasMatch())
             kept << line;
@@ -199,26 +213,20 @@ private slots:
 
     void failed_files_are_offered_for_undo_data()
     {
-        QTest::addColumn<int>("good_files");
         QTest::addColumn<QString>("answer");
-        QTest::addColumn<bool>("undo_left");
-
-        QTest::newRow("keep changes") << 2 << "Keep changes" << true;
-        QTest::newRow("undo changes") << 2 << "Undo Changes" << false;
-        QTest::newRow("every file fails") << 0 << "Keep changes" << false;
+        QTest::newRow("keep changes") << "Keep changes";
+        QTest::newRow("undo changes") << "Undo Changes";
     }
 
     void failed_files_are_offered_for_undo()
     {
-        QFETCH(int, good_files);
         QFETCH(QString, answer);
-        QStringList good;
-        for (int i = 0; i < good_files; ++i)
-            good << photo(QString("good%1.jpg").arg(i), "ExifIFD:DateTimeOriginal=#");
         // Files that vanish between the load and the run: ExifTool reports them not updated.
-        const QStringList bad = {photo("gone1.jpg", "ExifIFD:DateTimeOriginal=#"),
-                                 photo("gone2.jpg", "ExifIFD:DateTimeOriginal=#")};
-
+        QStringList good, bad;
+        for (int i = 0; i < 2; ++i) {
+            good << photo(QString("good%1.jpg").arg(i), "ExifIFD:DateTimeOriginal=#");
+            bad << photo(QString("gone%1.jpg").arg(i), "ExifIFD:DateTimeOriginal=#");
+        }
         load_and_type(good + bad, "lineedit_hour", "1");
         for (const QString& path : bad)
             QVERIFY(QFile::remove(path));
@@ -230,7 +238,7 @@ private slots:
         QCOMPARE(shown->buttons, QStringList({"Keep changes", "Undo Changes"}));
         QCOMPARE(shown->text, QString("The following 2 files could not be fixed:\n%1\n\n Do you want to keep the "
                                       "changes in the other files").arg(bad.join('\n')));
-        QTEST(button(undo_tip)->isEnabled(), "undo_left");
+        QCOMPARE(button(undo_tip)->isEnabled(), answer == "Keep changes");
         const QString expected = expand(answer == "Keep changes" ? "@" : "#");
         for (const QString& path : good)
             QCOMPARE(test_support::read_back(path).at("ExifIFD:DateTimeOriginal"), expected);
@@ -305,9 +313,7 @@ private slots:
         const QString good = test_support::make_tagged_photo(album, "good.jpg", test_support::tag_map(expand("ExifIFD:DateTimeOriginal=#;IFD0:Make=V")));
         const QStringList crafted = {"\n-if\nsystem('touch X') || 1", "\n-all=\n-overwrite_original", "\n-w!\n%d%f.%e",
                                      "a.jpg\n-stay_open\n0", "b.jpg\r"};
-        // Harmless behind the folder's absolute path: these are read and shifted like any photo.
-        const QStringList odd = {"-all=", "#c.jpg", " d.jpg"};
-        for (const QString& name : crafted + odd)
+        for (const QString& name : crafted)
             QVERIFY(QFile::copy(good, QDir(album).filePath(name)));
         const QStringList names_before = QDir(album).entryList(QDir::Files | QDir::Hidden);
         const QByteArray good_bytes = [&] { QFile f(good); f.open(QIODevice::ReadOnly); return f.readAll(); }();
@@ -319,7 +325,7 @@ private slots:
             QFileOpenEvent open(album);
             QApplication::sendEvent(qApp, &open);
         }
-        QCOMPARE(rows(), crafted.size() + odd.size() + 1);
+        QCOMPARE(rows(), crafted.size() + 1);
         for (const QString& name : crafted) // refused at load: nothing read of them
             QVERIFY(exif_cache::instance()->file_tags.at(QDir(album).filePath(name)).empty());
         QCOMPARE(QFile(good).open(QIODevice::ReadOnly) ? QFile(good).size() : -1, qint64(good_bytes.size()));
@@ -332,11 +338,9 @@ private slots:
         QVERIFY(shown->text.startsWith(QString("The following %1 files could not be fixed:").arg(crafted.size())));
         for (const QString& name : crafted)
             QVERIFY(shown->text.contains(QDir(album).filePath(name)));
-        for (const QString& name : odd + QStringList{"good.jpg"}) {
-            const exif_tag_map now = test_support::read_back(QDir(album).filePath(name));
-            QCOMPARE(now.at("ExifIFD:DateTimeOriginal"), expand("@"));
-            QCOMPARE(now.at("IFD0:Make"), QString("V"));
-        }
+        const exif_tag_map now = test_support::read_back(good);
+        QCOMPARE(now.at("ExifIFD:DateTimeOriginal"), expand("@"));
+        QCOMPARE(now.at("IFD0:Make"), QString("V"));
         QCOMPARE(QDir(album).entryList(QDir::Files | QDir::Hidden), names_before);
         QVERIFY(!QFile::exists("X") && !QFile::exists(dir->filePath("X")) && !QFile::exists(QDir(album).filePath("X")));
     }
@@ -417,22 +421,6 @@ private slots:
     }
 
 private:
-    // The whole listing, all duplicates included, but for what moves by itself.
-    static QStringList listing(const QString& path)
-    {
-        static const QRegularExpression own("^-(System:File(Access|InodeChange)Date|File:CurrentIPTCDigest|Photoshop:IPTCDigest|"
-                                            "XMP-x:XMPToolkit|ExifTool:[A-Za-z]+)=|^-[^=]*(Offset|Start)=");
-        QStringList kept;
-        for (QString line : test_support::run(TAVIMO_EXIFTOOL_SCRIPT, {"-G1", "-a", "-args", "-sort", path}).split('\n')) {
-            if (own.match(line).hasMatch())
-                continue;
-            // An IPTC time comes back at +00:00, with its clock reading; so do the dates made from it.
-            if (line.startsWith("-IPTC:TimeCreated=") || line.startsWith("-Composite:"))
-                line.replace(QRegularExpression("[+-]\\d\\d:\\d\\d$"), "");
-            kept << line;
-        }
-        return kept;
-    }
     // A photo with `tags` ("tag=value;..."); an IPTC:TimeCreated without zone is stored so.
     QString photo(const QString& name, const QString& tags)
     {
