@@ -9,7 +9,6 @@
 
 #include <QFileOpenEvent>
 #include <QHeaderView>
-#include <QImage>
 #include <QProgressDialog>
 #include <QLineEdit>
 #include <QPushButton>
@@ -24,17 +23,31 @@ namespace {
 const QString fix_tip = "Apply changes to the timestamps of the images";
 const QString undo_tip = "Undo the last set of timestamp changes";
 
-// Everything ExifTool lists, all duplicates included, but what a fix run and its undo may change:
-// the nine time tags, what the file system keeps of its own, the composite dates derived from
-// them and the IPTC digests.
+// The whole listing, all duplicates included, but for what moves by itself.
+QStringList listing(const QString& path)
+{
+    static const QRegularExpression own("^-(System:File(Access|InodeChange)Date|File:CurrentIPTCDigest|Photoshop:IPTCDigest|"
+                                        "XMP-x:XMPToolkit|ExifTool:[A-Za-z]+)=|^-[^=]*(Offset|Start)=");
+    QStringList kept;
+    for (QString line : test_support::run(TAVIMO_EXIFTOOL_SCRIPT, {"-G1", "-a", "-args", "-sort", path}).split('\n')) {
+        if (own.match(line).hasMatch())
+            continue;
+        // An IPTC time comes back at +00:00, with its clock reading; so do the dates made from it.
+        if (line.startsWith("-IPTC:TimeCreated=") || line.startsWith("-Composite:"))
+            line.replace(QRegularExpression("[+-]\\d\\d:\\d\\d$"), "");
+        kept << line;
+    }
+    return kept;
+}
+
+// The listing but for what a fix run and its undo may change: the nine time tags, what the file
+// system keeps of its own and the composite dates derived from them.
 QStringList other_tags(const QString& path)
 {
     static const QStringList time = time_tags({}) << "IFD0:DateTimeOriginal";
-    static const QRegularExpression changing(
-        "^(ExifTool:|System:|Composite:.*(Date|Time)|File:CurrentIPTCDigest$|Photoshop:IPTCDigest$|XMP-x:XMPToolkit$|"
-        "IPTC:ApplicationRecordVersion$|.*(Offset|Start)$)");
+    static const QRegularExpression changing("^(System:|Composite:.*(Date|Time)|IPTC:ApplicationRecordVersion$)");
     QStringList kept;
-    for (const QString& line : test_support::run(TAVIMO_EXIFTOOL_SCRIPT, {"-G1", "-a", "-args", "-sort", path}).split('\n')) {
+    for (const QString& line : listing(path)) {
         const QString tag = line.mid(1).section('=', 0, 0);
         if (!time.contains(tag) && !changing.match(tag).hasMatch())
             kept << line;
@@ -89,7 +102,6 @@ private slots:
         };
         const char* exif = "ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=#;IFD0:ModifyDate=#";
         const char* iptc = "ExifIFD:DateTimeOriginal=#;IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05+05:30";
-        // This system keeps no creation time, so ExifTool reads no System:FileCreateDate to write.
         row("one hour, no zone", exif, "",
             "ExifIFD:CreateDate=@;ExifIFD:DateTimeOriginal=@;IFD0:ModifyDate=@;System:FileInodeChangeDate=@;"
             "System:FileModifyDate=@", "System:FileModifyDate=@+02:00", "");
@@ -105,14 +117,6 @@ private slots:
         row("a copy in IFD0 is written along", "ExifIFD:DateTimeOriginal=#;IFD0:DateTimeOriginal=#", "",
             "ExifIFD:DateTimeOriginal=@;IFD0:DateTimeOriginal=@;System:FileInodeChangeDate=@;System:FileModifyDate=@",
             "IFD0:DateTimeOriginal=@", "ExifIFD:DateTimeOriginal=#;IFD0:DateTimeOriginal=#");
-        row("file zone plus entered zone", iptc, "-1.5",
-            "ExifIFD:DateTimeOriginal=@;IPTC:DateCreated=@+04:00;IPTC:TimeCreated=@+04:00;"
-            "System:FileInodeChangeDate=@+04:00;System:FileModifyDate=@+04:00",
-            "IPTC:TimeCreated=19:30:05+04:00", "");
-        row("IFD0 only: no ExifIFD line", "IFD0:DateTimeOriginal=#;XMP-photoshop:DateCreated=#", "",
-            "IFD0:DateTimeOriginal=@;System:FileInodeChangeDate=@;System:FileModifyDate=@;XMP-photoshop:DateCreated=@",
-            "IFD0:DateTimeOriginal=@",
-            "IFD0:DateTimeOriginal=#;XMP-photoshop:DateCreated=#");
     }
 
     void writes_and_undoes_the_worked_examples()
@@ -129,8 +133,6 @@ private slots:
         exif_tag_map now = test_support::read_back(path);
         const QString tag = read_back.section('=', 0, 0);
         QCOMPARE(tag + "=" + (now.count(tag) ? now.at(tag) : QString("<absent>")), expand(read_back));
-        QCOMPARE(now.count("ExifIFD:DateTimeOriginal"), size_t(tags.count("ExifIFD:DateTimeOriginal")));
-        // Every run ends with an empty table and, after a success, something to undo.
         QCOMPARE(rows(), 0);
         QVERIFY(button(undo_tip)->isEnabled());
         if (undo.isEmpty())
@@ -149,45 +151,36 @@ private slots:
         QVERIFY(!now.count("IPTC:DateCreated") && !now.count("IPTC:TimeCreated"));
     }
 
-    // Files are "name|tags"; questions are the start of each text, in order.
+    // Files are "name|tags", shifted back a second; questions are the start of each text, in order.
     void questions_before_the_run_data()
     {
         QTest::addColumn<QStringList>("files");
-        QTest::addColumn<QString>("field");
-        QTest::addColumn<QString>("offset");
         QTest::addColumn<QString>("zone");
         QTest::addColumn<QStringList>("answers");
         QTest::addColumn<QStringList>("questions");
         QTest::addColumn<bool>("written");
-        auto row = [](const char* name, const QStringList& files, const char* field, const char* offset, const char* zone,
-                       const QStringList& answers, const QStringList& questions, bool written) {
-            QTest::newRow(name) << files << QString(field) << QString(offset) << QString(zone) << answers << questions
-                                << written;
+        auto row = [](const char* name, const QStringList& files, const char* zone, const QStringList& answers,
+                       const QStringList& questions, bool written) {
+            QTest::newRow(name) << files << QString(zone) << answers << questions << written;
         };
         const QString dto = "ExifIFD:DateTimeOriginal=";
-        const char *hour = "lineedit_hour", *second = "lineedit_second";
         const QString zoneless = "1 files do not have any timezone information set", early = "1 files would be assigned";
-        row("empty table asks nothing", {}, hour, "1", "", {}, {}, false);
-        row("CR3 with a zone, aborted", {"X.CR3|", "b.jpg|" + dto + "#"}, hour, "1", "0", {"Abort"},
+        row("CR3 with a zone, aborted", {"X.CR3|", "b.jpg|" + dto + "#"}, "0", {"Abort"},
             {"Trying to alter/set timezone of 1 CR3 images."}, false);
-        row("CR3 without a zone asks nothing", {"X.cr3|", "b.jpg|" + dto + "#"}, hour, "1", "", {}, {}, true);
-        row("a zone skips the 1972 question", {"a.jpg|" + dto + "1972:01:01 00:00:00"}, second, "-1", "1", {}, {}, true);
+        row("a zone skips the 1972 question", {"a.jpg|" + dto + "1972:01:01 00:00:00"}, "1", {}, {}, true);
         row("zoneless IPTC counted, aborted",
             {"a.jpg|" + dto + "#;IPTC:TimeCreated=18:30:05+02:00", "b.jpg|" + dto + "#;IPTC:TimeCreated=18:30:05",
                 "c.jpg|" + dto + "#;IPTC:DateCreated=2017:06:21", "d.jpg|" + dto + "#"},
-            hour, "1", "", {"Abort"}, {"2" + zoneless.mid(1)}, false);
-        row("1972 exactly is not early", {"a.jpg|" + dto + "1972:01:01 00:00:01"}, second, "-1", "", {}, {}, true);
-        row("a second before 1972, continued", {"a.jpg|" + dto + "1972:01:01 00:00:00"}, second, "-1", "",
-            {"Continue"}, {early}, true);
+            "", {"Abort"}, {"2" + zoneless.mid(1)}, false);
+        row("1972 exactly is not early", {"a.jpg|" + dto + "1972:01:01 00:00:01"}, "", {}, {}, true);
+        row("a second before 1972, continued", {"a.jpg|" + dto + "1972:01:01 00:00:00"}, "", {"Continue"}, {early}, true);
         row("zone question first, then 1972 aborted", {"a.jpg|" + dto + "1960:05:01 10:00:00;IPTC:TimeCreated=10:00:00"},
-            hour, "1", "", {"Continue", "Abort"}, {zoneless, early}, false);
+            "", {"Continue", "Abort"}, {zoneless, early}, false);
     }
 
     void questions_before_the_run()
     {
         QFETCH(QStringList, files);
-        QFETCH(QString, field);
-        QFETCH(QString, offset);
         QFETCH(QString, zone);
         QFETCH(QStringList, answers);
         QFETCH(QStringList, questions);
@@ -195,17 +188,7 @@ private slots:
         QStringList paths;
         for (const QString& entry : files)
             paths << photo(entry.section('|', 0, 0), entry.section('|', 1));
-        // A file's bytes and its modification time, which every run writes.
-        auto state = [](const QString& path) {
-            QFile file(path);
-            return file.open(QIODevice::ReadOnly) ? file.readAll() + QFileInfo(path).lastModified().toString().toUtf8()
-                                                  : QByteArray();
-        };
-        QByteArrayList before;
-        for (const QString& path : paths)
-            before << state(path);
-
-        load_and_type(paths, field, offset, zone);
+        load_and_type(paths, "lineedit_second", "-1", zone);
         // With no question expected, an answer is armed all the same, to catch one that comes.
         const auto shown = std::make_shared<shown_boxes>();
         arm(shown, answers.isEmpty() ? QStringList{"Continue"} : answers);
@@ -220,39 +203,30 @@ private slots:
         for (QString& question : questions)
             question += " / Continue? / Continue,Abort";
         QCOMPARE(asked, questions);
-
-        QCOMPARE(!writes.isEmpty(), written);
+        QCOMPARE(writes.size(), written ? paths.size() : 0);
         QCOMPARE(button(undo_tip)->isEnabled(), written);
-        for (int i = 0; i < paths.size(); ++i)
-            QCOMPARE(state(paths[i]) == before[i], !written);
         // An abort leaves table and offset as they were; a run ends with both cleared.
         const bool aborted = answers.contains("Abort");
         QCOMPARE(rows(), aborted ? paths.size() : 0);
-        QCOMPARE(window->findChild<QLineEdit*>(field)->text(), aborted ? offset : QString());
+        QCOMPARE(window->findChild<QLineEdit*>("lineedit_second")->text(), aborted ? "-1" : QString());
     }
 
     void failed_files_are_offered_for_undo_data()
     {
-        QTest::addColumn<int>("good_files");
         QTest::addColumn<QString>("answer");
-        QTest::addColumn<bool>("undo_left");
-
-        QTest::newRow("keep changes") << 2 << "Keep changes" << true;
-        QTest::newRow("undo changes") << 2 << "Undo Changes" << false;
-        QTest::newRow("every file fails") << 0 << "Keep changes" << false;
+        QTest::newRow("keep changes") << "Keep changes";
+        QTest::newRow("undo changes") << "Undo Changes";
     }
 
     void failed_files_are_offered_for_undo()
     {
-        QFETCH(int, good_files);
         QFETCH(QString, answer);
-        QStringList good;
-        for (int i = 0; i < good_files; ++i)
-            good << photo(QString("good%1.jpg").arg(i), "ExifIFD:DateTimeOriginal=#");
         // Files that vanish between the load and the run: ExifTool reports them not updated.
-        const QStringList bad = {photo("gone1.jpg", "ExifIFD:DateTimeOriginal=#"),
-                                 photo("gone2.jpg", "ExifIFD:DateTimeOriginal=#")};
-
+        QStringList good, bad;
+        for (int i = 0; i < 2; ++i) {
+            good << photo(QString("good%1.jpg").arg(i), "ExifIFD:DateTimeOriginal=#");
+            bad << photo(QString("gone%1.jpg").arg(i), "ExifIFD:DateTimeOriginal=#");
+        }
         load_and_type(good + bad, "lineedit_hour", "1");
         for (const QString& path : bad)
             QVERIFY(QFile::remove(path));
@@ -264,36 +238,15 @@ private slots:
         QCOMPARE(shown->buttons, QStringList({"Keep changes", "Undo Changes"}));
         QCOMPARE(shown->text, QString("The following 2 files could not be fixed:\n%1\n\n Do you want to keep the "
                                       "changes in the other files").arg(bad.join('\n')));
-        QTEST(button(undo_tip)->isEnabled(), "undo_left");
+        QCOMPARE(button(undo_tip)->isEnabled(), answer == "Keep changes");
         const QString expected = expand(answer == "Keep changes" ? "@" : "#");
         for (const QString& path : good)
             QCOMPARE(test_support::read_back(path).at("ExifIFD:DateTimeOriginal"), expected);
         QCOMPARE(rows(), 0);
     }
 
-    void undo_of_an_iptc_zone_gives_utc()
-    {
-        const QString path =
-            photo("a.jpg", "ExifIFD:DateTimeOriginal=#;IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05+02:00");
-        const QString no_dto = photo("b.jpg", "ExifIFD:CreateDate=#");
-        load_and_type({path, no_dto}, "lineedit_hour", "1");
-        // Without DateTimeOriginal the file's own time is the recording time, and it moves the others.
-        const QString shifted = QFileInfo(no_dto).lastModified().addSecs(3600).toString("yyyy:MM:dd hh:mm:ss");
-
-        const auto fixes = press(fix_tip);
-        QCOMPARE(fixes.size(), 2);
-        QVERIFY(fixes[1].contains("-ExifIFD:CreateDate=" + shifted));
-        QCOMPARE(test_support::read_back(path).at("IPTC:TimeCreated"), QString("19:30:05+02:00"));
-
-        press(undo_tip);
-        // The stored zone doesn't convert to a number, so the old clock reading comes back at UTC.
-        QCOMPARE(test_support::read_back(path).at("IPTC:TimeCreated"), QString("18:30:05+00:00"));
-        QCOMPARE(test_support::read_back(no_dto).at("ExifIFD:CreateDate"), expand("#"));
-        QVERIFY(!button(undo_tip)->isEnabled());
-    }
-
-    // Each row is one file, made from tags ("tag=value;...") or, for "text" and "avi", from a few
-    // bytes that ExifTool can read but not write. After the fix only time tags have moved; after
+    // Each row is one file, made from tags ("tag=value;...") or, for "avi", from a few bytes
+    // that ExifTool can read but not write. After the fix only time tags have moved; after
     // the undo the whole listing is back, file times included, but for what the file system and
     // ExifTool keep by themselves and the zone an IPTC time is given back with.
     void fix_and_undo_lose_nothing_data()
@@ -305,9 +258,7 @@ private slots:
         QTest::newRow("IPTC and XMP creation dates") << "b.jpg" << "IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05+02:00;"
                                                                    "XMP-photoshop:DateCreated=#;ExifIFD:DateTimeOriginal=#" << "";
         QTest::newRow("IPTC without a zone") << "c.jpg" << "IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05;IPTC:Keywords=k" << "";
-        QTest::newRow("zone added to a file without IPTC") << "d.jpg" << "ExifIFD:DateTimeOriginal=#;IFD0:Model=M" << "2";
         QTest::newRow("PNG with a chunk after its image") << "e.png" << "XMP-photoshop:DateCreated=#;XMP-dc:Title=T" << "2";
-        QTest::newRow("text named like a photo") << "x.jpg" << "text" << "";
         QTest::newRow("AVI") << "v.avi" << "avi" << "";
     }
 
@@ -317,11 +268,10 @@ private slots:
         QFETCH(QString, tags);
         QFETCH(QString, zone);
         QString path = dir->filePath(name);
-        if (tags == "text" || tags == "avi") {
+        if (tags == "avi") {
             QFile file(path);
             QVERIFY(file.open(QIODevice::WriteOnly));
-            file.write(tags == "text" ? QByteArray("not a photo\n")
-                                      : QByteArray("RIFF\x10\0\0\0AVI LIST\x04\0\0\0hdrl", 24));
+            file.write(QByteArray("RIFF\x10\0\0\0AVI LIST\x04\0\0\0hdrl", 24));
             QVERIFY(file.setFileTime(QDateTime(QDate(2017, 6, 21), QTime(18, 30, 5)), QFileDevice::FileModificationTime));
             file.close();
         } else {
@@ -342,33 +292,11 @@ private slots:
 
         press(undo_tip);
         QCOMPARE(listing(path), before);
+        // The stored zone doesn't convert to a number, so the old clock reading comes back at UTC.
+        if (tags.contains("TimeCreated=18:30:05+02:00"))
+            QCOMPARE(test_support::read_back(path).at("IPTC:TimeCreated"), QString("18:30:05+00:00"));
     }
 
-    void fix_and_undo_touch_nothing_else()
-    {
-        const QStringList paths = {
-            photo("plain.jpg",
-                "ExifIFD:DateTimeOriginal=#;IFD0:Make=Velmora;IFD0:Model=Model 7;ExifIFD:ISO=200;XMP-dc:Title=Harbour"),
-            photo("iptc.jpg", "ExifIFD:DateTimeOriginal=#;IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05;"
-                              "IPTC:Keywords=boat;XMP-photoshop:DateCreated=#"),
-            photo("image.png", "XMP-dc:Title=Lines;XMP-photoshop:DateCreated=#"),
-        };
-        QMap<QString, QStringList> tags_before;
-        QMap<QString, QImage> pixels_before;
-        for (const QString& path : paths) {
-            tags_before[path] = other_tags(path);
-            pixels_before[path] = QImage(path);
-        }
-
-        load_and_type(paths, "lineedit_day", "-3", "2");
-        press(fix_tip);
-        press(undo_tip);
-
-        for (const QString& path : paths) {
-            QCOMPARE(other_tags(path), tags_before[path]);
-            QCOMPARE(QImage(path), pixels_before[path]);
-        }
-    }
     // Crafted names beside a good photo, in a folder that comes in by a drop or an open request.
     void crafted_names_change_no_command_data()
     {
@@ -385,9 +313,7 @@ private slots:
         const QString good = test_support::make_tagged_photo(album, "good.jpg", test_support::tag_map(expand("ExifIFD:DateTimeOriginal=#;IFD0:Make=V")));
         const QStringList crafted = {"\n-if\nsystem('touch X') || 1", "\n-all=\n-overwrite_original", "\n-w!\n%d%f.%e",
                                      "a.jpg\n-stay_open\n0", "b.jpg\r"};
-        // Harmless behind the folder's absolute path: these are read and shifted like any photo.
-        const QStringList odd = {"-all=", "#c.jpg", " d.jpg"};
-        for (const QString& name : crafted + odd)
+        for (const QString& name : crafted)
             QVERIFY(QFile::copy(good, QDir(album).filePath(name)));
         const QStringList names_before = QDir(album).entryList(QDir::Files | QDir::Hidden);
         const QByteArray good_bytes = [&] { QFile f(good); f.open(QIODevice::ReadOnly); return f.readAll(); }();
@@ -399,7 +325,7 @@ private slots:
             QFileOpenEvent open(album);
             QApplication::sendEvent(qApp, &open);
         }
-        QCOMPARE(rows(), crafted.size() + odd.size() + 1);
+        QCOMPARE(rows(), crafted.size() + 1);
         for (const QString& name : crafted) // refused at load: nothing read of them
             QVERIFY(exif_cache::instance()->file_tags.at(QDir(album).filePath(name)).empty());
         QCOMPARE(QFile(good).open(QIODevice::ReadOnly) ? QFile(good).size() : -1, qint64(good_bytes.size()));
@@ -412,11 +338,9 @@ private slots:
         QVERIFY(shown->text.startsWith(QString("The following %1 files could not be fixed:").arg(crafted.size())));
         for (const QString& name : crafted)
             QVERIFY(shown->text.contains(QDir(album).filePath(name)));
-        for (const QString& name : odd + QStringList{"good.jpg"}) {
-            const exif_tag_map now = test_support::read_back(QDir(album).filePath(name));
-            QCOMPARE(now.at("ExifIFD:DateTimeOriginal"), expand("@"));
-            QCOMPARE(now.at("IFD0:Make"), QString("V"));
-        }
+        const exif_tag_map now = test_support::read_back(good);
+        QCOMPARE(now.at("ExifIFD:DateTimeOriginal"), expand("@"));
+        QCOMPARE(now.at("IFD0:Make"), QString("V"));
         QCOMPARE(QDir(album).entryList(QDir::Files | QDir::Hidden), names_before);
         QVERIFY(!QFile::exists("X") && !QFile::exists(dir->filePath("X")) && !QFile::exists(QDir(album).filePath("X")));
     }
@@ -497,78 +421,54 @@ private slots:
     }
 
 private:
-    // The whole listing, all duplicates included, but for what moves by itself.
-    static QStringList listing(const QString& path)
-    {
-        static const QRegularExpression own("^-(System:File(Access|InodeChange)Date|File:CurrentIPTCDigest|Photoshop:IPTCDigest|"
-                                            "XMP-x:XMPToolkit|ExifTool:[A-Za-z]+)=|^-[^=]*(Offset|Start)=");
-        QStringList kept;
-        for (QString line : test_support::run(TAVIMO_EXIFTOOL_SCRIPT, {"-G1", "-a", "-args", "-sort", path}).split('\n')) {
-            if (own.match(line).hasMatch())
-                continue;
-            // An IPTC time comes back at +00:00, with its clock reading; so do the dates made from it.
-            if (line.startsWith("-IPTC:TimeCreated=") || line.startsWith("-Composite:"))
-                line.replace(QRegularExpression("[+-]\\d\\d:\\d\\d$"), "");
-            kept << line;
-        }
-        return kept;
-    }
     // A photo with `tags` ("tag=value;..."); an IPTC:TimeCreated without zone is stored so.
-    QString photo(const QString& name, const QString& tags);
+    QString photo(const QString& name, const QString& tags)
+    {
+        if (name.endsWith(".cr3", Qt::CaseInsensitive)) // a JPEG under a raw camera name: only the name matters
+            return QFile::rename(photo(name + ".jpg", tags), dir->filePath(name)) ? dir->filePath(name) : QString();
+        // ExifTool always writes IPTC:TimeCreated with a zone; a zoneless one is written at +00:00
+        // and has the zone cut from its bytes.
+        const QRegularExpressionMatch zoneless = QRegularExpression("IPTC:TimeCreated=([0-9:]+)(;|$)").match(tags);
+        exif_tag_map map = test_support::tag_map(expand(tags));
+        if (zoneless.hasMatch())
+            map["IPTC:TimeCreated"] += "+00:00";
+        const QString path = test_support::make_tagged_photo(dir->path(), name, map);
+        QFile file(path);
+        if (zoneless.hasMatch() && file.open(QIODevice::ReadWrite)) {
+            const QByteArray time = zoneless.captured(1).remove(':').toLatin1();
+            const QByteArray bytes = file.readAll().replace(time + "+0000", time + QByteArray(5, '\0'));
+            file.seek(0);
+            file.write(bytes);
+        }
+        return path;
+    }
     // Opens the window on `paths` and types the offset (and the zone, if any).
-    void load_and_type(const QStringList& paths, const QString& field, const QString& offset, const QString& zone = {});
+    void load_and_type(const QStringList& paths, const QString& field, const QString& offset, const QString& zone = {})
+    {
+        window = test_support::open_main_window();
+        window->load_files(paths);
+        QTest::keyClicks(window->findChild<QLineEdit*>(field), offset);
+        if (!zone.isEmpty())
+            QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_timezone"), zone);
+    }
     QPushButton* button(const QString& tool_tip) const { return test_support::button(window, tool_tip); }
     // Presses `tool_tip` and returns the tag lines of every write it sent, one list per file.
-    QList<QStringList> press(const QString& tool_tip);
+    QList<QStringList> press(const QString& tool_tip)
+    {
+        ondo::exiftool::verbose(true);
+        test_support::log_capture log;
+        button(tool_tip)->click();
+        ondo::exiftool::verbose(false);
+
+        QList<QStringList> writes;
+        for (const QString& line : log.lines().filter("Writing '").filter("-overwrite_original_in_place")) {
+            const QString text = line.section("Writing '", 1).section("' to process.", 0, 0);
+            writes << text.split('\n').filter(QRegularExpression("^-[A-Za-z0-9-]+:[A-Za-z]+="));
+        }
+        return writes;
+    }
     int rows() const { return exif_cache::instance()->file_tags.size(); }
-
 };
-
-QString tst_fix_run::photo(const QString& name, const QString& tags)
-{
-    if (name.endsWith(".cr3", Qt::CaseInsensitive)) // a JPEG under a raw camera name: only the name matters
-        return QFile::rename(photo(name + ".jpg", tags), dir->filePath(name)) ? dir->filePath(name) : QString();
-    // ExifTool always writes IPTC:TimeCreated with a zone; a zoneless one is written at +00:00
-    // and has the zone cut from its bytes.
-    const QRegularExpressionMatch zoneless = QRegularExpression("IPTC:TimeCreated=([0-9:]+)(;|$)").match(tags);
-    exif_tag_map map = test_support::tag_map(expand(tags));
-    if (zoneless.hasMatch())
-        map["IPTC:TimeCreated"] += "+00:00";
-    const QString path = test_support::make_tagged_photo(dir->path(), name, map);
-    QFile file(path);
-    if (zoneless.hasMatch() && file.open(QIODevice::ReadWrite)) {
-        const QByteArray time = zoneless.captured(1).remove(':').toLatin1();
-        const QByteArray bytes = file.readAll().replace(time + "+0000", time + QByteArray(5, '\0'));
-        file.seek(0);
-        file.write(bytes);
-    }
-    return path;
-}
-
-void tst_fix_run::load_and_type(const QStringList& paths, const QString& field, const QString& offset,
-    const QString& zone)
-{
-    window = test_support::open_main_window();
-    window->load_files(paths);
-    QTest::keyClicks(window->findChild<QLineEdit*>(field), offset);
-    if (!zone.isEmpty())
-        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_timezone"), zone);
-}
-
-QList<QStringList> tst_fix_run::press(const QString& tool_tip)
-{
-    ondo::exiftool::verbose(true);
-    test_support::log_capture log;
-    button(tool_tip)->click();
-    ondo::exiftool::verbose(false);
-
-    QList<QStringList> writes;
-    for (const QString& line : log.lines().filter("Writing '").filter("-overwrite_original_in_place")) {
-        const QString text = line.section("Writing '", 1).section("' to process.", 0, 0);
-        writes << text.split('\n').filter(QRegularExpression("^-[A-Za-z0-9-]+:[A-Za-z]+="));
-    }
-    return writes;
-}
 
 int main(int argc, char** argv)
 {

@@ -1,3 +1,5 @@
+#include "test_support.h"
+
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QImage>
@@ -7,144 +9,38 @@
 
 #include <csignal>
 
-// Starts the program's main as a user would, with a home of its own and a stand-in "perl" first
-// on PATH that leaves a mark if anybody ever starts it. The driver closes the window after 1.5 s.
-class tst_startup : public QObject {
-    Q_OBJECT
+namespace {
 
-private slots:
-    void stays_up_until_closed_without_exiftool()
-    {
-        QTemporaryDir dir;
-        QVERIFY(QDir(dir.path()).mkpath("bin") && QDir(dir.path()).mkpath("home"));
-        QFile perl(dir.filePath("bin/perl"));
-        QVERIFY(perl.open(QIODevice::WriteOnly));
-        perl.write("#!/bin/sh\ntouch \"$(dirname \"$0\")/../perl_started\"\nexec sleep 30\n");
-        perl.close();
-        perl.setPermissions(perl.permissions() | QFileDevice::ExeOwner);
-
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert("PATH", dir.filePath("bin") + ":" + env.value("PATH"));
-        env.insert("HOME", dir.filePath("home"));
-        env.insert("XDG_CONFIG_HOME", dir.filePath("home/.config"));
-        env.insert("QT_QPA_PLATFORM", "offscreen");
-        env.insert("TAVIMO_TEST_CLOSE_AFTER_MS", "1500");
-        QProcess program;
-        program.setProcessEnvironment(env);
-        QElapsedTimer clock;
-        clock.start();
-        program.start(TAVIMO_BIN_DIR "/tavimo_close_soon", QStringList());
-
-        QVERIFY(!program.waitForFinished(1000));
-        QVERIFY(program.waitForFinished(30000));
-        QVERIFY(clock.elapsed() >= 1500);
-        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
-        QCOMPARE(program.exitCode(), 0);
-        const QString out = QString::fromUtf8(program.readAllStandardOutput());
-        QVERIFY2(out.contains("visible: MainWindow 800x700"), qPrintable(out));
-        QVERIFY(!QFile::exists(dir.filePath("perl_started")));
-    }
-
-    void ended_from_outside_data();
-    void ended_from_outside();
-    void a_run_ends_before_the_program();
-
-private:
-    static qint64 child_of(qint64 parent);
-    static bool is_running(qint64 pid);
-};
-
-// The program with a photo opened by the system, so that its ExifTool child runs; then ended
-// from outside. A termination signal takes the normal quit road, with the child stopped in
-// stages; a killed program's child ends by itself.
-void tst_startup::ended_from_outside_data()
+// Starts `program` from the build's bin folder as a user would, with a home of its own in `dir`,
+// offscreen, and `vars` ("NAME" -> value) set besides.
+void launch(QProcess& process, const char* program, const QTemporaryDir& dir, const QMap<QString, QString>& vars)
 {
-    QTest::addColumn<int>("signal");
-    QTest::newRow("SIGTERM") << int(SIGTERM);
-    QTest::newRow("SIGINT") << int(SIGINT);
-    QTest::newRow("SIGHUP") << int(SIGHUP);
-    QTest::newRow("SIGKILL") << int(SIGKILL);
-}
-
-void tst_startup::ended_from_outside()
-{
-    QFETCH(int, signal);
-    QTemporaryDir dir;
     QVERIFY(QDir(dir.path()).mkpath("home"));
-    QImage photo(16, 16, QImage::Format_RGB32);
-    photo.fill(Qt::gray);
-    QVERIFY(photo.save(dir.filePath("photo.jpg")));
-
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
     env.insert("HOME", dir.filePath("home"));
     env.insert("XDG_CONFIG_HOME", dir.filePath("home/.config"));
     env.insert("QT_QPA_PLATFORM", "offscreen");
-    env.insert("TAVIMO_LOOK_FILES", dir.filePath("photo.jpg"));
-    QProcess program;
-    program.setProcessEnvironment(env);
-    program.start(TAVIMO_BIN_DIR "/tavimo_look", QStringList());
-    QVERIFY(program.waitForStarted());
-
-    // The child is a perl whose parent is the program.
-    qint64 child = 0;
-    QTRY_VERIFY_WITH_TIMEOUT((child = child_of(program.processId())) != 0, 30000);
-    QTest::qWait(300); // the load's read has come back
-    ::kill(pid_t(program.processId()), signal);
-    QVERIFY(program.waitForFinished(30000));
-    if (signal == SIGKILL) {
-        QCOMPARE(program.exitStatus(), QProcess::CrashExit);
-    } else {
-        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
-        QCOMPARE(program.exitCode(), 0);
-        const QString out = QString::fromUtf8(program.readAllStandardOutput());
-        QVERIFY2(out.contains("Worker shutdown: Ok"), qPrintable(out));
-    }
-    QTRY_VERIFY_WITH_TIMEOUT(!is_running(child), 10000);
+    for (auto it = vars.begin(); it != vars.end(); ++it)
+        env.insert(it.key(), it.value());
+    process.setProcessEnvironment(env);
+    process.start(TAVIMO_BIN_DIR "/" + QString(program), QStringList());
+    QVERIFY(process.waitForStarted());
 }
 
-// A termination signal in the middle of a fix run: the run writes its last file before the
-// program ends, with exit code 0.
-void tst_startup::a_run_ends_before_the_program()
+QStringList gray_photos(const QTemporaryDir& dir, int count)
 {
-    QTemporaryDir dir;
-    QVERIFY(QDir(dir.path()).mkpath("home") && QDir(dir.path()).mkpath("photos"));
     QImage photo(16, 16, QImage::Format_RGB32);
     photo.fill(Qt::gray);
     QStringList paths;
-    for (int i = 0; i < 150; ++i) {
-        paths << dir.filePath(QString("photos/p%1.jpg").arg(i, 3, 10, QLatin1Char('0')));
-        QVERIFY(photo.save(paths.last()));
+    for (int i = 0; i < count; ++i) {
+        paths << dir.filePath(QString("p%1.jpg").arg(i, 3, 10, QLatin1Char('0')));
+        photo.save(paths.last());
     }
-    QProcess tagger;
-    tagger.start(TAVIMO_EXIFTOOL_SCRIPT, {"-q", "-overwrite_original", "-ExifIFD:DateTimeOriginal=2017:06:21 18:30:05",
-                                          dir.filePath("photos")});
-    QVERIFY(tagger.waitForFinished(60000));
-
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert("HOME", dir.filePath("home"));
-    env.insert("XDG_CONFIG_HOME", dir.filePath("home/.config"));
-    env.insert("QT_QPA_PLATFORM", "offscreen");
-    env.insert("TAVIMO_LOOK_FILES", paths.join(':'));
-    env.insert("TAVIMO_LOOK_PRESS", "fix");
-    QProcess program;
-    program.setProcessEnvironment(env);
-    program.start(TAVIMO_BIN_DIR "/tavimo_look", QStringList());
-    // The run has begun once a file carries its new time as its modification time.
-    QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(paths.first()).lastModified().date().year() == 2017, 60000);
-    ::kill(pid_t(program.processId()), SIGTERM);
-    QVERIFY(program.waitForFinished(60000));
-    QCOMPARE(program.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(program.exitCode(), 0);
-
-    QProcess reader;
-    reader.start(TAVIMO_EXIFTOOL_SCRIPT, {"-s3", "-ExifIFD:DateTimeOriginal", dir.filePath("photos")});
-    QVERIFY(reader.waitForFinished(60000));
-    const QString times = QString::fromUtf8(reader.readAllStandardOutput());
-    QCOMPARE(times.count("2017:06:21 19:30:05"), paths.size());
+    return paths;
 }
 
 // The first process whose parent is `parent` and whose command is perl, or 0.
-qint64 tst_startup::child_of(qint64 parent)
+qint64 child_of(qint64 parent)
 {
     for (const QString& entry : QDir("/proc").entryList(QDir::Dirs)) {
         QFile stat("/proc/" + entry + "/stat");
@@ -160,7 +56,7 @@ qint64 tst_startup::child_of(qint64 parent)
 }
 
 // Gone, or a zombie waiting for a parent that doesn't reap.
-bool tst_startup::is_running(qint64 pid)
+bool is_running(qint64 pid)
 {
     QFile stat(QString("/proc/%1/stat").arg(pid));
     if (!stat.open(QIODevice::ReadOnly))
@@ -168,6 +64,92 @@ bool tst_startup::is_running(qint64 pid)
     const QByteArray text = stat.readAll();
     return text.mid(text.lastIndexOf(')') + 2, 1) != "Z";
 }
+
+} // namespace
+
+class tst_startup : public QObject {
+    Q_OBJECT
+
+private slots:
+    // A stand-in "perl" first on PATH leaves a mark if anybody starts it; the driver closes the
+    // window after 1.5 s.
+    void stays_up_until_closed_without_exiftool()
+    {
+        QTemporaryDir dir;
+        QVERIFY(QDir(dir.path()).mkpath("bin"));
+        QFile perl(dir.filePath("bin/perl"));
+        QVERIFY(perl.open(QIODevice::WriteOnly));
+        perl.write("#!/bin/sh\ntouch \"$(dirname \"$0\")/../perl_started\"\nexec sleep 30\n");
+        perl.close();
+        perl.setPermissions(perl.permissions() | QFileDevice::ExeOwner);
+
+        QElapsedTimer clock;
+        clock.start();
+        QProcess program;
+        launch(program, "tavimo_close_soon", dir,
+            {{"PATH", dir.filePath("bin") + ":" + qgetenv("PATH")}, {"TAVIMO_TEST_CLOSE_AFTER_MS", "1500"}});
+        QVERIFY(!program.waitForFinished(1000));
+        QVERIFY(program.waitForFinished(30000));
+        QVERIFY(clock.elapsed() >= 1500);
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 0);
+        const QString out = QString::fromUtf8(program.readAllStandardOutput());
+        QVERIFY2(out.contains("visible: MainWindow 800x700"), qPrintable(out));
+        QVERIFY(!QFile::exists(dir.filePath("perl_started")));
+    }
+
+    // The program with a photo opened by the system, so that its ExifTool child runs; then ended
+    // from outside. A termination signal takes the normal quit road, with the child stopped in
+    // stages; a killed program's child ends by itself.
+    void ended_from_outside_data()
+    {
+        QTest::addColumn<int>("signal");
+        QTest::newRow("SIGTERM") << int(SIGTERM);
+        QTest::newRow("SIGKILL") << int(SIGKILL);
+    }
+
+    void ended_from_outside()
+    {
+        QFETCH(int, signal);
+        QTemporaryDir dir;
+        QProcess program;
+        launch(program, "tavimo_look", dir, {{"TAVIMO_LOOK_FILES", gray_photos(dir, 1).first()}});
+        qint64 child = 0;
+        QTRY_VERIFY_WITH_TIMEOUT((child = child_of(program.processId())) != 0, 30000);
+        QTest::qWait(300); // the load's read has come back
+        ::kill(pid_t(program.processId()), signal);
+        QVERIFY(program.waitForFinished(30000));
+        if (signal == SIGKILL) {
+            QCOMPARE(program.exitStatus(), QProcess::CrashExit);
+        } else {
+            QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+            QCOMPARE(program.exitCode(), 0);
+            const QString out = QString::fromUtf8(program.readAllStandardOutput());
+            QVERIFY2(out.contains("Worker shutdown: Ok"), qPrintable(out));
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(!is_running(child), 10000);
+    }
+
+    // A termination signal in the middle of a fix run: the run writes its last file before the
+    // program ends, with exit code 0.
+    void a_run_ends_before_the_program()
+    {
+        QTemporaryDir dir;
+        const QStringList paths = gray_photos(dir, 150);
+        test_support::run(TAVIMO_EXIFTOOL_SCRIPT, QStringList{"-q", "-overwrite_original",
+            "-ExifIFD:DateTimeOriginal=2017:06:21 18:30:05"} + paths);
+        QProcess program;
+        launch(program, "tavimo_look", dir, {{"TAVIMO_LOOK_FILES", paths.join(':')}, {"TAVIMO_LOOK_PRESS", "fix"}});
+        // The run has begun once a file carries its new time as its modification time.
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(paths.first()).lastModified().date().year() == 2017, 60000);
+        ::kill(pid_t(program.processId()), SIGTERM);
+        QVERIFY(program.waitForFinished(60000));
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 0);
+        const QString times = test_support::run(TAVIMO_EXIFTOOL_SCRIPT, QStringList{"-s3", "-ExifIFD:DateTimeOriginal"} + paths);
+        QCOMPARE(times.count("2017:06:21 19:30:05"), paths.size());
+    }
+};
 
 QTEST_GUILESS_MAIN(tst_startup)
 #include "tst_startup.moc"

@@ -54,23 +54,6 @@ private slots:
         use_time_zone("Europe/Berlin");
     }
 
-    void format_utc_offset_data()
-    {
-        QTest::addColumn<float>("hours");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("half hour") << 5.5f << "+05:30";
-        QTest::newRow("negative half hour") << -3.5f << "-03:30";
-        QTest::newRow("under an hour west") << -0.5f << "-00:30";
-        QTest::newRow("truncated, not rounded") << 5.1f << "+05:05";
-        QTest::newRow("far east") << 14.0f << "+14:00";
-    }
-
-    void format_utc_offset()
-    {
-        QFETCH(float, hours);
-        QTEST(::format_utc_offset(hours), "expected");
-    }
-
     void new_time_data()
     {
         QTest::addColumn<QByteArray>("zone");
@@ -82,18 +65,13 @@ private slots:
         };
         const char *berlin = "Europe/Berlin", *ny = "America/New_York";
         row("31 January plus a month and a day", berlin, "2017:01:31 10:00:00", {0, 1, 1, 0, 0, 0}, "2017-03-01 10:00:00");
-        row("months clamp before days are added", berlin, "2017:01:30 10:00:00", {0, 1, 1, 0, 0, 0}, "2017-03-01 10:00:00");
         row("years before months", berlin, "2015:01:29 10:00:00", {1, 1, 0, 0, 0, 0}, "2016-02-29 10:00:00");
-        row("leap day plus a year", berlin, "2016:02:29 12:00:00", {1, 0, 0, 0, 0, 0}, "2017-02-28 12:00:00");
         row("an hour across the spring change", berlin, "2017:03:26 01:30:00", {0, 0, 0, 1, 0, 0}, "2017-03-26 03:30:00");
         row("a day keeps the wall clock", berlin, "2017:03:25 12:00:00", {0, 0, 1, 0, 0, 0}, "2017-03-26 12:00:00");
         row("skipped hour is invalid", berlin, "2017:03:26 02:30:00", {0, 0, 0, 1, 0, 0}, "-");
         row("back across new year", ny, "2017:01:01 00:10:00", {0, 0, 0, -1, -15, -1}, "2016-12-31 22:54:59");
-        row("negative year, month and days", ny, "2017:01:15 12:00:00", {-1, -1, -15, 0, 0, 0}, "2015-11-30 12:00:00");
-        row("400 days", ny, "2017:06:21 18:30:05", {0, 0, 400, 0, 0, 0}, "2018-07-26 18:30:05");
         row("-5000 minutes across the spring change", ny, "2017:03:14 12:00:00", {0, 0, 0, 0, -5000, 0},
             "2017-03-10 23:40:00");
-        row("seconds across the autumn change", ny, "2017:11:05 00:30:00", {0, 0, 0, 0, 0, 7200}, "2017-11-05 01:30:00");
     }
 
     void new_time()
@@ -131,15 +109,11 @@ private slots:
         row("entered zero is a zone", dto, "0", "@", "@  UTC+00:00");
         row("zone behind the recording text is dropped", "ExifIFD:DateTimeOriginal=2017:06:21 18:30:05+02:00", "", "@", "@");
         row("IPTC time without zone", iptc + "18:30:05", "1", "@", "@  UTC+01:00");
-        row("file zone, nothing entered", iptc + "18:30:05+05:30", "", "@  UTC+05:30", "@  UTC+05:30");
         row("+05:30 with 1.5", iptc + "18:30:05+05:30", "1.5", "@  UTC+05:30", "@  UTC+07:00");
-        row("west zone moved east", iptc + "18:30:05-03:30", "1", "@  UTC-03:30", "@  UTC-02:30");
         row("invalid time shows no zone", "ExifIFD:DateTimeOriginal=0000:00:00 00:00:00;IPTC:TimeCreated=18:30:05+02:00", "1",
             "-", "-");
-        row("ExifIFD wins over IFD0", dto + "IFD0:DateTimeOriginal=2001:01:01 01:01:01", "", "@", "@");
         row("other time tags never count", "ExifIFD:CreateDate=2010:10:10 10:10:10;IPTC:DateCreated=2011:11:11;"
             "XMP-photoshop:DateCreated=2012:12:12 12:12:12;IFD0:DateTimeOriginal=2017:06:21 18:30:05", "", "@", "@");
-        row("short date fields are empty", "ExifIFD:DateTimeOriginal=2017:06 10:11", "", "-", "-");
     }
 
     void by_hand()
@@ -168,15 +142,12 @@ private slots:
             QTest::newRow(name) << QString(file) << tags << QString(recording) << QString(zone);
         };
         const QString dto = "ExifIFD:DateTimeOriginal=2017:06:21 18:30:05;", old = "IFD0:DateTimeOriginal=2001:01:01 01:01:01";
-        // Both DateTimeOriginal tags are read, and the ExifIFD one is the recording time.
         row("ExifIFD and IFD0: the ExifIFD one counts", "both.jpg", dto + old, "2017-06-21 18:30:05", "");
         row("only IFD0", "ifd0.jpg", old, "2001-01-01 01:01:01", "");
-        row("PNG", "photo.png", "ExifIFD:DateTimeOriginal=2016:02:29 23:59:59", "2016-02-29 23:59:59", "");
         row("IPTC time with zone", "iptc.jpg", dto + "IPTC:TimeCreated=18:30:05-05:00", "2017-06-21 18:30:05  UTC-05:00",
             "-05:00");
         row("IPTC time stored without zone", "iptc_plain.jpg", dto + "IPTC:TimeCreated#=183005", "2017-06-21 18:30:05  UTC", "?");
         row("date without time", "date.jpg", "ExifIFD:DateTimeOriginal#=2017:06:21", "2017-06-21 00:00:00", "");
-        row("zeros", "zeros.jpg", "ExifIFD:DateTimeOriginal#=0000:00:00 00:00:00", "-", "");
         row("unparsable text", "garbage.jpg", "ExifIFD:DateTimeOriginal#=garbage", "-", "");
     }
 
@@ -207,25 +178,12 @@ private slots:
         QCOMPARE(time.last(), QString(tags.startsWith("IFD0:") ? "IFD0:DateTimeOriginal" : "System:FileCreateDate"));
     }
 
-    void no_metadata_gives_the_file_time()
-    {
-        QTemporaryDir dir;
-        const QDateTime before = QDateTime::currentDateTime().addSecs(-2);
-        const QString path = test_support::make_tagged_photo(dir.path(), "plain.png");
-        const QDateTime after = QDateTime::currentDateTime().addSecs(2);
-        table_data_model model;
-        model.add_file(path, false);
-        const QDateTime recorded = model.data(model.index(0, 1), Qt::UserRole).toDateTime();
-        QVERIFY2(recorded >= before && recorded <= after, qPrintable(recorded.toString(Qt::ISODate)));
-    }
-
     void sort_data()
     {
         QTest::addColumn<int>("column");
         QTest::addColumn<Qt::SortOrder>("order");
         QTest::addColumn<QString>("expected");
         QTest::newRow("name ascending, equal names by folder") << 0 << Qt::AscendingOrder << "2/a 1/b 2/b 1/c";
-        QTest::newRow("name descending") << 0 << Qt::DescendingOrder << "1/c 2/b 1/b 2/a";
         QTest::newRow("time ascending across seasons") << 1 << Qt::AscendingOrder << "1/c 2/a 2/b 1/b";
         QTest::newRow("time descending") << 1 << Qt::DescendingOrder << "1/b 2/b 2/a 1/c";
         QTest::newRow("unsorted: resort refused") << -1 << Qt::AscendingOrder << "2/b 1/c 1/b 2/a";
@@ -282,9 +240,6 @@ private slots:
         QCOMPARE(model.rowCount(), 2);
         QCOMPARE(inserted.count(), 2);
         QCOMPARE(exif_cache::instance()->file_tags.count(b), size_t(0));
-        model.clear(); // the records outlive the table
-        QCOMPARE(model.rowCount(), 0);
-        QCOMPARE(exif_cache::instance()->file_data.count(a), size_t(1));
     }
 };
 
