@@ -9,7 +9,6 @@
 #include <QDesktopServices>
 #include <QDir>
 #include <QFile>
-#include <QRegularExpression>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -41,45 +40,29 @@ private slots:
     {
         QTest::addColumn<QString>("lang");
         QTest::addColumn<QString>("shows");
-        QTest::addColumn<QStringList>("links");
 
-        QTest::newRow("en") << "en" << "Cmd + Q or Alt + F4" << QStringList{"tavimo_guide_en.html", "tavimo_guide_en.pdf"};
-        QTest::newRow("de") << "de" << "Cmd + Q oder Alt + F4" << QStringList{"tavimo_guide_de.html", "tavimo_guide_de.pdf"};
-        QTest::newRow("fr has no page: an empty file") << "fr" << "" << QStringList();
+        QTest::newRow("de") << "de" << "Cmd + Q oder Alt + F4";
+        QTest::newRow("fr has no page: an empty file") << "fr" << "";
     }
 
     void help_button()
     {
         QFETCH(QString, lang);
         QFETCH(QString, shows);
-        QFETCH(QStringList, links);
         QSettings().setValue("lang", lang);
         window = test_support::open_main_window();
         catcher.urls.clear();
 
-        // Twice: the second press writes the same file again and opens it again.
-        window->on_button_help_clicked();
         window->on_button_help_clicked();
 
         const QString path = QDir::tempPath() + QString("/tavimo_help_%1.html").arg(lang);
-        QCOMPARE(catcher.urls.size(), 2);
-        QCOMPARE(catcher.urls.last(), catcher.urls.first());
+        QCOMPARE(catcher.urls.size(), 1);
         QCOMPARE(catcher.urls.first().toString(QUrl::None), "file:///" + path); // four slashes
         QFile written(path);
         QVERIFY(written.open(QIODevice::ReadOnly));
         const QString text = QString::fromUtf8(written.readAll());
         QVERIFY(shows.isEmpty() ? text.isEmpty() : text.contains(shows));
         QVERIFY(!text.contains("Ctrl") && !text.contains("Strg"));
-
-        // Every link leads to a file that is there beside the page.
-        QStringList found;
-        const QRegularExpression href("href=\"([^\"]+)\"");
-        for (auto it = href.globalMatch(text); it.hasNext();) {
-            const QString target = it.next().captured(1);
-            found << target;
-            QVERIFY2(QFileInfo(QDir::temp().filePath(target)).size() > 0, qPrintable(target));
-        }
-        QCOMPARE(found, links);
     }
 
     // A page that names the literal key escapes it; both escapes give "Ctrl".
@@ -94,7 +77,6 @@ private slots:
                                  << "de: Cmd+Q Cmd+Q Ctrl+C Ctrl+C";
         QTest::newRow("fr falls back to en") << "fr" << QStringList{"en", "de"} << "demoapp_help_en.html"
                                              << "en: Cmd+Q Cmd+Q Ctrl+C Ctrl+C";
-        QTest::newRow("no page at all") << "de" << QStringList() << "" << "";
     }
 
     void open_help()
@@ -116,39 +98,15 @@ private slots:
         }
         catcher.urls.clear();
 
-        if (pages.isEmpty())
-            QTest::ignoreMessage(QtWarningMsg, QRegularExpression("^Could not open help file for language \"en\""));
         ondo::open_help(dir->filePath("page_%1.html"));
 
         QFETCH(QString, opened);
-        if (opened.isEmpty()) {
-            QVERIFY(catcher.urls.isEmpty());
-            return;
-        }
         QCOMPARE(catcher.urls.size(), 1);
         const QString path = QDir::tempPath() + "/" + opened;
         QCOMPARE(catcher.urls.first().toString(QUrl::None), "file:///" + path);
         QFile written(path);
         QVERIFY(written.open(QIODevice::ReadOnly));
         QTEST(QString::fromUtf8(written.readAll()), "expected");
-    }
-
-    // The two keys that the help page names do what it says.
-    void keys_on_the_page()
-    {
-        window = test_support::open_main_window();
-        window->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(window));
-
-        const auto file_dialog = test_support::answer_next_box("close");
-        QTest::keyClick(window, Qt::Key_O, Qt::ControlModifier);
-        QVERIFY(file_dialog->answered);
-        QCOMPARE(file_dialog->title, QString("Select files"));
-
-        window->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(window));
-        QTest::keyClick(window, Qt::Key_Q, Qt::ControlModifier);
-        QVERIFY(!window->isVisible());
     }
 
 private:
