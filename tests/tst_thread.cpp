@@ -38,14 +38,6 @@ private slots:
         }
         QCOMPARE(done.load(), 4);
     }
-
-    void sleep_double_drops_the_fraction()
-    {
-        QElapsedTimer clock;
-        clock.start();
-        ondo::sleep_double(1.9);
-        QVERIFY2(clock.elapsed() >= 990 && clock.elapsed() <= 1500, qPrintable(QString::number(clock.elapsed())));
-    }
 };
 
 QTEST_GUILESS_MAIN(tst_thread)
