@@ -33,7 +33,6 @@ private slots:
         std::cout.rdbuf(old);
 
         const QStringList lines = QString::fromStdString(out.str()).split('\n');
-        QCOMPARE(lines.size(), 52 + 1); // the last line ends too
         QCOMPARE(lines.filter("Yes"), QStringList({"    AMD         = Yes", "    MPX         = Yes", "    SSE4a       = Yes",
                                           "    AVX         = Yes", "    AVX512-CD   = Yes"}));
         QVERIFY(lines.indexOf("    SSE4a       = Yes") + 1 == lines.indexOf("    SSE4.1      = No"));
