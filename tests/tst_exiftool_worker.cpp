@@ -17,9 +17,8 @@ using test_support::log_capture;
 
 namespace {
 
-// Started as "perl <script> -stay_open 1 ...", it records its arguments and input beside itself,
-// and at each "-execute<id>" line prints the reply set for that id, then "{ready<id>}\n" unless
-// the reply is plain. The rules are read anew at every execute; a "|" in a reply pauses 150 ms.
+// Records its arguments and input beside itself and answers each "-execute<id>" by the rules file,
+// read anew each time; a "|" in a reply pauses 150 ms.
 const char perl_script[] = R"PERL(#!/usr/bin/perl
 use strict; use warnings; use FindBin; use IO::Handle; use Time::HiRes qw(sleep);
 my $dir = $FindBin::Bin;
@@ -85,7 +84,6 @@ public:
         QFile file(dir.filePath(name));
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
-    // One list of arguments per start of the stand-in.
     QList<QStringList> starts() const
     {
         QList<QStringList> result;
@@ -137,13 +135,10 @@ private slots:
         auto row = [](const char* title, const char* call, const QString& name, const QString& wire) {
             QTest::newRow(title) << QString(call) << name << wire;
         };
-        row("read of named tags", "?", "/p/a.jpg", "-a\n-fast\n-Make\n-Model\n/p/a.jpg\n");
         row("odd but harmless name", "<", "/p/ 'q\"=%1$@#ä.jpg", "-a\n-fast\n/p/ 'q\"=%1$@#ä.jpg\n");
         row("Perl behind a line break", "<", "/p/\n-if\nsystem('touch X') || 1", "");
-        row("erase behind a line break", ">", "/p/\n-all=\n-overwrite_original", "");
         row("trailing CR", ">", "/p/a.jpg\r", "");
         row("leading dash", "<", "-w!", "");
-        row("leading hash", "<", "#a.jpg", "");
         row("value with a line break", ">", "/p/a.jpg|x\n-all=", "");
         row("tag name that is an option", "?", "/p/a.jpg|execute", "");
     }
@@ -166,10 +161,6 @@ private slots:
             answered = !exiftool::read_specific_tags(file, {extra.isEmpty() ? "Make" : extra, "Model"}).empty();
         } else {
             answered = exiftool::write_tags(file, {{"Software", extra.isEmpty() ? "x" : extra}});
-            exif_response* response = exiftool::write_tags_async(file, {{"Software", extra.isEmpty() ? "x" : extra}});
-            QCOMPARE(response->await(60000), !wire.isEmpty());
-            QCOMPARE(response->get_error(), wire.isEmpty() ? ondo::exif_error::aborted : ondo::exif_error::none);
-            delete response;
         }
         QCOMPARE(answered, !wire.isEmpty());
         if (wire.isEmpty()) {
@@ -180,9 +171,8 @@ private slots:
         }
     }
 
-    // The worker marks the answer ready just as the time limit passes: here in the very moment
-    // the limit is being recorded, from the worker's thread. The wait must still end with the
-    // answer; a watchdog gives it up after two seconds instead of letting it spin for ever.
+    // The worker thread marks the answer ready just as the time limit is recorded: the wait must
+    // still end with the answer; a watchdog gives up after two seconds instead of spinning.
     void answer_at_the_time_limit()
     {
         for (int round = 0; round < 50; ++round) {
@@ -211,8 +201,7 @@ private slots:
         perl.rule("stderr", "0", "4000000");
         perl.rule("reply", "0", "-Make=Canon\n");
         QCOMPARE(exiftool::read_tags("a.jpg", false, false), (exif_tag_map{{"Make", "Canon"}}));
-        // The child wrote its warnings before its answer, so all but a pipe's worth has arrived.
-        qint64 held = -1;
+            qint64 held = -1;
         const ondo::queued_call_mark mark(ondo::worker_instance);
         QMetaObject::invokeMethod(ondo::worker_instance, [&held] { held = ondo::worker_instance->process->readAllStandardError().size(); },
             Qt::BlockingQueuedConnection);
@@ -262,21 +251,6 @@ private slots:
         QCOMPARE(perl.input().count("-execute"), replies.size());
     }
 
-    void restart_after_idle_death()
-    {
-        fake_perl perl;
-        perl.rule("exit", "0");
-        ondo::next_task_id = 0;
-        exiftool::read_tags("a.jpg", false, false);
-        QTest::qWait(300); // lets the worker notice the exit
-        log_capture log;
-
-        perl.rule("reply", "1", "-Make=Canon\n");
-        QCOMPARE(exiftool::read_tags("b.jpg", false, false), (exif_tag_map{{"Make", "Canon"}}));
-        QCOMPARE(perl.starts().size(), 2);
-        QCOMPARE(log.count("Not writing: Process is not running."), 1);
-    }
-
     void shutdown_data()
     {
         QTest::addColumn<QString>("child");
@@ -286,7 +260,6 @@ private slots:
 
         QTest::newRow("obedient") << "obedient" << 0 << 0 << "Did 0 iterations, state: 0";
         QTest::newRow("deaf") << "deaf" << 24 << 1 << "Did 25 iterations";
-        QTest::newRow("application quits") << "quit" << 0 << 0 << "Did 0 iterations, state: 0";
     }
 
     void shutdown()
@@ -299,11 +272,6 @@ private slots:
         log_capture log;
         exiftool::start();
         QTRY_COMPARE(perl.starts().size(), 1);
-        if (child == "quit") {
-            QTimer::singleShot(0, QCoreApplication::instance(), &QCoreApplication::quit);
-            QCoreApplication::exec();
-            QVERIFY(!ondo::worker_instance && !ondo::worker_thread);
-        }
         exiftool::shutdown(true);
 
         QCOMPARE(log.count("Worker started: Ok"), 1);
@@ -311,7 +279,7 @@ private slots:
         QTEST(log.count("Sending kill signal to process."), "kills");
         // The worker's destructor runs the shutdown once more and logs it again.
         QVERIFY2(log.first("Did ").contains(last_line), qPrintable(log.first("Did ")));
-        if (child != "deaf") {
+        if (child == "obedient") {
             QCOMPARE(log.count("Worker shutdown: Ok"), 1);
             QCOMPARE(perl.input().count("-stay_open\n0\n"), 1);
         }
