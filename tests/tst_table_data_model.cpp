@@ -16,12 +16,6 @@ using test_support::tag_map;
 
 namespace {
 
-void use_time_zone(const QByteArray& zone)
-{
-    qputenv("TZ", zone);
-    tzset();
-}
-
 // Puts a file into the model as if ExifTool had returned `tags` for it.
 void load_by_hand(table_data_model& model, const QString& path, const exif_tag_map& tags)
 {
@@ -43,135 +37,90 @@ private slots:
     void initTestCase()
     {
         test_support::use_private_settings();
+        qputenv("TZ", "Europe/Berlin");
+        tzset();
         qRegisterMetaType<QList<QPersistentModelIndex>>();
         qRegisterMetaType<QAbstractItemModel::LayoutChangeHint>();
     }
     void cleanupTestCase() { ondo::exiftool::shutdown(false); }
 
-    void init()
-    {
-        test_support::forget_files();
-        use_time_zone("Europe/Berlin");
-    }
+    void init() { test_support::forget_files(); }
 
-    void new_time_data()
+    // Tags loaded by hand or, given a file name, written by the real ExifTool; a zone entered or
+    // not ("") beside an offset. "@" is 2017-06-21 18:30:05. An IPTC zone of "?" is ExifTool's
+    // own, which it reports for an IPTC time stored without one.
+    void shown_times_data()
     {
-        QTest::addColumn<QByteArray>("zone");
-        QTest::addColumn<QString>("recording");
-        QTest::addColumn<offset>("change");
-        QTest::addColumn<QString>("expected");
-        auto row = [](const char* name, const char* zone, const char* recording, offset change, const char* expected) {
-            QTest::newRow(name) << QByteArray(zone) << QString(recording) << change << QString(expected);
-        };
-        const char *berlin = "Europe/Berlin", *ny = "America/New_York";
-        row("31 January plus a month and a day", berlin, "2017:01:31 10:00:00", {0, 1, 1, 0, 0, 0}, "2017-03-01 10:00:00");
-        row("years before months", berlin, "2015:01:29 10:00:00", {1, 1, 0, 0, 0, 0}, "2016-02-29 10:00:00");
-        row("an hour across the spring change", berlin, "2017:03:26 01:30:00", {0, 0, 0, 1, 0, 0}, "2017-03-26 03:30:00");
-        row("a day keeps the wall clock", berlin, "2017:03:25 12:00:00", {0, 0, 1, 0, 0, 0}, "2017-03-26 12:00:00");
-        row("skipped hour is invalid", berlin, "2017:03:26 02:30:00", {0, 0, 0, 1, 0, 0}, "-");
-        row("back across new year", ny, "2017:01:01 00:10:00", {0, 0, 0, -1, -15, -1}, "2016-12-31 22:54:59");
-        row("-5000 minutes across the spring change", ny, "2017:03:14 12:00:00", {0, 0, 0, 0, -5000, 0},
-            "2017-03-10 23:40:00");
-    }
-
-    void new_time()
-    {
-        QFETCH(QByteArray, zone);
-        QFETCH(QString, recording);
-        QFETCH(offset, change);
-        QFETCH(QString, expected);
-        use_time_zone(zone);
-        table_data_model model;
-        model.datetime_format_changed("yyyy-MM-dd HH:mm:ss");
-        load_by_hand(model, "/photos/a.jpg", {{"ExifIFD:DateTimeOriginal", recording}});
-        QAbstractItemModelTester tester(&model);
-        QSignalSpy layout_changed(&model, &QAbstractItemModel::layoutChanged);
-        model.datetime_offset_changed(change[0], change[1], change[2], change[3], change[4], change[5], false, 0.0);
-
-        QCOMPARE(layout_changed.count(), 1);
-        QCOMPARE(shown(model, 0, 2), expected);
-        QCOMPARE(model.data(model.index(0, 2), Qt::UserRole).toDateTime().isValid(), expected != "-");
-    }
-
-    // Tags as ExifTool would report them, a zone entered or not ("") and a zero offset. In the
-    // expected texts "@" is 21.06.2017 - 18:30:05.
-    void by_hand_data()
-    {
+        QTest::addColumn<QString>("file");
         QTest::addColumn<QString>("tags");
         QTest::addColumn<QString>("zone");
+        QTest::addColumn<offset>("change");
         QTest::addColumn<QString>("recording");
         QTest::addColumn<QString>("new_time");
-        auto row = [](const char* name, const QString& tags, const char* zone, const char* recording, const char* new_time) {
-            QTest::newRow(name) << tags << QString(zone) << QString(recording) << QString(new_time);
-        };
-        const QString dto = "ExifIFD:DateTimeOriginal=2017:06:21 18:30:05;", iptc = dto + "IPTC:TimeCreated=";
-        row("no zone anywhere", dto, "", "@", "@");
-        row("entered zero is a zone", dto, "0", "@", "@  UTC+00:00");
-        row("zone behind the recording text is dropped", "ExifIFD:DateTimeOriginal=2017:06:21 18:30:05+02:00", "", "@", "@");
-        row("IPTC time without zone", iptc + "18:30:05", "1", "@", "@  UTC+01:00");
-        row("+05:30 with 1.5", iptc + "18:30:05+05:30", "1.5", "@  UTC+05:30", "@  UTC+07:00");
-        row("invalid time shows no zone", "ExifIFD:DateTimeOriginal=0000:00:00 00:00:00;IPTC:TimeCreated=18:30:05+02:00", "1",
-            "-", "-");
-        row("other time tags never count", "ExifIFD:CreateDate=2010:10:10 10:10:10;IPTC:DateCreated=2011:11:11;"
-            "XMP-photoshop:DateCreated=2012:12:12 12:12:12;IFD0:DateTimeOriginal=2017:06:21 18:30:05", "", "@", "@");
-    }
-
-    void by_hand()
-    {
-        QFETCH(QString, tags);
-        QFETCH(QString, zone);
-        QFETCH(QString, recording);
-        QFETCH(QString, new_time);
-        table_data_model model;
-        model.datetime_format_changed("dd.MM.yyyy - HH:mm:ss");
-        load_by_hand(model, "/photos/a.jpg", tag_map(tags));
-        model.datetime_offset_changed(0, 0, 0, 0, 0, 0, !zone.isEmpty(), zone.toDouble());
-        QCOMPARE(shown(model, 0, 1), recording.replace("@", "21.06.2017 - 18:30:05"));
-        QCOMPARE(shown(model, 0, 2), new_time.replace("@", "21.06.2017 - 18:30:05"));
-    }
-
-    // Files tagged by the real ExifTool. A zone of "?" is ExifTool's own, which it reports for
-    // an IPTC time stored without one.
-    void read_files_data()
-    {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("tags");
-        QTest::addColumn<QString>("recording");
-        QTest::addColumn<QString>("zone");
-        auto row = [](const char* name, const char* file, const QString& tags, const char* recording, const char* zone) {
-            QTest::newRow(name) << QString(file) << tags << QString(recording) << QString(zone);
+        QTest::addColumn<QString>("iptc_zone");
+        auto row = [](const char* name, const char* file, const QString& tags, const char* zone, const offset& change,
+                       const char* recording, const char* new_time, const char* iptc_zone = "") {
+            QTest::newRow(name) << QString(file) << tags << QString(zone) << change << QString(recording) << QString(new_time)
+                                << QString(iptc_zone);
         };
         const QString dto = "ExifIFD:DateTimeOriginal=2017:06:21 18:30:05;", old = "IFD0:DateTimeOriginal=2001:01:01 01:01:01";
-        row("ExifIFD and IFD0: the ExifIFD one counts", "both.jpg", dto + old, "2017-06-21 18:30:05", "");
-        row("only IFD0", "ifd0.jpg", old, "2001-01-01 01:01:01", "");
-        row("IPTC time with zone", "iptc.jpg", dto + "IPTC:TimeCreated=18:30:05-05:00", "2017-06-21 18:30:05  UTC-05:00",
-            "-05:00");
-        row("IPTC time stored without zone", "iptc_plain.jpg", dto + "IPTC:TimeCreated#=183005", "2017-06-21 18:30:05  UTC", "?");
-        row("date without time", "date.jpg", "ExifIFD:DateTimeOriginal#=2017:06:21", "2017-06-21 00:00:00", "");
-        row("unparsable text", "garbage.jpg", "ExifIFD:DateTimeOriginal#=garbage", "-", "");
+        const QString month_end = "ExifIFD:DateTimeOriginal=2017:01:31 10:00:00", spring = "ExifIFD:DateTimeOriginal=2017:03:26 0";
+        row("31 January plus a month and a day", "", month_end, "", {0, 1, 1, 0, 0, 0}, "2017-01-31 10:00:00", "2017-03-01 10:00:00");
+        row("an hour across the spring change", "", spring + "1:30:00", "", {0, 0, 0, 1, 0, 0}, "2017-03-26 01:30:00", "2017-03-26 03:30:00");
+        row("a day keeps the wall clock", "", "ExifIFD:DateTimeOriginal=2017:03:25 12:00:00", "", {0, 0, 1, 0, 0, 0},
+            "2017-03-25 12:00:00", "2017-03-26 12:00:00");
+        row("skipped hour is invalid", "", spring + "2:30:00", "", {0, 0, 0, 1, 0, 0}, "-", "-");
+        row("entered zero is a zone", "", dto, "0", {}, "@", "@  UTC+00:00");
+        row("zone behind the recording text is dropped", "", "ExifIFD:DateTimeOriginal=2017:06:21 18:30:05+02:00", "", {}, "@", "@");
+        row("+05:30 with 1.5", "", dto + "IPTC:TimeCreated=18:30:05+05:30", "1.5", {}, "@  UTC+05:30", "@  UTC+07:00");
+        row("invalid time shows no zone", "", "ExifIFD:DateTimeOriginal=0000:00:00 00:00:00;IPTC:TimeCreated=18:30:05+02:00", "1",
+            {}, "-", "-");
+        row("other time tags never count", "", "ExifIFD:CreateDate=2010:10:10 10:10:10;IPTC:DateCreated=2011:11:11;"
+            "XMP-photoshop:DateCreated=2012:12:12 12:12:12;IFD0:DateTimeOriginal=2017:06:21 18:30:05", "", {}, "@", "@");
+        row("ExifIFD and IFD0: the ExifIFD one counts", "both.jpg", dto + old, "", {}, "@", "@");
+        row("only IFD0", "ifd0.jpg", old, "", {}, "2001-01-01 01:01:01", "2001-01-01 01:01:01");
+        row("IPTC time with zone", "iptc.jpg", dto + "IPTC:TimeCreated=18:30:05-05:00", "", {}, "@  UTC-05:00", "@  UTC-05:00", "-05:00");
+        row("IPTC time stored without zone", "iptc_plain.jpg", dto + "IPTC:TimeCreated#=183005", "", {}, "@  UTC", "@  UTC", "?");
+        row("date without time", "date.jpg", "ExifIFD:DateTimeOriginal#=2017:06:21", "", {}, "2017-06-21 00:00:00", "2017-06-21 00:00:00");
     }
 
-    void read_files()
+    void shown_times()
     {
-        QFETCH(QString, name);
+        QFETCH(QString, file);
         QFETCH(QString, tags);
-        QFETCH(QString, recording);
         QFETCH(QString, zone);
+        QFETCH(offset, change);
+        QFETCH(QString, recording);
+        QFETCH(QString, new_time);
+        QFETCH(QString, iptc_zone);
         QTemporaryDir dir;
-        const QString path = test_support::make_tagged_photo(dir.path(), name, tag_map(tags));
-        if (zone == "?") {
-            zone = test_support::read_back(path).at("IPTC:TimeCreated").right(6);
-            recording += zone;
-        }
         table_data_model model;
         model.datetime_format_changed("yyyy-MM-dd HH:mm:ss");
         QAbstractItemModelTester tester(&model);
-        model.add_file(path, true);
+        QString path = "/photos/a.jpg";
+        if (file.isEmpty()) {
+            load_by_hand(model, path, tag_map(tags));
+        } else {
+            path = test_support::make_tagged_photo(dir.path(), file, tag_map(tags));
+            model.add_file(path, true);
+        }
+        if (iptc_zone == "?") {
+            iptc_zone = test_support::read_back(path).at("IPTC:TimeCreated").right(6);
+            recording += iptc_zone;
+            new_time += iptc_zone;
+        }
+        QSignalSpy layout_changed(&model, &QAbstractItemModel::layoutChanged);
+        model.datetime_offset_changed(change.value(0), change.value(1), change.value(2), change.value(3), change.value(4),
+            change.value(5), !zone.isEmpty(), zone.toDouble());
 
-        QCOMPARE(shown(model, 0, 1), recording);
-        QCOMPARE(shown(model, 0, 2), recording);
+        QCOMPARE(layout_changed.count(), 1);
+        QCOMPARE(shown(model, 0, 1), recording.replace("@", "2017-06-21 18:30:05"));
+        QCOMPARE(shown(model, 0, 2), new_time.replace("@", "2017-06-21 18:30:05"));
+        QCOMPARE(model.data(model.index(0, 2), Qt::UserRole).toDateTime().isValid(), new_time != "-");
+        if (file.isEmpty())
+            return;
         const exif_tag_map record = exif_cache::instance()->file_data[path];
-        QCOMPARE(record.count("iptc_timezone") ? record.at("iptc_timezone") : QString(), zone);
+        QCOMPARE(record.count("iptc_timezone") ? record.at("iptc_timezone") : QString(), iptc_zone);
         // Only one DateTimeOriginal of the two is a time tag: IFD0's goes last when it is the only one.
         const QStringList time = time_tags(record);
         QCOMPARE(time.size(), 9);
@@ -181,18 +130,16 @@ private slots:
     void sort_data()
     {
         QTest::addColumn<int>("column");
-        QTest::addColumn<Qt::SortOrder>("order");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("name ascending, equal names by folder") << 0 << Qt::AscendingOrder << "2/a 1/b 2/b 1/c";
-        QTest::newRow("time ascending across seasons") << 1 << Qt::AscendingOrder << "1/c 2/a 2/b 1/b";
-        QTest::newRow("time descending") << 1 << Qt::DescendingOrder << "1/b 2/b 2/a 1/c";
-        QTest::newRow("unsorted: resort refused") << -1 << Qt::AscendingOrder << "2/b 1/c 1/b 2/a";
+        QTest::newRow("name, equal names by folder") << 0 << "2/a 1/b 2/b 1/c";
+        QTest::newRow("time descending across seasons") << 1 << "1/b 2/b 2/a 1/c";
+        QTest::newRow("unsorted: resort refused") << -1 << "2/b 1/c 1/b 2/a";
     }
 
     void sort()
     {
         QFETCH(int, column);
-        QFETCH(Qt::SortOrder, order);
+        const Qt::SortOrder order = column == 1 ? Qt::DescendingOrder : Qt::AscendingOrder;
         QFETCH(QString, expected);
         table_data_model model;
         // Around the spring change: 01:45 CET and 03:10 CEST are 25 minutes apart.
