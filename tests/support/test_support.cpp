@@ -8,7 +8,6 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QDir>
-#include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QMimeData>
 #include <QUrl>
@@ -190,8 +189,7 @@ std::mutex capture_mutex;
 QStringList captured;
 QtMessageHandler previous_handler = nullptr;
 
-// The worker thread may log while the test thread removes the capture, so the handler to pass
-// on to is read under the lock too.
+// The worker thread may log while the capture goes, so the next handler is read under the lock.
 void capture(QtMsgType type, const QMessageLogContext& context, const QString& message)
 {
     QtMessageHandler next = nullptr;

@@ -1,25 +1,34 @@
 #pragma once
 
+#include "test_support.h"
+
+#include <mainwindow.h>
+#include <ondo/exiftool.h>
+
 #include <QObject>
 #include <QPointer>
 #include <QTemporaryDir>
 
 #include <memory>
 
-class MainWindow;
-
 namespace test_support {
 
-// Base of the tests that drive the whole window: each test function starts with an empty
-// settings store and a folder of its own, and leaves no window and no cached file records.
-// The bridge is shut down after the last test.
+// Each test starts with empty settings and a folder of its own, and leaves no window behind.
 class window_test : public QObject {
     Q_OBJECT
 
 private slots:
-    void init();
-    void cleanup();
-    void cleanupTestCase();
+    void init()
+    {
+        clear_settings();
+        dir = std::make_unique<QTemporaryDir>();
+    }
+    void cleanup()
+    {
+        delete window;
+        forget_files();
+    }
+    void cleanupTestCase() { ondo::exiftool::shutdown(false); }
 
 protected:
     QPointer<MainWindow> window;
