@@ -1,6 +1,5 @@
 #include <ondo/button_dark.h>
 
-#include <QTemporaryDir>
 #include <QtTest>
 
 using ondo::button_dark;
@@ -74,24 +73,6 @@ private slots:
             QCOMPARE(hi.pixel(x, 0), qRgba(qRed(expected[x]), qGreen(expected[x]), qBlue(expected[x]), 200));
             QCOMPARE(d.pixel(x, 0), qRgba(qRed(p), qGreen(p), qBlue(p), 100));
         }
-    }
-
-    void missing_icon_keeps_picture()
-    {
-        const QString path = "/nonexistent/icon.png";
-        QTemporaryDir dir;
-        const QString good = dir.filePath("good.png");
-        QImage white(8, 8, QImage::Format_ARGB32);
-        white.fill(Qt::white);
-        QVERIFY(white.save(good));
-        button_dark b;
-        b.set_icon(good, -1, -1, 0xfff0f0f0, 0xff818885);
-
-        QTest::ignoreMessage(QtWarningMsg, qPrintable(QString("Can't open icon: '%1'.").arg(path)));
-        b.set_icon(path, -1, -1, 0xff00ff00, 0xff0000ff);
-        QCOMPARE(b.icon.path, good);
-        // The old picture stays, recoloured with the new colours.
-        QCOMPARE(b.icon.normal_image->pixel(3, 3), qRgba(0, 0, 255, 255));
     }
 };
 

@@ -45,13 +45,10 @@ private slots:
     // In the folder: a.jpg, "b ü.png" (a URI escapes both), album/c.jpg and album/sub/deep.jpg.
     void open_takes_the_file_open_road()
     {
-        const QStringList items = make_album();
-        open_window();
-        QStringList uris;
-        for (const QString& item : items)
+        QStringList uris{"https://example.org/photo.jpg"};
+        for (const QString& item : open_window_beside_album())
             uris << QUrl::fromLocalFile(item).toString();
-        uris << "https://example.org/photo.jpg";
-        call_from_outside("Open", {uris, QVariantMap()});
+        call_open(uris);
         QTRY_COMPARE_WITH_TIMEOUT(names(), (QStringList{"a.jpg", "b ü.png", "c.jpg"}), 30000);
         QVERIFY(!QSettings().contains("last_load_path"));
     }
@@ -60,8 +57,7 @@ private slots:
     // line, and the requests still come here.
     void another_copy()
     {
-        const QStringList items = make_album();
-        open_window();
+        const QStringList items = open_window_beside_album();
 
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         env.insert("HOME", dir->filePath("home"));
@@ -77,7 +73,7 @@ private slots:
         QVERIFY2(out.contains("visible: MainWindow 800x700"), qPrintable(out));
         QCOMPARE(out.count("Desktop open requests go to the copy that already runs"), 1);
 
-        call_from_outside("Open", {QStringList{QUrl::fromLocalFile(items.first()).toString()}, QVariantMap()});
+        call_open({QUrl::fromLocalFile(items.first()).toString()});
         QTRY_COMPARE_WITH_TIMEOUT(names(), QStringList{"a.jpg"}, 30000);
     }
 
@@ -94,31 +90,27 @@ private slots:
 
 private:
     // Returns the paths of a.jpg, "b ü.png" and the folder album.
-    QStringList make_album()
+    QStringList open_window_beside_album()
     {
         QDir root(dir->path());
         if (!root.mkpath("album/sub"))
             qFatal("cannot make the album folder");
         for (const char* name : {"a.jpg", "b ü.png", "album/c.jpg", "album/sub/deep.jpg"})
             make_tagged_photo(dir->path(), name, recorded);
-        return {root.filePath("a.jpg"), root.filePath("b ü.png"), root.filePath("album")};
-    }
-
-    void open_window()
-    {
         window = test_support::open_main_window();
         if (!desktop_service::offer(window))
             qWarning("the test could not take the application's name on its bus");
+        return {root.filePath("a.jpg"), root.filePath("b ü.png"), root.filePath("album")};
     }
 
     // Another connection to the bus, as a file manager's would be; the answer is not awaited,
     // the effect is.
-    static void call_from_outside(const QString& method, const QVariantList& arguments)
+    static void call_open(const QStringList& uris)
     {
         QDBusConnection other = QDBusConnection::connectToBus(bus_address(), "file manager");
         QDBusMessage call = QDBusMessage::createMethodCall(desktop_service::application_id(),
-            desktop_service::object_path(desktop_service::application_id()), "org.freedesktop.Application", method);
-        call.setArguments(arguments);
+            desktop_service::object_path(desktop_service::application_id()), "org.freedesktop.Application", "Open");
+        call.setArguments({uris, QVariantMap()});
         QVERIFY(other.isConnected());
         other.asyncCall(call);
     }

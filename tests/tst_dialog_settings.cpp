@@ -26,21 +26,17 @@ private slots:
     {
         QTest::addColumn<QString>("stored");
         QTest::addColumn<QStringList>("selections");
-        QTest::addColumn<QString>("shown");
         QTest::addColumn<QString>("expected");
 
-        QTest::newRow("opening and closing stores nothing") << "" << QStringList() << "English" << "";
-        QTest::newRow("fr set by hand shows English and stays") << "fr" << QStringList() << "English" << "fr";
-        QTest::newRow("Deutsch is stored at once") << "" << QStringList{"Deutsch"} << "English" << "de";
-        QTest::newRow("there and back overwrites fr with en")
-            << "fr" << QStringList{"Deutsch", "English"} << "English" << "en";
+        QTest::newRow("opening and closing stores nothing") << "" << QStringList() << "";
+        QTest::newRow("Deutsch is stored at once") << "" << QStringList{"Deutsch"} << "de";
+        QTest::newRow("fr shows English; there and back stores en") << "fr" << QStringList{"Deutsch", "English"} << "en";
     }
 
     void dialog_stores_only_changes()
     {
         QFETCH(QString, stored);
         QFETCH(QStringList, selections);
-        QFETCH(QString, shown);
         if (!stored.isEmpty())
             QSettings().setValue("lang", stored);
 
@@ -54,7 +50,7 @@ private slots:
         dialog_settings(nullptr).exec();
 
         QVERIFY(seen->answered);
-        QCOMPARE(first_shown, shown);
+        QCOMPARE(first_shown, QString("English"));
         QSettings settings;
         QCOMPARE(settings.contains("lang"), !stored.isEmpty() || !selections.isEmpty());
         QTEST(settings.value("lang").toString(), "expected");
@@ -69,7 +65,6 @@ private slots:
         QTest::addColumn<bool>("quits");
 
         QTest::newRow("window: continue") << false << "Continue working" << false;
-        QTest::newRow("window: quit") << false << "Quit now" << true;
         QTest::newRow("toolkit: quit") << true << "Quit now" << true;
     }
 
@@ -94,7 +89,6 @@ private slots:
                     combo->setCurrentIndex(combo->findData("de"));
                     prompt = answer_next_box(answer);
                 });
-
                 window->on_button_settings_clicked();
             }
             // A program that goes on ends its loop by closing the window.
@@ -140,8 +134,7 @@ private slots:
                 delete translator;
             }
         });
-        const QString photo = test_support::make_tagged_photo(
-            dir->path(), "early.jpg",
+        const QString photo = test_support::make_tagged_photo(dir->path(), "early.jpg",
             test_support::tag_map("ExifIFD:DateTimeOriginal=1960:06:21 18:30:05"));
         window = test_support::open_main_window();
 

@@ -1,12 +1,8 @@
-// Linked with the program's own main.cpp into a driver for screenshots: once the window is up it
-// opens the files named in TAVIMO_LOOK_FILES (separated by ':') as the operating system would,
-// and types TAVIMO_LOOK_HOURS into the hour field and TAVIMO_LOOK_ZONE into the zone field, as a
-// user would. TAVIMO_LOOK_PRESS names a button to press then ("fix", "load", "settings", "about",
-// or "credits" for the about box's credits line), so that a question box or a dialog stands for
-// the picture. With TAVIMO_LOOK_QUIT_AFTER_MS set, it refuses
-// whatever box is open after that time and closes the window, so that ExifTool ends with it.
+// Linked with the program's own main.cpp into the screenshot driver that the README describes:
+// it opens TAVIMO_LOOK_FILES, types TAVIMO_LOOK_HOURS and TAVIMO_LOOK_ZONE, presses the button that
+// TAVIMO_LOOK_PRESS names, and after TAVIMO_LOOK_QUIT_AFTER_MS refuses the open box and closes the
+// window, so that ExifTool ends with it.
 #include <QApplication>
-#include <QFileDialog>
 #include <QFileOpenEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -14,13 +10,14 @@
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
-#include <QWidget>
 
-static QPushButton* button_with_tool_tip(const QString& start)
+static QPushButton* find_button(const QString& press)
 {
+    const QString tool_tip = press == "fix" ? "Apply changes" : press == "load" ? "Load images" : QString();
+    const QString name = "button_" + (press == "credits" ? QString("about") : press);
     for (QWidget* w : QApplication::topLevelWidgets())
         for (auto* button : w->findChildren<QPushButton*>())
-            if (button->toolTip().startsWith(start))
+            if (tool_tip.isEmpty() ? button->objectName() == name : button->toolTip().startsWith(tool_tip))
                 return button;
     return nullptr;
 }
@@ -28,8 +25,7 @@ static QPushButton* button_with_tool_tip(const QString& start)
 static void look()
 {
     QTimer::singleShot(500, qApp, [] {
-        const QStringList files = qEnvironmentVariable("TAVIMO_LOOK_FILES").split(':', Qt::SkipEmptyParts);
-        for (const QString& file : files) {
+        for (const QString& file : qEnvironmentVariable("TAVIMO_LOOK_FILES").split(':', Qt::SkipEmptyParts)) {
             QFileOpenEvent open(file);
             QApplication::sendEvent(qApp, &open);
         }
@@ -41,13 +37,7 @@ static void look()
         }
         const QString press = qEnvironmentVariable("TAVIMO_LOOK_PRESS");
         // Queued, so that the box or dialog runs from the event loop and not inside this timer.
-        QPushButton* button = nullptr;
-        if (press == "fix" || press == "load")
-            button = button_with_tool_tip(press == "fix" ? "Apply changes" : "Load images");
-        for (QWidget* w : QApplication::topLevelWidgets())
-            if (!button && !press.isEmpty())
-                button = w->findChild<QPushButton*>("button_" + (press == "credits" ? QString("about") : press));
-        if (button)
+        if (QPushButton* button = press.isEmpty() ? nullptr : find_button(press))
             QTimer::singleShot(0, button, &QPushButton::click);
         if (press == "credits")
             QTimer::singleShot(500, qApp, [] {
@@ -56,23 +46,15 @@ static void look()
                         QTest::mouseClick(line, Qt::LeftButton);
             });
     });
-
     const int quit_after = qEnvironmentVariableIntValue("TAVIMO_LOOK_QUIT_AFTER_MS");
-    if (quit_after <= 0)
-        return;
-    QTimer::singleShot(quit_after, qApp, [] {
-        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
-            QAbstractButton* refuse = box->button(QMessageBox::No);
-            refuse ? refuse->click() : box->reject();
-        } else if (auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget())) {
-            dialog->reject();
-        }
-        QTimer::singleShot(500, qApp, [] {
-            for (QWidget* w : QApplication::topLevelWidgets())
-                if (w->isWindow() && w->isVisible())
-                    w->close();
+    if (quit_after > 0)
+        QTimer::singleShot(quit_after, qApp, [] {
+            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
+                box->button(QMessageBox::No) ? box->button(QMessageBox::No)->click() : box->reject();
+            else if (auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget()))
+                dialog->reject();
+            QTimer::singleShot(500, qApp, [] { QApplication::closeAllWindows(); });
         });
-    });
 }
 
 Q_COREAPP_STARTUP_FUNCTION(look)
