@@ -1,7 +1,6 @@
 #!/bin/sh
-# Fails when an ExifTool child started by the test suite in build folder $1 still runs: every
-# test program that starts the bridge must stop it. A child that was just told to end gets a
-# few seconds.
+# Fails when an ExifTool child started by the test suite in build folder $1 still runs; a child
+# that was just told to end gets a few seconds.
 suite="TAVIMO_TEST_SUITE=$1"
 left() {
     for dir in /proc/[0-9]*; do

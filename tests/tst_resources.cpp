@@ -2,8 +2,7 @@
 #include <QImage>
 #include <QtTest>
 
-// The toolkit's resource sets are filled from lists kept by hand beside the artwork drawer and
-// the build: a picture or profile that goes missing only shows here, or as a blank widget.
+// The resource lists are kept by hand: a picture that goes missing shows here or as a blank widget.
 class tst_resources : public QObject {
     Q_OBJECT
 private slots:
@@ -23,16 +22,6 @@ private slots:
         }
     }
 
-    void three_colour_profiles()
-    {
-        const QStringList names = QDir(":/data/icc").entryList(QDir::Files);
-        QCOMPARE(names.size(), 3);
-        for (const QString& name : names) {
-            QFile profile(":/data/icc/" + name);
-            QVERIFY(profile.open(QIODevice::ReadOnly));
-            QCOMPARE(profile.read(40).mid(36, 4), QByteArray("acsp"));
-        }
-    }
 };
 
 QTEST_MAIN(tst_resources)
