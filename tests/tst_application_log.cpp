@@ -72,7 +72,9 @@ int child(const QByteArray& mode)
         QTest::qWait(350); // three drains with the window still closed
         result.write(QByteArray::number(page("Tavimo")->toPlainText().size()) + "\n");
         ondo::application_log::instance()->open_log_window();
-        QTest::qWait(200); // the first drain after opening brings all of it
+        // The first drain after opening brings all of it; a loaded machine may take a while.
+        QTest::qWaitFor([] { return !page("Tavimo")->toPlainText().isEmpty(); }, 5000);
+        QTest::qWait(150);
     } else {
         ondo::application_log::instance()->open_log_window();
         std::atomic<int> finished{0};

@@ -9,6 +9,7 @@
 
 #include <QDir>
 #include <QFontInfo>
+#include <QHeaderView>
 #include <QScreen>
 #include <QFileDialog>
 #include <QFileOpenEvent>
@@ -17,6 +18,8 @@
 #include <QSettings>
 #include <QTableView>
 #include <QtTest>
+
+#include <cmath>
 
 using test_support::make_tagged_photo;
 
@@ -85,15 +88,26 @@ private slots:
         make_window();
 
         QString opened;
+        QString name_box = "not looked at";
+        double contrast = 0; // of the least readable label
         const auto seen = test_support::answer_next_box("Open", [&](QDialog* box) {
             auto* dialog = qobject_cast<QFileDialog*>(box);
             opened = dialog->directory().absolutePath();
+            name_box = dialog->findChild<QLineEdit*>("fileNameEdit")->text();
+            const QImage shot = dialog->grab().toImage();
+            contrast = 21;
+            for (const char* label : {"lookInLabel", "fileNameLabel", "fileTypeLabel"}) {
+                auto* w = dialog->findChild<QWidget*>(label);
+                contrast = qMin(contrast, text_contrast(shot.copy(QRect(w->mapTo(dialog, QPoint()), w->size()))));
+            }
             dialog->setDirectory(shots);
             dialog->findChild<QLineEdit*>("fileNameEdit")->setText("\"a.jpg\" \"b.jpg\"");
         });
         button("Load images")->click();
 
         QCOMPARE(seen->title, QString("Select files"));
+        QVERIFY2(contrast >= 4.5, qPrintable(QString::number(contrast)));
+        QCOMPARE(name_box, QString());
         QCOMPARE(opened, root.path());
         QCOMPARE(names(), QStringList({"a.jpg", "b.jpg"}));
         QCOMPARE(QSettings().value("last_load_path").toString(), shots);
@@ -119,6 +133,28 @@ private slots:
         QCOMPARE(seen.family(), QString("FreeSans"));
         QTEST(seen.pixelSize(), "pixels");
         QTEST(seen.bold(), "bold");
+    }
+
+    // Each panel's edges in a picture of the window are those of its border image, stretched.
+    void the_longest_texts_fit_at_800_pixels()
+    {
+        make_window();
+        QCOMPARE(window->width(), 800);
+        window->load_files({make_tagged_photo(dir->path(), "a.jpg",
+            test_support::tag_map("ExifIFD:DateTimeOriginal=2017:06:21 18:30:05;IPTC:TimeCreated=18:30:05+04:00"))});
+        auto* zone = window->findChild<QLineEdit*>("lineedit_timezone");
+        QTest::keyClicks(zone, "-11.5");
+        QCOMPARE(cell(0, 1), QString("21.06.2017 - 18:30:05  UTC+04:00"));
+        QApplication::processEvents();
+        for (int column : {1, 2}) {
+            const int needed = table()->sizeHintForIndex(table()->model()->index(0, column)).width();
+            const int has = table()->horizontalHeader()->sectionSize(column);
+            QVERIFY2(needed <= has, qPrintable(QString("column %1: %2 > %3").arg(column).arg(needed).arg(has)));
+        }
+        // A six-character signed value, with the field's frame and inner margins beside it.
+        for (auto* field : window->findChild<QWidget*>("widget_time_adjust")->findChildren<QLineEdit*>())
+            QVERIFY2(field->fontMetrics().horizontalAdvance("-86400") + 2 * (1 + 2) <= field->width(),
+                qPrintable(field->objectName()));
     }
 
     // Each panel's edges in a picture of the window are those of its border image, stretched.
@@ -152,6 +188,26 @@ private slots:
     }
 
 private:
+    // Contrast ratio, as for web text, between a label's corner (its background) and the colour
+    // furthest from it in lightness (the text's core).
+    static double text_contrast(const QImage& picture)
+    {
+        auto luminance = [](QRgb c) {
+            auto channel = [](int v) {
+                const double s = v / 255.0;
+                return s <= 0.03928 ? s / 12.92 : std::pow((s + 0.055) / 1.055, 2.4);
+            };
+            return 0.2126 * channel(qRed(c)) + 0.7152 * channel(qGreen(c)) + 0.0722 * channel(qBlue(c));
+        };
+        const double back = luminance(picture.pixel(0, 0));
+        double text = back;
+        for (int y = 0; y < picture.height(); ++y)
+            for (int x = 0; x < picture.width(); ++x)
+                if (std::abs(luminance(picture.pixel(x, y)) - back) > std::abs(text - back))
+                    text = luminance(picture.pixel(x, y));
+        return (qMax(text, back) + 0.05) / (qMin(text, back) + 0.05);
+    }
+
     void make_window() { window = test_support::open_main_window(); }
     QTableView* table() const { return window->findChild<QTableView*>("tableView"); }
     QString cell(int row, int column) const { return table()->model()->index(row, column).data().toString(); }
