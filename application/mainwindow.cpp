@@ -10,6 +10,7 @@
 #include <ondo/application_log.h>
 #include <ondo/button_dark.h>
 #include <ondo/dialog_about.h>
+#include <ondo/exiftool.h>
 #include <ondo/exiftool_data.h>
 #include <ondo/file_dialog.h>
 #include <ondo/help.h>
@@ -19,6 +20,7 @@
 #include <ondo/style.h>
 
 #include <QApplication>
+#include <QCloseEvent>
 #include <QDir>
 #include <QFileInfo>
 #include <QFileOpenEvent>
@@ -29,6 +31,7 @@
 #include <QShortcut>
 #include <QStandardPaths>
 #include <QStyleFactory>
+#include <QTimer>
 #include <QUrl>
 
 #include <vector>
@@ -79,6 +82,12 @@ MainWindow::MainWindow(QWidget* parent)
     setup_inter_widget_connections();
     ondo::application_information_box::install(this, {});
     load_application_settings();
+
+    connect(ondo::exiftool_events::instance(), &ondo::exiftool_events::overdue, this, &MainWindow::show_stall_notice);
+    quit_watchdog = new QTimer(this);
+    quit_watchdog->setSingleShot(true);
+    quit_watchdog->setInterval(5000);
+    connect(quit_watchdog, &QTimer::timeout, this, &MainWindow::stop_exiftool);
     ui->widget_time_adjust->init_focus();
 }
 
@@ -209,6 +218,13 @@ ondo::progress_dialog* MainWindow::make_progress_dialog(const QString& label)
     dialog->setWindowFlags(dialog->windowFlags() ^ (Qt::WindowContextHelpButtonHint | Qt::WindowCloseButtonHint));
     dialog->setWindowTitle(tr("Please Wait"));
     dialog->setLabelText(label);
+    dialog->setProperty("plain_label", label);
+    // Only the Stop button of the stall notice stops ExifTool; a dialog closed with the window
+    // also says canceled.
+    connect(dialog, &QProgressDialog::canceled, this, [this] {
+        if (!ui->centralWidget->isEnabled())
+            stop_exiftool();
+    });
     dialog->setCancelButton(nullptr);
     dialog->setMinimumDuration(0);
     dialog->setFixedSize(static_cast<int>(dialog->width() * 1.2), dialog->height());
@@ -258,13 +274,18 @@ void MainWindow::save_application_settings() { settings.setValue("last_load_path
 void MainWindow::load_files(QStringList filenames)
 {
     const run_guard guard(this);
+    stop_requested = false;
     load_images_progress_dialog->setRange(0, filenames.size());
     load_images_progress_dialog->setValue(0);
     QCoreApplication::processEvents();
 
     int counter = 1;
     for (const QString& path : filenames) {
+        // A stopped ExifTool ends the load; what was read so far stays in the table.
+        if (run_ends())
+            break;
         model->add_file(path, true);
+        end_stall_notice();
         load_images_progress_dialog->setValue(counter++);
         // Keeps the window painted while input waits for the end of the load.
         QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents, 50);
@@ -272,6 +293,50 @@ void MainWindow::load_files(QStringList filenames)
     model->resort();
     // An empty list never reaches the maximum that hides the dialog by itself.
     load_images_progress_dialog->reset();
+}
+
+void MainWindow::closeEvent(QCloseEvent* e)
+{
+    if (runs_under_way > 0 && !quitting) {
+        quitting = true;
+        quit_watchdog->start();
+    }
+    ondo::main_window::closeEvent(e);
+}
+
+void MainWindow::show_stall_notice(const QString& file)
+{
+    ondo::progress_dialog* dialog = tavimo_progress_dialog->isVisible() ? tavimo_progress_dialog
+                                  : load_images_progress_dialog->isVisible() ? load_images_progress_dialog
+                                                                             : nullptr;
+    if (!dialog || runs_under_way == 0)
+        return;
+    ui->centralWidget->setEnabled(false);
+    dialog->setLabelText(tr("ExifTool is still working on %1.\nLarge files take a while. If it doesn't finish, "
+                            "stop it: this file then counts as failed.")
+                             .arg(QFileInfo(file).fileName()));
+    dialog->setCancelButtonText(tr("Stop"));
+    dialog->setFixedHeight(dialog->sizeHint().height());
+}
+
+void MainWindow::end_stall_notice()
+{
+    if (quitting)
+        quit_watchdog->start(); // the next file gets its few seconds anew
+    if (ui->centralWidget->isEnabled())
+        return;
+    ui->centralWidget->setEnabled(true);
+    for (ondo::progress_dialog* dialog : {tavimo_progress_dialog, load_images_progress_dialog}) {
+        dialog->setLabelText(dialog->property("plain_label").toString());
+        dialog->setCancelButton(nullptr);
+        dialog->setFixedHeight(dialog->sizeHint().height());
+    }
+}
+
+void MainWindow::stop_exiftool()
+{
+    stop_requested = true;
+    ondo::exiftool::interrupt();
 }
 
 void MainWindow::on_button_load_images_clicked()

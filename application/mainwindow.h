@@ -8,6 +8,7 @@
 #include <QString>
 #include <QStringList>
 
+class QTimer;
 class Ui_MainWindow;
 class table_data_model;
 
@@ -50,7 +51,21 @@ public slots:
     void on_button_about_clicked();
     void on_button_help_clicked();
 
+protected:
+    // A close during a run lets the run finish, but gives ExifTool only a few seconds for each
+    // further file before it is stopped, so that a child that doesn't answer can't hold the quit.
+    void closeEvent(QCloseEvent* e) override;
+
 private:
+    // In the progress dialog of the run under way: ExifTool is still at `file`, with a button
+    // that stops it. Until the file has answered, the rest of the window takes no input.
+    void show_stall_notice(const QString& file);
+    void end_stall_notice();
+    // Stops the child; the run under way counts its file as failed and ends before the next one.
+    void stop_exiftool();
+    // The run under way stops before its next file: ExifTool was stopped, by the user or by the
+    // quit's watchdog.
+    bool run_ends() const { return stop_requested; }
     void setup_layout();
     void setup_tableview();
     void setup_drop_files_widget();
@@ -74,6 +89,9 @@ private:
     bool delete_after_run = false;
     // Counts resets, so that a run sees one that happened between two of its files.
     int resets = 0;
+    bool stop_requested = false;
+    bool quitting = false;
+    QTimer* quit_watchdog = nullptr;
 
     QSettings settings;
     ondo::application_log* log;

@@ -10,6 +10,7 @@
 #include <ondo/progress_dialog.h>
 
 #include <QCoreApplication>
+#include <QTimer>
 #include <QVector>
 
 #include <algorithm>
@@ -73,7 +74,11 @@ MainWindow::run_guard::run_guard(MainWindow* window) : window(window) { ++window
 
 MainWindow::run_guard::~run_guard()
 {
-    if (--window->runs_under_way == 0 && window->delete_after_run)
+    if (--window->runs_under_way > 0)
+        return;
+    window->quit_watchdog->stop();
+    window->end_stall_notice();
+    if (window->delete_after_run)
         window->deleteLater();
 }
 
@@ -154,6 +159,7 @@ void MainWindow::on_button_fix_time_clicked()
 
     const run_guard guard(this);
     const int resets_before = resets;
+    stop_requested = false;
 
     // Only the last run can be undone.
     undo_info.clear();
@@ -163,8 +169,8 @@ void MainWindow::on_button_fix_time_clicked()
     QCoreApplication::processEvents();
 
     QStringList failed_files;
-    // A reset pressed between two files ends the run.
-    for (int row = 0; row < plan.size() && resets == resets_before; ++row) {
+    // A reset pressed between two files ends the run, and so does a stopped ExifTool.
+    for (int row = 0; row < plan.size() && resets == resets_before && !run_ends(); ++row) {
         const QString path = plan[row].path;
         const QDateTime time = plan[row].time;
         const QDateTime new_time = plan[row].new_time;
@@ -215,6 +221,7 @@ void MainWindow::on_button_fix_time_clicked()
             undo_info.insert(path, undo);
         else
             failed_files << path;
+        end_stall_notice();
 
         tavimo_progress_dialog->setValue(row + 1);
         QCoreApplication::processEvents();
@@ -222,7 +229,8 @@ void MainWindow::on_button_fix_time_clicked()
     // Skipped rows at the end leave the bar short of its maximum, where it would stay up.
     tavimo_progress_dialog->reset();
 
-    if (!failed_files.isEmpty()) {
+    // A program that is quitting asks nothing more.
+    if (!failed_files.isEmpty() && !quitting) {
         const auto answer = ondo::message_box::question(ui->centralWidget, tr("Continue?"),
             tr("The following %1 files could not be fixed:\n%2\n\n Do you want to keep the changes in the other files")
                 .arg(QString::number(failed_files.size()), failed_files.join(QLatin1Char('\n'))),
@@ -237,23 +245,35 @@ void MainWindow::on_button_fix_time_clicked()
 void MainWindow::on_button_undo_clicked()
 {
     const run_guard guard(this);
+    stop_requested = false;
     tavimo_progress_dialog->setRange(0, undo_info.size());
     tavimo_progress_dialog->setValue(0);
     QCoreApplication::processEvents();
 
     int done = 0;
+    QStringList failed_files;
     const QStringList paths = undo_info.keys();
     for (const QString& path : paths) {
+        if (run_ends())
+            break;
         // An empty value deletes the tag: that is how tags the run added go away again.
         exif_tag_map tags;
         for (const undo_entry& entry : undo_info.value(path))
             tags[entry.tag] = entry.value;
-        ondo::exiftool::write_tags(path, tags);
+        // What could not be written back stays, so that the undo can be tried again.
+        if (ondo::exiftool::write_tags(path, tags))
+            undo_info.remove(path);
+        else
+            failed_files << path;
+        end_stall_notice();
         tavimo_progress_dialog->setValue(++done);
         QCoreApplication::processEvents();
     }
 
     tavimo_progress_dialog->reset();
-    undo_info.clear();
-    button_undo->setEnabled(false);
+    button_undo->setEnabled(!undo_info.isEmpty());
+    if (!failed_files.isEmpty() && !quitting)
+        ondo::message_box::warning(ui->centralWidget, tr("Undo"),
+            tr("The following %1 files could not be restored:\n%2\n\nTheir old times are kept: press undo again to retry.")
+                .arg(QString::number(failed_files.size()), failed_files.join(QLatin1Char('\n'))));
 }

@@ -1,4 +1,5 @@
 // The stay-open protocol against a scripted stand-in for perl.
+#include "processes.h"
 #include "test_support.h"
 
 #include <ondo/exif_response.h>
@@ -6,6 +7,8 @@
 #include <ondo/exiftool_worker.h>
 #include <ondo/sanitizer.h>
 
+#include <QElapsedTimer>
+#include <QSignalSpy>
 #include <QtTest>
 
 #include <chrono>
@@ -13,92 +16,9 @@
 
 using ondo::exif_response;
 using ondo::exiftool;
+using test_support::fake_perl;
 using test_support::log_capture;
 
-namespace {
-
-// Records its arguments and input beside itself and answers each "-execute<id>" by the rules file,
-// read anew each time; a "|" in a reply pauses 150 ms.
-const char perl_script[] = R"PERL(#!/usr/bin/perl
-use strict; use warnings; use FindBin; use IO::Handle; use Time::HiRes qw(sleep);
-my $dir = $FindBin::Bin;
-sub append { open(my $o, '>>:raw', "$dir/$_[0]") or die; print $o $_[1]; close $o; }
-sub rules {
-    my %r = (reply => {}, plain => {}, delay => {}, exit => {}, deaf => {}, stderr => {});
-    open(my $in, '<:raw', "$dir/rules") or return \%r;
-    while (my $line = <$in>) {
-        chomp $line;
-        my ($kind, $id, $value) = split /\t/, $line, -1;
-        $value =~ s/\\(.)/$1 eq 'n' ? "\n" : $1/ge;
-        $r{$kind}{$id} = $value;
-    }
-    return \%r;
-}
-append('arguments', join('', map { "$_\n" } @ARGV) . "\n");
-$SIG{TERM} = 'IGNORE' if %{rules()->{deaf}};
-binmode STDIN; binmode STDOUT; STDOUT->autoflush(1);
-my $previous = '';
-while (my $line = <STDIN>) {
-    append('input', $line);
-    exit 0 if $previous eq "-stay_open\n" && $line eq "0\n" && !%{rules()->{deaf}};
-    $previous = $line;
-    next unless $line =~ /^-execute(\d+)\n\z/;
-    my ($id, $r) = ($1, rules());
-    sleep($r->{delay}{$id} / 1000) if $r->{delay}{$id};
-    print STDERR 'w' x $r->{stderr}{$id} if $r->{stderr}{$id};
-    my $text = $r->{reply}{$id} // $r->{reply}{'*'} // $r->{plain}{$id} // '';
-    $text .= "{ready$id}\n" unless exists $r->{plain}{$id};
-    my @parts = split /\|/, $text, -1;
-    print shift(@parts) // '';
-    for (@parts) { sleep(0.15); print; }
-    exit 0 if exists $r->{exit}{$id};
-}
-)PERL";
-
-// The stand-in first on PATH for its lifetime; its end shuts the bridge down.
-class fake_perl {
-public:
-    fake_perl() : old_path(qgetenv("PATH"))
-    {
-        QFile script(dir.filePath("perl"));
-        script.open(QIODevice::WriteOnly);
-        script.write(perl_script);
-        script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        qputenv("PATH", QFile::encodeName(dir.path()) + ":" + old_path);
-    }
-    ~fake_perl()
-    {
-        ondo::exiftool::shutdown(true); // the child writes into the folder, so it goes first
-        qputenv("PATH", old_path);
-    }
-    // Kinds: "reply" (a plain one brings its own marker; id "*" answers every task), "delay" in ms,
-    // "stderr" bytes of warnings first, "exit" after replying, "deaf" to the close command and SIGTERM.
-    void rule(const QString& kind, const QString& id = "*", QString value = "1")
-    {
-        QFile rules(dir.filePath("rules"));
-        rules.open(QIODevice::Append);
-        rules.write(QString("%1\t%2\t%3\n").arg(kind, id, value.replace("\\", "\\\\").replace("\n", "\\n")).toUtf8());
-    }
-    QByteArray read(const QString& name) const
-    {
-        QFile file(dir.filePath(name));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-    QList<QStringList> starts() const
-    {
-        QList<QStringList> result;
-        for (const QString& block : QString::fromUtf8(read("arguments")).split("\n\n", Qt::SkipEmptyParts))
-            result << block.split('\n', Qt::SkipEmptyParts);
-        return result;
-    }
-    QByteArray input() const { return read("input"); }
-
-private:
-    QTemporaryDir dir;
-    QByteArray old_path;
-};
-
-} // namespace
 
 class tst_exiftool_worker : public QObject {
     Q_OBJECT
@@ -125,8 +45,8 @@ private slots:
     }
 
     // Names and values the argument reader would split or alter never reach the wire: "<" marks
-    // a read without groups, "?" a read of Make and Model, ">" a write of Software=<value>; an
-    // empty `wire` means refused.
+    // a read without groups, "?" a read of Make and Model, ">" a write of Software=<value>, "!" a
+    // write of <tag>=x; an empty `wire` means refused.
     void wire_bytes_data()
     {
         QTest::addColumn<QString>("call");
@@ -141,6 +61,10 @@ private slots:
         row("leading dash", "<", "-w!", "");
         row("value with a line break", ">", "/p/a.jpg|x\n-all=", "");
         row("tag name that is an option", "?", "/p/a.jpg|execute", "");
+        row("relative name", "<", "a.jpg", "");
+        row("minus sign as an option dash", "<", "\u2212@", "");
+        row("minus sign before if", ">", "\u2212if", "");
+        row("tag name with a final line break", "!", "/p/a.jpg|Software\n", "");
     }
 
     void wire_bytes()
@@ -159,6 +83,8 @@ private slots:
             answered = !exiftool::read_tags(file, false, false).empty();
         } else if (call == "?") {
             answered = !exiftool::read_specific_tags(file, {extra.isEmpty() ? "Make" : extra, "Model"}).empty();
+        } else if (call == "!") {
+            answered = exiftool::write_tags(file, {{extra, "x"}});
         } else {
             answered = exiftool::write_tags(file, {{"Software", extra.isEmpty() ? "x" : extra}});
         }
@@ -200,7 +126,7 @@ private slots:
         fake_perl perl;
         perl.rule("stderr", "0", "4000000");
         perl.rule("reply", "0", "-Make=Canon\n");
-        QCOMPARE(exiftool::read_tags("a.jpg", false, false), (exif_tag_map{{"Make", "Canon"}}));
+        QCOMPARE(exiftool::read_tags("/a.jpg", false, false), (exif_tag_map{{"Make", "Canon"}}));
             qint64 held = -1;
         const ondo::queued_call_mark mark(ondo::worker_instance);
         QMetaObject::invokeMethod(ondo::worker_instance, [&held] { held = ondo::worker_instance->process->readAllStandardError().size(); },
@@ -216,8 +142,13 @@ private slots:
         QTest::addColumn<QList<QByteArray>>("results");
 
         QTest::newRow("marker split across reads") << 0 << QStringList{"a\n{rea|dy0}\n"} << QList<QByteArray>{"a\n"};
-        QTest::newRow("marker and next output in one read") << 0 << QStringList{"a\n{ready0}\nsurplus\n", "b\n{ready1}\n"}
-                                                            << QList<QByteArray>{"a\n", "surplus\nb\n"};
+        // Nothing is asked behind a task before its marker, so what follows belongs to no task.
+        QTest::newRow("output behind the marker is dropped") << 0 << QStringList{"a\n{ready0}\nsurplus\n", "b\n{ready1}\n"}
+                                                             << QList<QByteArray>{"a\n", "b\n"};
+        // A value or a folder name ending like the marker ends its line with it.
+        QTest::newRow("marker text at the end of a line") << 2 << QStringList{"-Artist=x{ready2}\n-Directory=/trip{ready2}\n|{ready2}\n"}
+                                                          << QList<QByteArray>{"-Artist=x{ready2}\n-Directory=/trip{ready2}\n"};
+        QTest::newRow("marker at the very start") << 0 << QStringList{"{read|y0}\n"} << QList<QByteArray>{""};
         QTest::newRow("id 10 is not ended by id 1's marker") << 10 << QStringList{"{ready1\n{ready1}\n|tail\n{ready10}\n"}
                                                              << QList<QByteArray>{"{ready1\n{ready1}\ntail\n"};
     }
@@ -275,7 +206,7 @@ private slots:
         exiftool::shutdown(true);
 
         QCOMPARE(log.count("Worker started: Ok"), 1);
-        QTEST(log.count("Sending termination signal to process."), "terminations");
+        QTEST(log.count("Sending interrupt signal to process."), "terminations");
         QTEST(log.count("Sending kill signal to process."), "kills");
         // The worker's destructor runs the shutdown once more and logs it again.
         QVERIFY2(log.first("Did ").contains(last_line), qPrintable(log.first("Did ")));
@@ -284,6 +215,61 @@ private slots:
             QCOMPARE(perl.input().count("-stay_open\n0\n"), 1);
         }
         QCOMPARE(log.count("Not writing"), 0);
+    }
+
+    // A child that dies, stalls or floods ends only its own task, with an error, and in bounded
+    // time; the next read works. Task 0 reads a.jpg under the row's rules; "stop" means the
+    // program stops the child once the time limit has passed, as its Stop button does.
+    void child_faults_data()
+    {
+        QTest::addColumn<QStringList>("rules");
+        QTest::addColumn<bool>("stop");
+        QTest::addColumn<int>("children");
+        QTest::addColumn<QString>("logged");
+
+        QTest::newRow("exits in the middle of its answer") << QStringList{"plain", "-Make=Ca", "exit", "1"} << false << 2
+                                                           << "ExifTool ended with exit code 0 while working on '/p/a.jpg'";
+        QTest::newRow("never answers") << QStringList{"plain", ""} << true << 2 << "ended by signal 2";
+        QTest::newRow("never answers and ignores SIGINT") << QStringList{"plain", "", "deaf", "1"} << true << 2
+                                                          << "did not stop on SIGINT; killing it";
+        QTest::newRow("answer over the size limit") << QStringList{"huge", QString::number(70 << 20)} << false << 1
+                                                    << "is larger than 67108864 bytes";
+        QTest::newRow("garbage around the marker") << QStringList{"plain", "\x01\xff=\n==\n-A{ready0}\n{ready0}\n-B=2\n"}
+                                                   << false << 1 << "Dropping 5 bytes of output";
+    }
+
+    void child_faults()
+    {
+        QFETCH(QStringList, rules);
+        QFETCH(bool, stop);
+        QFETCH(QString, logged);
+        fake_perl perl;
+        for (int i = 0; i + 1 < rules.size(); i += 2)
+            perl.rule(rules[i], "0", rules[i + 1]);
+        perl.rule("reply", "1", "-Make=Canon\n");
+        ondo::next_task_id = 0;
+        log_capture log;
+        QSignalSpy overdue(ondo::exiftool_events::instance(), &ondo::exiftool_events::overdue);
+        exiftool::set_time_limit(300);
+        QMetaObject::Connection stopper;
+        if (stop)
+            stopper = connect(ondo::exiftool_events::instance(), &ondo::exiftool_events::overdue, [] { exiftool::interrupt(); });
+
+        QElapsedTimer clock;
+        clock.start();
+        const exif_tag_map first = exiftool::read_tags("/p/a.jpg", false, false);
+        QVERIFY2(clock.elapsed() < 10000, qPrintable(QString::number(clock.elapsed())));
+        QVERIFY(!first.count("Make"));
+        QCOMPARE(exiftool::read_tags("/p/b.jpg", false, false), (exif_tag_map{{"Make", "Canon"}}));
+        disconnect(stopper);
+        exiftool::set_time_limit(60000);
+
+        QVERIFY2(log.count(logged) == 1, qPrintable(log.lines().join('\n')));
+        QCOMPARE(overdue.size(), stop ? 1 : 0);
+        QTEST(int(perl.starts().size()), "children");
+        exiftool::shutdown(true);
+        for (const qint64 pid : perl.pids())
+            QTRY_VERIFY_WITH_TIMEOUT(!test_support::is_running(pid), 10000);
     }
 };
 

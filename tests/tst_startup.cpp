@@ -1,3 +1,4 @@
+#include "processes.h"
 #include "test_support.h"
 
 #include <QFileInfo>
@@ -8,59 +9,19 @@
 
 #include <csignal>
 
+using test_support::child_of;
+using test_support::is_running;
+
 namespace {
 
-// Starts `program` from the build's bin folder, offscreen, with a home of its own in `dir`.
 void launch(QProcess& process, const char* program, const QTemporaryDir& dir, const QMap<QString, QString>& vars)
 {
-    QVERIFY(QDir(dir.path()).mkpath("home"));
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert("HOME", dir.filePath("home"));
-    env.insert("XDG_CONFIG_HOME", dir.filePath("home/.config"));
-    env.insert("QT_QPA_PLATFORM", "offscreen");
-    for (auto it = vars.begin(); it != vars.end(); ++it)
-        env.insert(it.key(), it.value());
-    process.setProcessEnvironment(env);
-    process.start(TAVIMO_BIN_DIR "/" + QString(program), QStringList());
-    QVERIFY(process.waitForStarted());
+    test_support::launch(process, program, dir.path(), vars);
 }
 
 QStringList gray_photos(const QTemporaryDir& dir, int count)
 {
-    QImage photo(16, 16, QImage::Format_RGB32);
-    photo.fill(Qt::gray);
-    QStringList paths;
-    for (int i = 0; i < count; ++i) {
-        paths << dir.filePath(QString("p%1.jpg").arg(i, 3, 10, QLatin1Char('0')));
-        photo.save(paths.last());
-    }
-    return paths;
-}
-
-// The first process whose parent is `parent` and whose command is perl, or 0.
-qint64 child_of(qint64 parent)
-{
-    for (const QString& entry : QDir("/proc").entryList(QDir::Dirs)) {
-        QFile stat("/proc/" + entry + "/stat");
-        if (!entry.toLongLong() || !stat.open(QIODevice::ReadOnly))
-            continue;
-        // "pid (comm) state ppid ...": the command may hold blanks, so fields count from its ')'.
-        const QByteArray text = stat.readAll();
-        const QList<QByteArray> fields = text.mid(text.lastIndexOf(')') + 2).split(' ');
-        if (text.contains("(perl)") && fields.value(1).toLongLong() == parent)
-            return entry.toLongLong();
-    }
-    return 0;
-}
-
-// Gone, or a zombie waiting for a parent that doesn't reap.
-bool is_running(qint64 pid)
-{
-    QFile stat(QString("/proc/%1/stat").arg(pid));
-    if (!stat.open(QIODevice::ReadOnly))
-        return false;
-    const QByteArray text = stat.readAll();
-    return text.mid(text.lastIndexOf(')') + 2, 1) != "Z";
+    return test_support::photos(dir.path(), count);
 }
 
 } // namespace

@@ -113,13 +113,29 @@ bool exif_response::await(int ms)
             mark_error(exif_error::aborted);
             return false;
         }
-        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::WaitForMoreEvents);
+        const bool overdue = error_code == exif_error::timeout;
+        QCoreApplication::processEvents(overdue ? QEventLoop::WaitForMoreEvents
+                                                : QEventLoop::ExcludeUserInputEvents | QEventLoop::WaitForMoreEvents);
     }
 }
 
 void exif_response::abort(exif_error e)
 {
     mark_error(e == exif_error::none ? exif_error::aborted : e);
+}
+
+void exif_response::fail(exif_error e)
+{
+    stop_timer();
+    if (aborted_flag.load(std::memory_order_acquire))
+        return;
+    QAbstractEventDispatcher* waiter = QAbstractEventDispatcher::instance(thread());
+    error_code = e;
+    emit error(e);
+    emit finished();
+    // Last, as in mark_ready: the asker may delete this object once it sees the flag.
+    aborted_flag.store(true, std::memory_order_release);
+    wake(waiter);
 }
 
 } // namespace ondo

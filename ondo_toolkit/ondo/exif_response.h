@@ -15,8 +15,10 @@ namespace ondo {
 
 enum class exif_error : int {
     none = 0,
-    timeout = 1, // the time limit of the wait passed
-    aborted = 2, // the wait was given up
+    timeout = 1,   // the time limit of the wait passed
+    aborted = 2,   // the wait was given up
+    ended = 3,     // ExifTool ended, or was stopped, before it answered
+    too_large = 4, // the answer outgrew what the bridge takes
 };
 
 // The handle of one ExifTool task. The asking thread creates it, waits on it and ends it with
@@ -36,18 +38,21 @@ public:
     exif_error get_error() const;
     QByteArray get_data() const;
     // Waits for the output with a live event loop that keeps user input out. True once the
-    // output is there; false only when the wait was aborted. A time limit that passes records
-    // exif_error::timeout but does not end the wait.
+    // output is there; false when the wait was aborted or the task failed. A time limit that
+    // passes records exif_error::timeout but does not end the wait: from then on user input is
+    // let through too, so that the program can offer a way to stop ExifTool.
     bool await(int ms);
     // Arms the time limit once; a second call does not extend it.
     void await_async(int ms);
     // Records `e` (exif_error::none counts as exif_error::aborted).
     void abort(exif_error e);
+    // Ends the task with `e`: await() returns false. Called by the worker when no answer can come.
+    void fail(exif_error e);
 
     int id = 0;
     std::atomic<bool> ready_flag{false};
     std::atomic<bool> aborted_flag{false};
-    exif_error error_code = exif_error::none;
+    std::atomic<exif_error> error_code{exif_error::none};
     QString file;
     QByteArray data;
     std::int64_t started_at = 0;

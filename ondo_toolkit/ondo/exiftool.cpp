@@ -8,6 +8,7 @@
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDebug>
+#include <QFileInfo>
 #include <QLoggingCategory>
 #include <QMutex>
 #include <QRegularExpression>
@@ -18,7 +19,7 @@ namespace ondo {
 namespace {
 
 // The time limit of every synchronous wait. It records a timeout but doesn't end the wait.
-constexpr int wait_limit_ms = 60000;
+std::atomic<int> wait_limit_ms{60000};
 
 // -args output: one "-Tag=Value" per line. Only the piece between the first and the second "="
 // is kept, and a key that comes twice keeps its last value.
@@ -45,19 +46,19 @@ bool breaks_lines(const QString& text)
     return text.contains(QLatin1Char('\n')) || text.contains(QLatin1Char('\r')) || text.contains(QChar(0));
 }
 
+// Only absolute paths: a relative one could begin with anything ExifTool reads as an option,
+// including dashes other than "-" (it takes U+2212 as one).
 bool is_safe_path(const QString& path)
 {
-    if (path.isEmpty() || breaks_lines(path))
-        return false;
-    const QChar first = path.at(0);
-    return first == QLatin1Char('/') || !(first == QLatin1Char('-') || first == QLatin1Char('#') || first.isSpace());
+    return path.startsWith(QLatin1Char('/')) && !breaks_lines(path);
 }
 
 // A tag name, optionally behind groups ("IFD0:Make", "XMP-dc:Title-de", "IFD0:*"). Without a
 // group it must not be one of ExifTool's option words, which the reader would obey instead.
 bool is_safe_tag_name(const QString& name)
 {
-    static const QRegularExpression shape(QStringLiteral("^([A-Za-z0-9_*?-]+:)*[A-Za-z0-9_*?][A-Za-z0-9_*?-]*#?$"));
+    // \z, not $: "$" would also match in front of a final line break.
+    static const QRegularExpression shape(QStringLiteral("\\A([A-Za-z0-9_*?-]+:)*[A-Za-z0-9_*?][A-Za-z0-9_*?-]*#?\\z"));
     static const QRegularExpression option(QStringLiteral(
         "^(a|duplicates|args?|argformat|b|binary|c|coordformat|config|csv|csvdelim|d|dateformat|"
         "delete_original|diff|e|composite|ee\\d*|extractembedded\\d*|efile\\d?|ec|escapec|"
@@ -69,9 +70,10 @@ bool is_safe_tag_name(const QString& name)
         "stay_open|struct|t|tab|table|(add|all)?tagsfromfile|u|unknown2?|"
         "userparam|use|v\\d*|verbose\\d*|validate|ver|w|textout|tagout|wext|wm|writemode|x|exclude|"
         "xmlformat|z|zip|api|common_args|execute\\d*|geotag|geosync|geolocation|globaltimeshift|"
-        "srcfile|password|php|plot|charset|file\\d+)$"),
+        "srcfile|password|php|plot|charset|file\\d+)\\z"),
         QRegularExpression::CaseInsensitiveOption);
-    return shape.match(name).hasMatch() && (name.contains(QLatin1Char(':')) || !option.match(name).hasMatch());
+    return !breaks_lines(name) && shape.match(name).hasMatch()
+        && (name.contains(QLatin1Char(':')) || !option.match(name).hasMatch());
 }
 
 // A value follows "-Tag=" on its line; the reader also eats one blank right behind the "=".
@@ -100,6 +102,14 @@ bool is_safe_write(const char* function, const QString& file, const exif_tag_map
 {
     if (!is_safe_path(file))
         return refuse(function, file, "its name would change the command");
+    // ExifTool refuses to write while it is there; it is left from a write that was cut short,
+    // and may be the only whole copy of the photo, so it is named and left alone.
+    const QString leftover = file + QStringLiteral("_exiftool_tmp");
+    if (QFileInfo(leftover).exists() || QFileInfo(leftover).isSymLink()) {
+        qCWarning(exiftool_log(), "%s: Refusing '%s': an earlier write left '%s' behind.", function,
+                  qUtf8Printable(file), qUtf8Printable(leftover));
+        return false;
+    }
     for (const auto& [tag, value] : tags) {
         if (!is_safe_tag_name(tag))
             return refuse(function, file, "a tag name would change the command");
@@ -109,10 +119,20 @@ bool is_safe_write(const char* function, const QString& file, const exif_tag_map
     return true;
 }
 
+// Waits for `response`, telling exiftool_events once the time limit has passed.
+bool await_answer(exif_response* response)
+{
+    QObject::connect(response, &exif_response::error, response, [response](exif_error e) {
+        if (e == exif_error::timeout)
+            emit exiftool_events::instance()->overdue(response->file);
+    }, Qt::DirectConnection);
+    return response->await(wait_limit_ms);
+}
+
 exif_tag_map run_read(const QString& file, const QString& operation, const QString& command)
 {
     exif_response* response = exiftool::start_task(file, operation, command.toUtf8());
-    if (!response->await(wait_limit_ms)) {
+    if (!await_answer(response)) {
         response->deleteLater();
         return {};
     }
@@ -159,6 +179,29 @@ void exiftool::shutdown(bool deferred)
     worker_thread = nullptr;
 }
 
+exiftool_events* exiftool_events::instance()
+{
+    static exiftool_events* events = new exiftool_events; // lives as long as the process
+    return events;
+}
+
+void exiftool::interrupt()
+{
+    QMutexLocker lock(&worker_mutex());
+    if (worker_instance)
+        QMetaObject::invokeMethod(worker_instance, "interrupt", Qt::QueuedConnection);
+}
+
+void exiftool::set_time_limit(int ms)
+{
+    wait_limit_ms = ms;
+}
+
+int exiftool::time_limit()
+{
+    return wait_limit_ms;
+}
+
 void exiftool::verbose(bool value)
 {
     QMutexLocker lock(&worker_mutex());
@@ -184,7 +227,7 @@ exif_response* exiftool::start_task(const QString& file, const QString& operatio
         const queued_call_mark mark(worker_instance);
         if (!QMetaObject::invokeMethod(worker_instance, "add_task", Qt::BlockingQueuedConnection,
                                        Q_ARG(ondo::exif_response*, response), Q_ARG(QString, operation),
-                                       Q_ARG(QByteArray, data)))
+                                       Q_ARG(QByteArray, data), Q_ARG(QString, file)))
             qCWarning(exiftool_log(), "%s: Failed to invoke add_task method in exiftool worker.", Q_FUNC_INFO);
     }
     return response;
@@ -240,7 +283,7 @@ exif_response* exiftool::write_tags_async(const QString& file, const exif_tag_ma
 bool exiftool::write_tags(const QString& file, const exif_tag_map& tags)
 {
     exif_response* response = write_tags_async(file, tags);
-    if (!response->await(wait_limit_ms)) {
+    if (!await_answer(response)) {
         response->deleteLater();
         return false;
     }

@@ -16,6 +16,18 @@ using ::exif_tag_map;
 
 class exif_response;
 
+// Tells the program what the bridge can't say through a result: a task that takes longer than
+// the time limit. Lives on the GUI thread; the signal comes on the thread that waits.
+class exiftool_events : public QObject {
+    Q_OBJECT
+public:
+    static exiftool_events* instance();
+
+signals:
+    // ExifTool has been working on `file` for longer than the time limit and is still at it.
+    void overdue(const QString& file);
+};
+
 // The only way to ExifTool: one stay-open child on its own thread, started by the first read
 // or write. Every function may be called from any thread with an event dispatcher; the
 // synchronous ones keep that thread's event loop turning (without user input) while they wait.
@@ -31,17 +43,26 @@ public:
     // Both only take effect while a worker exists.
     static void verbose(bool value);
     static void do_ping(bool value);
+    // Stops the child the safe way (SIGCONT and SIGINT, SIGKILL a few seconds later if it is
+    // still there). The task in flight ends with an error; the next one starts a new child.
+    static void interrupt();
+    // The time after which a synchronous wait tells exiftool_events::overdue (60 s). The wait
+    // itself goes on: a slow large file that answers is never cut short.
+    static void set_time_limit(int ms);
+    static int time_limit();
 
     // Queues `data` (command lines without the execute line) and returns its response, which
     // the caller owns and ends with deleteLater(). Never null.
     static exif_response* start_task(const QString& file, const QString& operation, const QByteArray& data);
     // All tags of `file`; with `group_names` the keys carry their group ("IFD0:Make").
-    // An unreadable or missing file gives an empty map.
+    // An unreadable or missing file, a relative path and a failed task give an empty map.
     static exif_tag_map read_tags(const QString& file, bool group_names, bool log_result);
     // Only the named tags (no groups); an empty list reads all tags.
     static exif_tag_map read_specific_tags(const QString& file, const std::vector<QString>& tags);
     // Writes `tags` in place; an empty value deletes the tag. False when ExifTool reports that
-    // the file wasn't updated due to errors.
+    // the file wasn't updated due to errors, when the task failed, and without sending anything
+    // for a relative path, a crafted tag name or value, or a temporary file of an earlier write
+    // that is still beside the photo.
     static bool write_tags(const QString& file, const exif_tag_map& tags);
     static exif_response* write_tags_async(const QString& file, const exif_tag_map& tags);
     // Writes "Software" and "CreatorTool" as "<organisation> - <application>".

@@ -5,6 +5,8 @@
 #include "sanitizer.h"
 
 #include <QCoreApplication>
+#include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QLoggingCategory>
 #include <QMutex>
@@ -12,10 +14,12 @@
 #include <QThread>
 #include <QTimer>
 
-#ifdef Q_OS_LINUX
 #include <csignal>
-#include <sys/prctl.h>
+#include <ctime>
+#include <sys/stat.h>
 #include <unistd.h>
+#ifdef Q_OS_LINUX
+#include <sys/prctl.h>
 #endif
 
 namespace ondo {
@@ -49,10 +53,15 @@ void exiftool_process::setupChildProcess()
 {
     // In the child, before perl runs: in stay-open mode ExifTool outlives a closed standard
     // input, so it is told to end when the thread that started it goes, however the program
-    // ends. A parent that died before this line is caught by the second check.
-    ::prctl(PR_SET_PDEATHSIG, SIGTERM);
+    // ends. SIGINT is ExifTool's safe stop: it finishes copying a photo in place and removes its
+    // temporary file first. A parent that died before this line is caught by the second check.
+    // Its own process group keeps a Ctrl+C in the terminal for the program, which then stops the
+    // child in stages.
+    ::signal(SIGINT, SIG_DFL);
+    ::setpgid(0, 0);
+    ::prctl(PR_SET_PDEATHSIG, SIGINT);
     if (::getppid() != parent_pid)
-        ::raise(SIGTERM);
+        ::raise(SIGINT);
 }
 #endif
 
@@ -60,6 +69,59 @@ namespace {
 
 // Ends stay-open mode; ExifTool then exits after the command it is running.
 const QString close_command = QStringLiteral("-stay_open\n0\n");
+
+qint64 now_ns()
+{
+    timespec now {};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    return qint64(now.tv_sec) * 1000000000 + now.tv_nsec;
+}
+
+// Where ExifTool writes a photo's new version before it copies it over the original.
+QString temporary_file_of(const QString& photo)
+{
+    return photo + QStringLiteral("_exiftool_tmp");
+}
+
+bool exists_as_anything(const QString& path)
+{
+    struct stat info {};
+    return ::lstat(QFile::encodeName(path).constData(), &info) == 0;
+}
+
+// After ExifTool died in the middle of writing `photo`, its temporary file is removed. If the
+// original was already being overwritten (it changed after the write was sent), the temporary
+// file is the one whole copy: it is copied over the original first.
+void clean_up_after_write(const exiftool_task& task)
+{
+    const QString temporary = temporary_file_of(task.file);
+    struct stat tmp {};
+    if (task.temporary_existed || ::lstat(QFile::encodeName(temporary).constData(), &tmp) != 0
+        || !S_ISREG(tmp.st_mode))
+        return;
+    struct stat photo {};
+    const bool photo_is_file = ::lstat(QFile::encodeName(task.file).constData(), &photo) == 0 && S_ISREG(photo.st_mode);
+    const qint64 changed_ns = qint64(photo.st_ctim.tv_sec) * 1000000000 + photo.st_ctim.tv_nsec;
+    if (photo_is_file && changed_ns >= task.sent_at_ns) {
+        QFile source(temporary);
+        QFile target(task.file);
+        bool copied = source.open(QIODevice::ReadOnly) && target.open(QIODevice::ReadWrite);
+        while (copied && !source.atEnd()) {
+            const QByteArray block = source.read(1 << 20);
+            copied = target.write(block) == block.size();
+        }
+        copied = copied && target.resize(source.size()) && target.flush();
+        if (!copied) {
+            qCCritical(exiftool_log(), "%s: Could not restore '%s' from '%s'; both are kept.", Q_FUNC_INFO,
+                       qUtf8Printable(task.file), qUtf8Printable(temporary));
+            return;
+        }
+        qCWarning(exiftool_log(), "%s: Restored '%s' from ExifTool's temporary file.", Q_FUNC_INFO,
+                  qUtf8Printable(task.file));
+    }
+    if (QFile::remove(temporary))
+        qCWarning(exiftool_log(), "%s: Removed '%s'.", Q_FUNC_INFO, qUtf8Printable(temporary));
+}
 
 } // namespace
 
@@ -91,6 +153,16 @@ exiftool_worker::exiftool_worker() : QObject(nullptr)
     connect(process, &QProcess::stateChanged, this, [this](QProcess::ProcessState state) {
         if (verbose_enabled && exiftool_log().isDebugEnabled())
             qCDebug(exiftool_log(), "Process changed state to %d.", int(state));
+    });
+    connect(process, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
+            &exiftool_worker::process_ended);
+    kill_timer = new QTimer(this);
+    kill_timer->setSingleShot(true);
+    connect(kill_timer, &QTimer::timeout, this, [this] {
+        if (process->state() == QProcess::NotRunning)
+            return;
+        qCWarning(exiftool_log(), "%s: ExifTool did not stop on SIGINT; killing it.", Q_FUNC_INFO);
+        process->kill();
     });
     connect(process, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
             [this](int code, QProcess::ExitStatus status) {
@@ -145,9 +217,14 @@ bool exiftool_worker::start()
     return started;
 }
 
-void exiftool_worker::add_task(ondo::exif_response* response, QString operation, QByteArray data)
+void exiftool_worker::add_task(ondo::exif_response* response, QString operation, QByteArray data, QString file)
 {
-    task_queue.append(exiftool_task{operation, response, data});
+    exiftool_task task;
+    task.operation = operation;
+    task.response = response;
+    task.data = data;
+    task.file = file;
+    task_queue.append(task);
     execute_task();
 }
 
@@ -157,7 +234,10 @@ void exiftool_worker::execute_task()
         return;
     task_in_flight = true;
     // The head stays queued until its marker has come.
-    const exiftool_task task = task_queue.first();
+    exiftool_task& head = task_queue.first();
+    head.sent_at_ns = now_ns();
+    head.temporary_existed = !head.file.isEmpty() && exists_as_anything(temporary_file_of(head.file));
+    const exiftool_task task = head;
     if (!task.response) {
         // Leaves the worker stuck on purpose: nothing is sent after a task whose asker is gone.
         qCCritical(exiftool_log(), "%s: Current %s task response object was unset!", Q_FUNC_INFO,
@@ -222,41 +302,116 @@ void exiftool_worker::read_output()
                       qUtf8Printable(process->errorString()), int(process->error()));
             continue;
         }
-        // Only the new bytes can complete the marker: the search starts a marker's length in
-        // front of them, so a marker split across two reads is found and a long answer isn't
-        // searched over and over.
-        const int from = qMax(0, output_buffer.size() - current_marker.size() + 1);
-        output_buffer.append(chunk.constData(), int(count));
-        const int at = output_buffer.indexOf(current_marker, from);
-        if (at < 0)
+        if (!task_in_flight || task_queue.isEmpty()) {
+            qCWarning(exiftool_log(), "%s: Dropping %d bytes of output that no task waits for.", Q_FUNC_INFO,
+                      int(count));
             continue;
-        if (task_queue.isEmpty()) {
-            qCCritical(exiftool_log(), "%s: Got expected output marker but the command queue is empty?",
-                       Q_FUNC_INFO);
-            break;
+        }
+        // The marker counts only on a line of its own: a tag value, file or folder name that ends
+        // in "{ready<id>}" ends a line with it too, but never begins one, since every line of the
+        // answer begins with "-" or a blank and ExifTool prints a line break inside a value as ".".
+        // Only the new bytes can complete it: the search starts a marker's length in front of
+        // them, so a marker split across two reads is found and a long answer isn't searched over
+        // and over.
+        const QByteArray line = '\n' + current_marker;
+        const int from = qMax(0, output_buffer.size() - line.size() + 1);
+        output_buffer.append(chunk.constData(), int(count));
+        int at = -1;
+        if (output_buffer.startsWith(current_marker))
+            at = 0;
+        else if ((at = output_buffer.indexOf(line, from)) >= 0)
+            ++at;
+        exiftool_task& head = task_queue.first();
+        if (at < 0) {
+            if (output_buffer.size() > max_answer_bytes) {
+                // The rest of this answer is dropped as it comes, keeping only what could be the
+                // beginning of the marker's line.
+                if (!head.failed) {
+                    qCWarning(exiftool_log(), "%s: The answer for '%s' is larger than %d bytes; the task fails.",
+                              Q_FUNC_INFO, qUtf8Printable(head.file), max_answer_bytes);
+                    head.failed = true;
+                    exif_response* response = head.response.data();
+                    head.response = nullptr;
+                    if (response)
+                        response->fail(exif_error::too_large);
+                }
+                output_buffer = output_buffer.right(line.size() - 1);
+            }
+            continue;
         }
         // The guard goes before the response is marked ready: from that moment the asker may
         // delete it, and the guard's count must not be touched after that.
-        exif_response* response = task_queue.takeFirst().response.data();
+        exiftool_task task = task_queue.takeFirst();
+        exif_response* response = task.response.data();
+        task.response.clear();
         if (response) {
             response->data = output_buffer.left(at);
             response->mark_ready();
-        } else {
+        } else if (!task.failed) {
             qCCritical(exiftool_log(), "%s: Current task response object was unset!", Q_FUNC_INFO);
         }
-        // What follows the marker belongs to whatever comes next.
-        output_buffer = output_buffer.mid(at + current_marker.size());
+        // Nothing has been asked after this task yet, so what follows its marker belongs to no task.
+        const int rest = output_buffer.size() - at - current_marker.size();
+        if (rest > 0)
+            qCWarning(exiftool_log(), "%s: Dropping %d bytes of output behind the marker of task %s.", Q_FUNC_INFO,
+                      rest, current_marker.trimmed().constData());
+        output_buffer.clear();
         task_in_flight = false;
         execute_task();
     }
+}
+
+void exiftool_worker::process_ended(int code, QProcess::ExitStatus status)
+{
+    kill_timer->stop();
+    output_buffer.clear();
+    if (!task_in_flight || task_queue.isEmpty())
+        return;
+    exiftool_task task = task_queue.takeFirst();
+    exif_response* response = task.response.data();
+    task.response.clear();
+    task_in_flight = false;
+    const QString how = status == QProcess::CrashExit ? QString("by signal %1").arg(code)
+                                                        : QString("with exit code %1").arg(code);
+    qCWarning(exiftool_log(), "%s: ExifTool ended %s while working on '%s' (%s); the task fails.", Q_FUNC_INFO,
+              qUtf8Printable(how), qUtf8Printable(task.file), qUtf8Printable(task.operation));
+    if (task.operation == QLatin1String("write") && !task.file.isEmpty())
+        clean_up_after_write(task);
+    if (response)
+        response->fail(exif_error::ended);
+    // The next task starts a new child.
+    execute_task();
+}
+
+void exiftool_worker::signal_child(int signal)
+{
+    const qint64 pid = process->processId();
+    if (pid > 0 && process->state() != QProcess::NotRunning)
+        ::kill(pid_t(pid), signal);
+}
+
+void exiftool_worker::interrupt()
+{
+    if (process->state() == QProcess::NotRunning)
+        return;
+    qCWarning(exiftool_log(), "%s: Stopping ExifTool.", Q_FUNC_INFO);
+    // A stopped child acts on nothing until it is continued.
+    signal_child(SIGCONT);
+    signal_child(SIGINT);
+    kill_timer->start(interrupt_grace_ms);
 }
 
 bool exiftool_worker::send_restart()
 {
     while (process->state() != QProcess::NotRunning) {
         write(close_command);
-        if (!process->waitForFinished(500))
+        if (process->waitForFinished(500))
+            break;
+        signal_child(SIGCONT);
+        signal_child(SIGINT);
+        if (!process->waitForFinished(interrupt_grace_ms))
             process->kill();
+        process->waitForFinished(1000);
     }
     process->start(restart_open_mode);
     qCDebug(exiftool_log(), "%s: Waiting for exiftool to start.", Q_FUNC_INFO);
@@ -279,8 +434,10 @@ bool exiftool_worker::shutdown()
             if (process->waitForFinished(wait)) {
                 qCDebug(exiftool_log(), "%s: Process finished on iteration %d", Q_FUNC_INFO, i);
             } else if (i < rounds - 1) {
-                qCDebug(exiftool_log(), "%s: Sending termination signal to process.", Q_FUNC_INFO);
-                process->terminate();
+                // SIGINT, not SIGTERM: ExifTool then finishes a write it is in the middle of.
+                qCDebug(exiftool_log(), "%s: Sending interrupt signal to process.", Q_FUNC_INFO);
+                signal_child(SIGCONT);
+                signal_child(SIGINT);
                 ++i;
             } else {
                 qCDebug(exiftool_log(), "%s: Sending kill signal to process.", Q_FUNC_INFO);

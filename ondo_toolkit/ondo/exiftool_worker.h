@@ -14,6 +14,7 @@
 class QLoggingCategory;
 class QMutex;
 class QThread;
+class QTimer;
 
 namespace ondo {
 
@@ -44,11 +45,25 @@ struct exiftool_task {
     QString operation; // "read", "read specific tags" or "write", for logs
     QPointer<exif_response> response;
     QByteArray data; // command lines in UTF-8, without the execute line
+    QString file;    // the photo the task is about
+    // Set when the task is sent: the moment, and whether ExifTool's temporary file for the photo
+    // was there already (then it is someone else's and never touched).
+    qint64 sent_at_ns = 0;
+    bool temporary_existed = false;
+    // The response has been ended with an error; what is left of the answer is dropped.
+    bool failed = false;
 };
+
+// The largest answer a task may have. Far above any real one (a value of 10 MB is real); a
+// larger answer ends its task with an error instead of growing without bound.
+constexpr int max_answer_bytes = 64 * 1024 * 1024;
+// How long ExifTool has to act on SIGINT before it is killed.
+constexpr int interrupt_grace_ms = 3000;
 
 // Owns the stay-open ExifTool child. Lives on the thread "Exiftol IO Worker"; every slot runs
 // there and is reached through QMetaObject::invokeMethod. One task is in flight at a time; its
-// output ends at the marker "{ready<id>}\n".
+// output ends at the marker "{ready<id>}\n" standing on a line of its own. A child that ends
+// with a task in flight ends that task with an error; the next task starts a new child.
 class exiftool_worker : public QObject {
     Q_OBJECT
 public:
@@ -64,7 +79,11 @@ public slots:
     void execute_task();
     bool start();
     bool shutdown();
-    void add_task(ondo::exif_response* response, QString operation, QByteArray data);
+    void add_task(ondo::exif_response* response, QString operation, QByteArray data, QString file = QString());
+    // Asks the child to stop the safe way: SIGCONT, then SIGINT, on which ExifTool finishes a
+    // write it is in the middle of and removes its temporary file; SIGKILL only if it is still
+    // there interrupt_grace_ms later. A task in flight then ends with exif_error::ended.
+    void interrupt();
     void verbose(bool value = true);
     void do_ping(bool value = true);
 
@@ -78,8 +97,11 @@ public:
     bool task_in_flight = false;
     QByteArray current_marker;
     QByteArray output_buffer;
+    QTimer* kill_timer = nullptr;
 
 private:
+    void process_ended(int code, QProcess::ExitStatus status);
+    void signal_child(int signal);
     WriteResult write(const QString& text);
     QByteArray gen_execute(int id) const;
     QByteArray gen_marker(int id) const;

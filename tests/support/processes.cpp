@@ -1,0 +1,163 @@
+#include "processes.h"
+
+#include <QDir>
+#include <QFile>
+#include <QImage>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QTest>
+
+#include <ondo/exiftool.h>
+
+namespace test_support {
+
+namespace {
+
+const char perl_script[] = R"PERL(#!/usr/bin/perl
+use strict; use warnings; use FindBin; use IO::Handle; use Time::HiRes qw(sleep);
+my $dir = $FindBin::Bin;
+sub append { open(my $o, '>>:raw', "$dir/$_[0]") or die; print $o $_[1]; close $o; }
+sub rules {
+    my %r = (reply => {}, plain => {}, huge => {}, delay => {}, exit => {}, deaf => {}, stderr => {});
+    open(my $in, '<:raw', "$dir/rules") or return \%r;
+    while (my $line = <$in>) {
+        chomp $line;
+        my ($kind, $id, $value) = split /\t/, $line, -1;
+        $value =~ s/\\(.)/$1 eq 'n' ? "\n" : $1/ge;
+        $r{$kind}{$id} = $value;
+    }
+    return \%r;
+}
+append('arguments', join('', map { "$_\n" } @ARGV) . "\n");
+append('pids', "$$\n");
+if (%{rules()->{deaf}}) { $SIG{$_} = 'IGNORE' for qw(TERM INT); }
+binmode STDIN; binmode STDOUT; STDOUT->autoflush(1);
+my $previous = '';
+while (my $line = <STDIN>) {
+    append('input', $line);
+    exit 0 if $previous eq "-stay_open\n" && $line eq "0\n" && !%{rules()->{deaf}};
+    $previous = $line;
+    next unless $line =~ /^-execute(\d+)\n\z/;
+    my ($id, $r) = ($1, rules());
+    sleep($r->{delay}{$id} / 1000) if $r->{delay}{$id};
+    print STDERR 'w' x $r->{stderr}{$id} if $r->{stderr}{$id};
+    if ($r->{huge}{$id}) {
+        my $block = ('-Comment=' . ('x' x 1014) . "\n") x 1024;
+        for (my $n = 0; $n < $r->{huge}{$id}; $n += length $block) { print $block; }
+    }
+    my $text = $r->{reply}{$id} // $r->{reply}{'*'} // $r->{plain}{$id} // '';
+    $text .= "{ready$id}\n" unless exists $r->{plain}{$id};
+    my @parts = split /\|/, $text, -1;
+    print shift(@parts) // '';
+    for (@parts) { sleep(0.15); print; }
+    exit 0 if exists $r->{exit}{$id};
+    sleep(3600) if exists $r->{plain}{$id} && $r->{plain}{$id} eq '';
+}
+)PERL";
+
+} // namespace
+
+fake_perl::fake_perl() : old_path(qgetenv("PATH"))
+{
+    QFile script(dir.filePath("perl"));
+    script.open(QIODevice::WriteOnly);
+    script.write(perl_script);
+    script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    qputenv("PATH", QFile::encodeName(dir.path()) + ":" + old_path);
+}
+
+fake_perl::~fake_perl()
+{
+    ondo::exiftool::shutdown(true); // the child writes into the folder, so it goes first
+    qputenv("PATH", old_path);
+}
+
+void fake_perl::rule(const QString& kind, const QString& id, QString value)
+{
+    QFile rules(dir.filePath("rules"));
+    rules.open(QIODevice::Append);
+    rules.write(QString("%1\t%2\t%3\n").arg(kind, id, value.replace("\\", "\\\\").replace("\n", "\\n")).toUtf8());
+}
+
+QByteArray fake_perl::read(const QString& name) const
+{
+    QFile file(dir.filePath(name));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QList<QStringList> fake_perl::starts() const
+{
+    QList<QStringList> result;
+    for (const QString& block : QString::fromUtf8(read("arguments")).split("\n\n", Qt::SkipEmptyParts))
+        result << block.split('\n', Qt::SkipEmptyParts);
+    return result;
+}
+
+QList<qint64> fake_perl::pids() const
+{
+    QList<qint64> result;
+    for (const QByteArray& line : read("pids").split('\n'))
+        if (!line.isEmpty())
+            result << line.toLongLong();
+    return result;
+}
+
+void launch(QProcess& process, const QString& program, const QString& dir, const QMap<QString, QString>& vars)
+{
+    QVERIFY(QDir(dir).mkpath("home"));
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("HOME", dir + "/home");
+    env.insert("XDG_CONFIG_HOME", dir + "/home/.config");
+    env.insert("QT_QPA_PLATFORM", "offscreen");
+    for (auto it = vars.begin(); it != vars.end(); ++it)
+        env.insert(it.key(), it.value());
+    process.setProcessEnvironment(env);
+    process.start(TAVIMO_BIN_DIR "/" + program, QStringList());
+    QVERIFY(process.waitForStarted());
+}
+
+QStringList photos(const QString& dir, int count, bool large)
+{
+    QImage photo(large ? 2400 : 16, large ? 1600 : 16, QImage::Format_RGB32);
+    photo.fill(Qt::gray);
+    QStringList paths;
+    for (int i = 0; i < count; ++i) {
+        if (large) {
+            QRandomGenerator random(quint32(i) + 1);
+            for (int y = 0; y < photo.height(); ++y) {
+                auto* line = reinterpret_cast<quint32*>(photo.scanLine(y));
+                for (int x = 0; x < photo.width(); ++x)
+                    line[x] = 0xFF000000u | (random.generate() & 0xFFFFFFu);
+            }
+        }
+        paths << QDir(dir).absoluteFilePath(QString("p%1.jpg").arg(i, 3, 10, QLatin1Char('0')));
+        photo.save(paths.last(), "JPEG", large ? 95 : -1);
+    }
+    return paths;
+}
+
+qint64 child_of(qint64 parent)
+{
+    for (const QString& entry : QDir("/proc").entryList(QDir::Dirs)) {
+        QFile stat("/proc/" + entry + "/stat");
+        if (!entry.toLongLong() || !stat.open(QIODevice::ReadOnly))
+            continue;
+        // "pid (comm) state ppid ...": the command may hold blanks, so fields count from its ')'.
+        const QByteArray text = stat.readAll();
+        const QList<QByteArray> fields = text.mid(text.lastIndexOf(')') + 2).split(' ');
+        if (text.contains("(perl)") && fields.value(1).toLongLong() == parent)
+            return entry.toLongLong();
+    }
+    return 0;
+}
+
+bool is_running(qint64 pid)
+{
+    QFile stat(QString("/proc/%1/stat").arg(pid));
+    if (!stat.open(QIODevice::ReadOnly))
+        return false;
+    const QByteArray text = stat.readAll();
+    return text.mid(text.lastIndexOf(')') + 2, 1) != "Z";
+}
+
+} // namespace test_support

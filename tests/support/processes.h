@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QMap>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+class QProcess;
+
+namespace test_support {
+
+// A scripted stand-in for perl, first on PATH while it lives; its end shuts the bridge down. It
+// records its arguments, its input and its pid beside itself and answers each "-execute<id>" by
+// the rules file, read anew each time; a "|" in a reply pauses 150 ms.
+class fake_perl {
+public:
+    fake_perl();
+    ~fake_perl();
+    // Kinds, for a task id or "*" for every task:
+    //   "reply"  the answer; the marker follows by itself
+    //   "plain"  raw output, with no marker unless it holds one ("" never answers)
+    //   "huge"   that many bytes of tag lines in front of the marker
+    //   "delay"  ms before answering; "stderr" bytes of warnings first
+    //   "exit"   exit after replying
+    //   "deaf"   (any id) deaf to the close command, SIGINT and SIGTERM
+    void rule(const QString& kind, const QString& id = "*", QString value = "1");
+    QByteArray input() const { return read("input"); }
+    QList<QStringList> starts() const;
+    // Every stand-in process started so far.
+    QList<qint64> pids() const;
+
+private:
+    QByteArray read(const QString& name) const;
+    QTemporaryDir dir;
+    QByteArray old_path;
+};
+
+// Starts `program` from the build's bin folder, offscreen, with a home of its own below `dir`.
+void launch(QProcess& process, const QString& program, const QString& dir, const QMap<QString, QString>& vars);
+
+// `count` plain grey JPEGs, or with `large` noise at quality 95 of 2400 by 1600 (2 to 3 MB each),
+// as a camera writes them; named p000.jpg and on.
+QStringList photos(const QString& dir, int count, bool large = false);
+
+// The first perl process whose parent is `parent`, or 0.
+qint64 child_of(qint64 parent);
+
+// Neither gone nor a zombie.
+bool is_running(qint64 pid);
+
+} // namespace test_support
