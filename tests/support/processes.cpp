@@ -59,6 +59,7 @@ while (my $line = <STDIN>) {
 
 fake_perl::fake_perl() : old_path(qgetenv("PATH"))
 {
+    ondo::exiftool::shutdown(true); // a child started earlier would answer instead
     QFile script(dir.filePath("perl"));
     script.open(QIODevice::WriteOnly);
     script.write(perl_script);

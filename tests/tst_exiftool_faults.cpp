@@ -1,0 +1,287 @@
+// What bad luck and hostile photos do to a run: marker text inside photos, a child that dies,
+// stalls or floods, and a program or child killed or stopped in the middle of a fix run.
+#include "mainwindow.h"
+#include "table_data_model.h"
+
+#include "processes.h"
+#include "test_support.h"
+#include "window_test.h"
+
+#include <ondo/application.h>
+#include <ondo/exiftool.h>
+#include <ondo/exiftool_worker.h>
+
+#include <QCryptographicHash>
+#include <QDirIterator>
+#include <QImage>
+#include <QLineEdit>
+#include <QProgressDialog>
+#include <QPushButton>
+#include <QRandomGenerator>
+#include <QtTest>
+
+#include <csignal>
+
+using test_support::child_of;
+using test_support::fake_perl;
+using test_support::is_running;
+
+namespace {
+
+const QString fix_tip = "Apply changes to the timestamps of the images";
+const QString undo_tip = "Undo the last set of timestamp changes";
+const QString before = "2017:06:21 18:30:05";
+const QString after = "2017:06:21 19:30:05";
+
+QString tag(const QString& path, const QString& name)
+{
+    return test_support::run(TAVIMO_EXIFTOOL_SCRIPT, {"-s3", "-" + name, path}).trimmed();
+}
+
+// What a fix may never change: the decoded pixels, and what ExifTool's validation finds.
+QByteArray soundness(const QString& path)
+{
+    QImage image;
+    if (!image.load(path))
+        return "does not decode";
+    image = image.convertToFormat(QImage::Format_RGB32);
+    return QCryptographicHash::hash(QByteArray::fromRawData(reinterpret_cast<const char*>(image.constBits()),
+                                        int(image.sizeInBytes())), QCryptographicHash::Sha1).toHex()
+        + " " + tag(path, "Validate").toUtf8();
+}
+
+QStringList leftovers(const QString& dir)
+{
+    QStringList found;
+    QDirIterator it(dir, {"*_exiftool_tmp"}, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (it.hasNext())
+        found << it.next();
+    return found;
+}
+
+} // namespace
+
+class tst_exiftool_faults : public test_support::window_test {
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(large.isValid());
+        large_photos = test_support::photos(large.path(), 12, true);
+        QStringList arguments = {"-q", "-overwrite_original", "-ExifIFD:DateTimeOriginal=" + before};
+        test_support::run(TAVIMO_EXIFTOOL_SCRIPT, arguments + large_photos);
+        for (const QString& path : large_photos)
+            sound[path] = soundness(path);
+    }
+
+    // Twelve texts of one photo end in "{ready0}" to "{ready11}", and all three photos lie in a
+    // folder named like a marker: each photo moves by its own time, the one without dates gains none.
+    void marker_text_in_photos_and_folders()
+    {
+        QVERIFY(QDir(dir->path()).mkpath("trip{ready1}"));
+        const QString album = dir->filePath("trip{ready1}");
+        exif_tag_map texts = {{"ExifIFD:DateTimeOriginal", before}};
+        const QStringList fields = {"IFD0:ImageDescription", "IFD0:Artist", "IFD0:Copyright", "IFD0:Software",
+            "IFD0:Make", "IFD0:Model", "XMP-dc:Description", "XMP-dc:Title", "XMP-dc:Creator", "IPTC:Caption-Abstract",
+            "IPTC:ObjectName", "IPTC:By-line"};
+        for (int i = 0; i < fields.size(); ++i)
+            texts[fields[i]] = QString("text{ready%1}").arg(i);
+        const QStringList paths = {test_support::make_tagged_photo(album, "a.jpg", texts),
+            test_support::make_tagged_photo(album, "b.jpg", {{"IFD0:Artist", "nobody{ready2}"}}),
+            test_support::make_tagged_photo(album, "c.jpg", {{"ExifIFD:DateTimeOriginal", "2018:01:02 09:15:00"}})};
+
+        ondo::next_task_id = 0;
+        window = test_support::open_main_window();
+        window->load_files(paths);
+        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
+        test_support::button(window, fix_tip)->click();
+
+        QCOMPARE(tag(paths[0], "ExifIFD:DateTimeOriginal"), after);
+        QCOMPARE(tag(paths[1], "DateTimeOriginal"), QString());
+        QCOMPARE(tag(paths[2], "ExifIFD:DateTimeOriginal"), QString("2018:01:02 10:15:00"));
+        QCOMPARE(tag(paths[0], "IFD0:Artist"), QString("text{ready1}"));
+    }
+
+    // The stand-in child misbehaves on the second file of one run: the load, the fix or the
+    // undo. That file fails (or shows no time of its own); the first is done; the third is done
+    // too unless the user had to stop ExifTool, which ends the run; nothing is left running.
+    void a_faulty_child_fails_only_its_file_data()
+    {
+        QTest::addColumn<QString>("run");
+        QTest::addColumn<QString>("fault");
+        for (const char* run : {"load", "fix", "undo"}) {
+            QTest::addRow("%s, child exits mid-answer", run) << run << "exits";
+            QTest::addRow("%s, child stalls, Stop", run) << run << "stalls";
+            QTest::addRow("%s, child stalls deaf to SIGINT, Stop", run) << run << "deaf";
+        }
+    }
+
+    void a_faulty_child_fails_only_its_file()
+    {
+        QFETCH(QString, run);
+        QFETCH(QString, fault);
+        const QStringList paths = test_support::photos(dir->path(), 3);
+        fake_perl perl;
+        perl.rule("reply", "*", "-ExifIFD:DateTimeOriginal=" + before + "\n    1 image files updated\n");
+        const int faulty = run == "load" ? 1 : run == "fix" ? 4 : 7; // task ids of the second file
+        perl.rule("plain", QString::number(faulty), fault == "exits" ? "-ExifIFD:DateT" : "");
+        if (fault == "exits")
+            perl.rule("exit", QString::number(faulty));
+        if (fault == "deaf")
+            perl.rule("deaf");
+        ondo::next_task_id = 0;
+        ondo::exiftool::set_time_limit(300);
+        // Clicks Stop once the stall notice offers it.
+        QTimer stopper;
+        connect(&stopper, &QTimer::timeout, &stopper, [this] {
+            for (QProgressDialog* dialog : window->findChildren<QProgressDialog*>())
+                for (QPushButton* stop : dialog->findChildren<QPushButton*>())
+                    if (dialog->isVisible() && stop->isVisible() && stop->text() == "Stop")
+                        stop->click();
+        });
+        stopper.start(50);
+
+        window = test_support::open_main_window();
+        window->load_files(paths);
+        const bool stopped = fault != "exits";
+        const bool third_done = !stopped || run != "load";
+        auto cache = exif_cache::instance();
+        QCOMPARE(cache->file_tags.count(paths[2]), size_t(third_done ? 1 : 0));
+        QCOMPARE(cache->file_tags[paths[1]].count("ExifIFD:DateTimeOriginal"), size_t(run == "load" ? 0 : 1));
+        if (run != "load") {
+            QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
+            const auto failed = test_support::answer_next_box("Keep changes");
+            test_support::button(window, fix_tip)->click();
+            failed->cancelled = true;
+            QCOMPARE(failed->answered, run == "fix");
+            if (run == "fix")
+                QCOMPARE(failed->text.count(dir->path()), 1);
+            QVERIFY(failed->text.contains(paths[1]) == (run == "fix"));
+        }
+        if (run == "undo") {
+            const auto failed = test_support::answer_next_box("OK");
+            test_support::button(window, undo_tip)->click();
+            failed->cancelled = true;
+            QVERIFY(failed->answered);
+            QCOMPARE(failed->text.count(dir->path()), 1);
+            QVERIFY(failed->text.contains(paths[1]));
+            // What could not be given back can be tried again.
+            QVERIFY(test_support::button(window, undo_tip)->isEnabled());
+        }
+        stopper.stop();
+        ondo::exiftool::set_time_limit(60000);
+        const QByteArray input = perl.input();
+        QVERIFY(input.contains(QFile::encodeName(paths[0])));
+        if (run != "load") // the third file's write went out unless the run ended at the second
+            QCOMPARE(input.count("\n" + QFile::encodeName(paths[2]) + "\n-overwrite_original_in_place"),
+                     !stopped ? (run == "undo" ? 2 : 1) : (run == "undo" ? 1 : 0));
+        QVERIFY(window->findChild<QWidget*>("centralWidget")->isEnabled());
+        ondo::exiftool::shutdown(true);
+        for (const qint64 pid : perl.pids())
+            QTRY_VERIFY_WITH_TIMEOUT(!is_running(pid), 10000);
+    }
+
+    // The real ExifTool is killed in the middle of a fix run over large photos: at most the file
+    // it was working on fails, whole and without a temporary file, and every other file is written.
+    void a_killed_child_fails_only_its_file()
+    {
+        restore_large_photos();
+        window = test_support::open_main_window();
+        window->load_files(large_photos);
+        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
+        qint64 child = 0;
+        QTimer killer;
+        connect(&killer, &QTimer::timeout, &killer, [&] {
+            if (QFileInfo(large_photos[3]).lastModified().date().year() != 2017)
+                return;
+            killer.stop();
+            child = child_of(QCoreApplication::applicationPid());
+            ::kill(pid_t(child), SIGKILL);
+        });
+        killer.start(5);
+        const auto failed = test_support::answer_next_box("Keep changes");
+        test_support::button(window, fix_tip)->click();
+        failed->cancelled = true;
+        QVERIFY(child != 0);
+
+        int failures = 0;
+        for (const QString& path : large_photos) {
+            const bool listed = failed->answered && failed->text.contains(path);
+            failures += listed;
+            QCOMPARE(tag(path, "ExifIFD:DateTimeOriginal"), listed ? before : after);
+            QCOMPARE(soundness(path), sound[path]);
+        }
+        QVERIFY(failures <= 1);
+        QCOMPARE(leftovers(large.path()), QStringList());
+    }
+
+    // The program is killed at a random moment of a fix run, five times: its child stops the safe
+    // way, no photo is torn, no temporary file and no process is left. Then the child is stopped
+    // and the program told to end: both are gone within 10 seconds.
+    void a_killed_or_stopped_run_leaves_photos_whole_data()
+    {
+        QTest::addColumn<QString>("how");
+        for (int round = 1; round <= 5; ++round)
+            QTest::addRow("program killed, round %d", round) << "kill";
+        QTest::newRow("child stopped, program told to end") << "stop";
+    }
+
+    void a_killed_or_stopped_run_leaves_photos_whole()
+    {
+        QFETCH(QString, how);
+        restore_large_photos();
+        QTemporaryDir home;
+        QProcess program;
+        test_support::launch(program, "tavimo_look", home.path(),
+            {{"TAVIMO_LOOK_FILES", large_photos.join(':')}, {"TAVIMO_LOOK_PRESS", "fix"}});
+        qint64 child = 0;
+        QTRY_VERIFY_WITH_TIMEOUT((child = child_of(program.processId())) != 0, 30000);
+        const QDateTime start = QDateTime::currentDateTime();
+        // The run has begun once a file carries a time of its own as its modification time.
+        QTRY_VERIFY_WITH_TIMEOUT(std::any_of(large_photos.begin(), large_photos.end(), [&](const QString& path) {
+            return QFileInfo(path).lastModified() < start.addSecs(-3600);
+        }), 60000);
+        QTest::qWait(QRandomGenerator::global()->bounded(400));
+        QElapsedTimer clock;
+        clock.start();
+        if (how == "kill") {
+            ::kill(pid_t(program.processId()), SIGKILL);
+            QVERIFY(program.waitForFinished(10000));
+        } else {
+            ::kill(pid_t(child), SIGSTOP);
+            ::kill(pid_t(program.processId()), SIGTERM);
+            QVERIFY(program.waitForFinished(10000));
+            QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(!is_running(child), 10000);
+        if (how == "stop")
+            QVERIFY2(clock.elapsed() < 10000, qPrintable(QString::number(clock.elapsed())));
+        QCOMPARE(leftovers(large.path()), QStringList());
+        for (const QString& path : large_photos)
+            QCOMPARE(soundness(path), sound[path]);
+    }
+
+private:
+    // Back to the time they were made with, so that a test sees its own run.
+    void restore_large_photos()
+    {
+        test_support::run(TAVIMO_EXIFTOOL_SCRIPT,
+            QStringList{"-q", "-overwrite_original_in_place", "-ExifIFD:DateTimeOriginal=" + before,
+                        "-FileModifyDate=" + QDateTime::currentDateTime().toString("yyyy:MM:dd hh:mm:ss")} + large_photos);
+    }
+
+    QTemporaryDir large;
+    QStringList large_photos;
+    QMap<QString, QByteArray> sound;
+};
+
+int main(int argc, char** argv)
+{
+    test_support::use_private_settings();
+    ondo::application<MainWindow> app(argc, argv);
+    tst_exiftool_faults test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_exiftool_faults.moc"
