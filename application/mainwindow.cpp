@@ -228,6 +228,7 @@ ondo::progress_dialog* MainWindow::make_progress_dialog(const QString& label)
     dialog->setCancelButton(nullptr);
     dialog->setMinimumDuration(0);
     dialog->setFixedSize(static_cast<int>(dialog->width() * 1.2), dialog->height());
+    dialog->setProperty("plain_size", dialog->size());
     auto* bar = new QProgressBar(dialog);
     bar->setFormat(tr("%v of %m"));
     dialog->setBar(bar);
@@ -312,11 +313,12 @@ void MainWindow::show_stall_notice(const QString& file)
     if (!dialog || runs_under_way == 0)
         return;
     ui->centralWidget->setEnabled(false);
-    dialog->setLabelText(tr("ExifTool is still working on %1.\nLarge files take a while. If it doesn't finish, "
-                            "stop it: this file then counts as failed.")
-                             .arg(QFileInfo(file).fileName()));
+    const QString name = dialog->fontMetrics().elidedText(QFileInfo(file).fileName(), Qt::ElideMiddle, 300);
+    dialog->setLabelText(tr("ExifTool is still working on %1.\nLarge files take a while.\n"
+                            "If it doesn't finish, stop it: this file then counts as failed.")
+                             .arg(name));
     dialog->setCancelButtonText(tr("Stop"));
-    dialog->setFixedHeight(dialog->sizeHint().height());
+    dialog->setFixedSize(dialog->sizeHint().expandedTo(dialog->property("plain_size").toSize()));
 }
 
 void MainWindow::end_stall_notice()
@@ -329,7 +331,7 @@ void MainWindow::end_stall_notice()
     for (ondo::progress_dialog* dialog : {tavimo_progress_dialog, load_images_progress_dialog}) {
         dialog->setLabelText(dialog->property("plain_label").toString());
         dialog->setCancelButton(nullptr);
-        dialog->setFixedHeight(dialog->sizeHint().height());
+        dialog->setFixedSize(dialog->property("plain_size").toSize());
     }
 }
 

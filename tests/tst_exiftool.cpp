@@ -82,6 +82,24 @@ private slots:
         QVERIFY(!QFileInfo::exists(path + "_original"));
     }
 
+    // A temporary file left by a write that was cut short may be the only whole copy: the photo
+    // is refused without a word to ExifTool, the leftover is named and neither is touched.
+    void a_leftover_temporary_file_blocks_the_write()
+    {
+        const QString path = make_tagged_photo(dir.path(), "leftover.jpg", {{"IFD0:Make", "Canon"}});
+        QFile leftover(path + "_exiftool_tmp");
+        QVERIFY(leftover.open(QIODevice::WriteOnly) && leftover.write("earlier") == 7);
+        leftover.close();
+        test_support::log_capture log;
+
+        QVERIFY(!exiftool::write_tags(path, {{"IFD0:Make", "Nikon"}}));
+
+        QCOMPARE(log.count("an earlier write left '" + path + "_exiftool_tmp' behind"), 1);
+        QCOMPARE(read_back(path).at("IFD0:Make"), QString("Canon"));
+        QVERIFY(leftover.open(QIODevice::ReadOnly));
+        QCOMPARE(leftover.readAll(), QByteArray("earlier"));
+    }
+
 private:
     QTemporaryDir dir;
 };

@@ -151,6 +151,32 @@ Alle anderen Werte können regulär durch Tavimo geändert werden.</translation>
         <source>Undo the last set of timestamp changes</source>
         <translation>Letzte Änderungen an den Zeitstempeln rückgängig machen</translation>
     </message>
+    <message>
+        <source>ExifTool is still working on %1.
+Large files take a while.
+If it doesn&apos;t finish, stop it: this file then counts as failed.</source>
+        <translation>ExifTool arbeitet noch an %1.
+Große Dateien brauchen eine Weile.
+Wird es nicht fertig, halten Sie es an: Diese Datei gilt dann als fehlgeschlagen.</translation>
+    </message>
+    <message>
+        <source>Stop</source>
+        <translation>Anhalten</translation>
+    </message>
+    <message>
+        <source>Undo</source>
+        <translation>Rückgängig</translation>
+    </message>
+    <message>
+        <source>The following %1 files could not be restored:
+%2
+
+Their old times are kept: press undo again to retry.</source>
+        <translation>Die folgenden %1 Dateien konnten nicht wiederhergestellt werden:
+%2
+
+Ihre alten Zeiten bleiben erhalten: Drücken Sie erneut auf Rückgängig, um es noch einmal zu versuchen.</translation>
+    </message>
 </context>
 <context>
     <name>QObject</name>
