@@ -5,6 +5,7 @@
 #include "ui_mainwindow.h"
 
 #include <ondo/button_dark.h>
+#include <ondo/exif_response.h>
 #include <ondo/exiftool.h>
 #include <ondo/message_box.h>
 #include <ondo/progress_dialog.h>
@@ -217,9 +218,13 @@ void MainWindow::on_button_fix_time_clicked()
                                   [&values](const undo_entry& entry) { return !entry.existed && !values.count(entry.tag); }),
                    undo.end());
 
-        if (ondo::exiftool::write_tags(path, values))
+        ondo::exif_error error = ondo::exif_error::none;
+        const bool written = ondo::exiftool::write_result(ondo::exiftool::write_tags_async(path, values), &error);
+        // A child that ended in the middle of the write may have written the photo all the same,
+        // so its old values are kept for the undo too.
+        if (written || error == ondo::exif_error::ended)
             undo_info.insert(path, undo);
-        else
+        if (!written)
             failed_files << path;
         end_stall_notice();
 

@@ -183,7 +183,8 @@ private slots:
     }
 
     // The real ExifTool is killed in the middle of a fix run over large photos: at most the file
-    // it was working on fails, whole and without a temporary file, and every other file is written.
+    // it was working on fails, whole and without a temporary file, and every other file is
+    // written. That file may have been written just before the kill; the undo covers it too.
     void a_killed_child_fails_only_its_file()
     {
         restore_large_photos();
@@ -209,11 +210,15 @@ private slots:
         for (const QString& path : large_photos) {
             const bool listed = failed->answered && failed->text.contains(path);
             failures += listed;
-            QCOMPARE(tag(path, "ExifIFD:DateTimeOriginal"), listed ? before : after);
+            if (!listed)
+                QCOMPARE(tag(path, "ExifIFD:DateTimeOriginal"), after);
             QCOMPARE(soundness(path), sound[path]);
         }
         QVERIFY(failures <= 1);
         QCOMPARE(leftovers(large.path()), QStringList());
+        test_support::button(window, undo_tip)->click();
+        for (const QString& path : large_photos)
+            QCOMPARE(tag(path, "ExifIFD:DateTimeOriginal"), before);
     }
 
     // The program is killed at a random moment of a fix run, five times: its child stops the safe

@@ -129,16 +129,14 @@ bool await_answer(exif_response* response)
     return response->await(wait_limit_ms);
 }
 
-exif_tag_map run_read(const QString& file, const QString& operation, const QString& command)
+// Finished with an error before anything was sent: await() returns false at once.
+exif_response* refused_response(const QString& file)
 {
-    exif_response* response = exiftool::start_task(file, operation, command.toUtf8());
-    if (!await_answer(response)) {
-        response->deleteLater();
-        return {};
-    }
-    const QByteArray data = response->data;
-    response->deleteLater();
-    return parse_args_output(QString::fromUtf8(data));
+    auto* refused = new exif_response;
+    refused->file = file;
+    refused->error_code = exif_error::aborted;
+    refused->aborted_flag = true;
+    return refused;
 }
 
 } // namespace
@@ -151,32 +149,46 @@ void exiftool::start()
 void exiftool::shutdown(bool deferred)
 {
     QMutexLocker lock(&worker_mutex());
-    if (!worker_thread)
+    if (worker_threads.isEmpty())
         return;
-    bool stopped = false;
-    {
-        const queued_call_mark mark(worker_instance);
-        if (!QMetaObject::invokeMethod(worker_instance, "shutdown", Qt::BlockingQueuedConnection,
-                                       Q_RETURN_ARG(bool, stopped)))
+    // All children are stopped at once, so that stalled ones cost their stages' time only once.
+    const int count = int(workers.size());
+    std::vector<std::atomic<int>> stopped(static_cast<size_t>(count));
+    for (int i = 0; i < count; ++i) {
+        stopped[size_t(i)] = -1;
+        exiftool_worker* worker = workers[i];
+        std::atomic<int>* result = &stopped[size_t(i)];
+        const queued_call_mark mark(worker);
+        if (!QMetaObject::invokeMethod(worker, [worker, result] { *result = worker->shutdown() ? 1 : 0; },
+                                       Qt::QueuedConnection))
             qCWarning(exiftool_log(), "Failed to call shutdown method on exiftool worker");
     }
-    qCInfo(exiftool_log(), "%s: Worker shutdown: %s", Q_FUNC_INFO, stopped ? "Ok" : "Failed");
-    if (deferred) {
-        // The worker's thread takes the request over at once and frees it.
-        ONDO_HANDS_OVER(worker_instance);
-        const unchecked_by_thread_sanitizer qt_copies;
-        worker_instance->deleteLater();
-    } else
-        delete worker_instance;
-    worker_instance = nullptr;
-    worker_thread->quit();
-    worker_thread->wait(10000);
-    ONDO_TAKES_OVER(worker_thread);
-    if (deferred)
-        worker_thread->deleteLater();
-    else
-        delete worker_thread;
-    worker_thread = nullptr;
+    for (int i = 0; i < count; ++i) {
+        exiftool_worker* worker = workers[i];
+        QThread* thread = worker_threads[i];
+        {
+            // Returns once the worker's thread has run the shutdown queued above.
+            const queued_call_mark mark(worker);
+            QMetaObject::invokeMethod(worker, [] {}, Qt::BlockingQueuedConnection);
+        }
+        qCInfo(exiftool_log(), "%s: Worker shutdown: %s", Q_FUNC_INFO, stopped[size_t(i)] == 1 ? "Ok" : "Failed");
+        if (deferred) {
+            // The worker's thread takes the request over at once and frees it.
+            ONDO_HANDS_OVER(worker);
+            const unchecked_by_thread_sanitizer qt_copies;
+            worker->deleteLater();
+        } else
+            delete worker;
+        thread->quit();
+        thread->wait(10000);
+        ONDO_TAKES_OVER(thread);
+        if (deferred)
+            thread->deleteLater();
+        else
+            delete thread;
+    }
+    workers.clear();
+    worker_threads.clear();
 }
 
 exiftool_events* exiftool_events::instance()
@@ -185,11 +197,11 @@ exiftool_events* exiftool_events::instance()
     return events;
 }
 
-void exiftool::interrupt()
+void exiftool::interrupt(int busy_for_ms)
 {
     QMutexLocker lock(&worker_mutex());
-    if (worker_instance)
-        QMetaObject::invokeMethod(worker_instance, "interrupt", Qt::QueuedConnection);
+    for (exiftool_worker* worker : qAsConst(workers))
+        QMetaObject::invokeMethod(worker, "interrupt", Qt::QueuedConnection, Q_ARG(int, busy_for_ms));
 }
 
 void exiftool::set_time_limit(int ms)
@@ -202,18 +214,23 @@ int exiftool::time_limit()
     return wait_limit_ms;
 }
 
+void exiftool::set_pool_size(int children)
+{
+    pool_size = children;
+}
+
 void exiftool::verbose(bool value)
 {
     QMutexLocker lock(&worker_mutex());
-    if (worker_instance)
-        worker_instance->verbose_enabled = value;
+    for (exiftool_worker* worker : qAsConst(workers))
+        worker->verbose_enabled = value;
 }
 
 void exiftool::do_ping(bool value)
 {
     QMutexLocker lock(&worker_mutex());
-    if (worker_instance)
-        worker_instance->ping_enabled = value;
+    for (exiftool_worker* worker : qAsConst(workers))
+        worker->ping_enabled = value;
 }
 
 exif_response* exiftool::start_task(const QString& file, const QString& operation, const QByteArray& data)
@@ -222,12 +239,22 @@ exif_response* exiftool::start_task(const QString& file, const QString& operatio
     response->id = next_task_id.fetch_add(1);
     response->file = file;
     response->started_at = QDateTime::currentMSecsSinceEpoch();
-    // Blocks until the worker has queued the task and, if the child was free, written it.
+    exiftool_worker* worker = nullptr;
     {
-        const queued_call_mark mark(worker_instance);
-        if (!QMetaObject::invokeMethod(worker_instance, "add_task", Qt::BlockingQueuedConnection,
-                                       Q_ARG(ondo::exif_response*, response), Q_ARG(QString, operation),
-                                       Q_ARG(QByteArray, data), Q_ARG(QString, file)))
+        // The least busy child takes the task: a stalled one gathers no more.
+        QMutexLocker lock(&worker_mutex());
+        for (exiftool_worker* candidate : qAsConst(workers))
+            if (!worker || candidate->pending < worker->pending)
+                worker = candidate;
+        if (worker)
+            ++worker->pending;
+    }
+    // Blocks until the worker has queued the task and, if the child had room, written it.
+    {
+        const queued_call_mark mark(worker);
+        if (!worker || !QMetaObject::invokeMethod(worker, "add_task", Qt::BlockingQueuedConnection,
+                                                  Q_ARG(ondo::exif_response*, response), Q_ARG(QString, operation),
+                                                  Q_ARG(QByteArray, data), Q_ARG(QString, file)))
             qCWarning(exiftool_log(), "%s: Failed to invoke add_task method in exiftool worker.", Q_FUNC_INFO);
     }
     return response;
@@ -235,8 +262,13 @@ exif_response* exiftool::start_task(const QString& file, const QString& operatio
 
 exif_tag_map exiftool::read_tags(const QString& file, bool group_names, bool log_result)
 {
+    return read_result(read_tags_async(file, group_names), log_result);
+}
+
+exif_response* exiftool::read_tags_async(const QString& file, bool group_names)
+{
     if (!is_safe_read(Q_FUNC_INFO, file))
-        return {};
+        return refused_response(file);
     exiftool_worker_init();
     // "-a" reports a tag that shares its name with one in another group; "-fast" only for
     // reads, since on a write it makes ExifTool copy the chunks behind a PNG's image data.
@@ -244,9 +276,17 @@ exif_tag_map exiftool::read_tags(const QString& file, bool group_names, bool log
     if (group_names)
         command += "-G1\n";
     command += "-a\n-fast\n" + file + "\n";
-    const exif_tag_map result = run_read(file, "read", command);
+    return start_task(file, "read", command.toUtf8());
+}
+
+exif_tag_map exiftool::read_result(exif_response* response, bool log_result)
+{
+    exif_tag_map result;
+    if (await_answer(response))
+        result = parse_args_output(QString::fromUtf8(response->data));
     if (log_result && exiftool_log().isDebugEnabled())
-        qCDebug(exiftool_log()) << file << result;
+        qCDebug(exiftool_log()) << response->file << result;
+    response->deleteLater();
     return result;
 }
 
@@ -259,19 +299,13 @@ exif_tag_map exiftool::read_specific_tags(const QString& file, const std::vector
     for (const QString& tag : tags)
         command += "-" + tag + "\n";
     command += file + "\n";
-    return run_read(file, "read specific tags", command);
+    return read_result(start_task(file, "read specific tags", command.toUtf8()));
 }
 
 exif_response* exiftool::write_tags_async(const QString& file, const exif_tag_map& tags)
 {
-    if (!is_safe_write(Q_FUNC_INFO, file, tags)) {
-        // Finished with an error before anything was sent: await() returns false at once.
-        auto* refused = new exif_response;
-        refused->file = file;
-        refused->error_code = exif_error::aborted;
-        refused->aborted_flag = true;
-        return refused;
-    }
+    if (!is_safe_write(Q_FUNC_INFO, file, tags))
+        return refused_response(file);
     exiftool_worker_init();
     // The file first, then its options and one "-Tag=Value" line per tag; "-Tag=" deletes.
     QString command = QString("\n%1\n-overwrite_original_in_place\n-m\n").arg(file);
@@ -282,19 +316,21 @@ exif_response* exiftool::write_tags_async(const QString& file, const exif_tag_ma
 
 bool exiftool::write_tags(const QString& file, const exif_tag_map& tags)
 {
-    exif_response* response = write_tags_async(file, tags);
-    if (!await_answer(response)) {
-        response->deleteLater();
-        return false;
-    }
-    const QString output = QString::fromUtf8(response->data);
+    return write_result(write_tags_async(file, tags));
+}
+
+bool exiftool::write_result(exif_response* response, exif_error* error)
+{
+    const bool answered = await_answer(response);
+    if (error)
+        *error = answered ? exif_error::none : response->get_error();
     // ExifTool's own summary line is the only sign of a refused write that reaches stdout.
-    bool result = true;
-    if (output.contains("files weren't updated due to errors")) {
-        qCWarning(exiftool_log(), "%s: Failed to execute command on '%s': '%s'.", Q_FUNC_INFO,
-                  qUtf8Printable(file), qUtf8Printable(output));
-        result = false;
-    }
+    const QString output = QString::fromUtf8(response->data);
+    const bool result = answered && !output.contains("files weren't updated due to errors");
+    if (answered && !result)
+        qCWarning(exiftool_log(), "%s: Failed to execute command on '%s': '%s'.",
+                  "static bool ondo::exiftool::write_tags(const QString &, const exif_tag_map &)",
+                  qUtf8Printable(response->file), qUtf8Printable(output));
     response->deleteLater();
     return result;
 }

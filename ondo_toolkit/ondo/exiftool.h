@@ -15,6 +15,7 @@ namespace ondo {
 using ::exif_tag_map;
 
 class exif_response;
+enum class exif_error : int;
 
 // Tells the program what the bridge can't say through a result: a task that takes longer than
 // the time limit. Lives on the GUI thread; the signal comes on the thread that waits.
@@ -43,9 +44,12 @@ public:
     // Both only take effect while a worker exists.
     static void verbose(bool value);
     static void do_ping(bool value);
-    // Stops the child the safe way (SIGCONT and SIGINT, SIGKILL a few seconds later if it is
-    // still there). The task in flight ends with an error; the next one starts a new child.
-    static void interrupt();
+    // Stops each child that has been at its present task for at least `busy_for_ms`, the safe
+    // way (SIGCONT and SIGINT, SIGKILL a few seconds later if it is still there). That task ends
+    // with an error; the next one starts a new child.
+    static void interrupt(int busy_for_ms = 0);
+    // How many children the bridge starts next time: 0 (the default) for one per core, at most four.
+    static void set_pool_size(int children);
     // The time after which a synchronous wait tells exiftool_events::overdue (60 s). The wait
     // itself goes on: a slow large file that answers is never cut short.
     static void set_time_limit(int ms);
@@ -57,6 +61,10 @@ public:
     // All tags of `file`; with `group_names` the keys carry their group ("IFD0:Make").
     // An unreadable or missing file, a relative path and a failed task give an empty map.
     static exif_tag_map read_tags(const QString& file, bool group_names, bool log_result);
+    // read_tags in two halves: the read is queued at once, and read_result waits for it, parses
+    // it and ends the response. Reads queued ahead go to all children at once.
+    static exif_response* read_tags_async(const QString& file, bool group_names);
+    static exif_tag_map read_result(exif_response* response, bool log_result = false);
     // Only the named tags (no groups); an empty list reads all tags.
     static exif_tag_map read_specific_tags(const QString& file, const std::vector<QString>& tags);
     // Writes `tags` in place; an empty value deletes the tag. False when ExifTool reports that
@@ -65,6 +73,10 @@ public:
     // that is still beside the photo.
     static bool write_tags(const QString& file, const exif_tag_map& tags);
     static exif_response* write_tags_async(const QString& file, const exif_tag_map& tags);
+    // Waits for a write queued with write_tags_async and ends the response; the result is that
+    // of write_tags. `error` tells why a task failed: exif_error::ended means ExifTool ended in
+    // the middle of it, so the photo may have been written all the same.
+    static bool write_result(exif_response* response, exif_error* error = nullptr);
     // Writes "Software" and "CreatorTool" as "<organisation> - <application>".
     static bool write_application_info_to_exif(const QString& file);
     static void set_application_info(exif_tag_map& tags);

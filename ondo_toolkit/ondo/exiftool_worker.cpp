@@ -24,8 +24,9 @@
 
 namespace ondo {
 
-exiftool_worker* worker_instance = nullptr;
-QThread* worker_thread = nullptr;
+QList<exiftool_worker*> workers;
+QList<QThread*> worker_threads;
+std::atomic<int> pool_size{0};
 std::atomic<int> next_task_id{0};
 
 QMutex& worker_mutex()
@@ -222,6 +223,7 @@ void exiftool_worker::add_task(ondo::exif_response* response, QString operation,
     exiftool_task task;
     task.operation = operation;
     task.response = response;
+    task.id = response ? response->id : -1;
     task.data = data;
     task.file = file;
     task_queue.append(task);
@@ -230,32 +232,34 @@ void exiftool_worker::add_task(ondo::exif_response* response, QString operation,
 
 void exiftool_worker::execute_task()
 {
-    if (task_in_flight || task_queue.isEmpty())
-        return;
-    task_in_flight = true;
-    // The head stays queued until its marker has come.
-    exiftool_task& head = task_queue.first();
-    head.sent_at_ns = now_ns();
-    head.temporary_existed = !head.file.isEmpty() && exists_as_anything(temporary_file_of(head.file));
-    const exiftool_task task = head;
-    if (!task.response) {
-        // Leaves the worker stuck on purpose: nothing is sent after a task whose asker is gone.
-        qCCritical(exiftool_log(), "%s: Current %s task response object was unset!", Q_FUNC_INFO,
-                   qUtf8Printable(task.operation));
-        return;
-    }
-    const int id = task.response->id;
-    current_marker = gen_marker(id);
-    const WriteResult result = write(QString::fromUtf8(task.data + gen_execute(id)));
-    if (result == ok)
-        return;
-    qCCritical(exiftool_log(), "%s: Failed to write data to exiftool process. result=%d.", Q_FUNC_INFO,
-               int(result));
-    if (result == not_running) {
-        // The child went away while idle: bring it back and send the same task again shortly.
-        task_in_flight = false;
-        send_restart();
-        QTimer::singleShot(250, this, &exiftool_worker::execute_task);
+    while (!stuck && in_flight < max_in_flight && in_flight < task_queue.size()) {
+        // A task stays queued until its marker has come.
+        exiftool_task& task = task_queue[in_flight];
+        if (!task.response) {
+            // Leaves the worker stuck on purpose: nothing is sent after a task whose asker is gone.
+            qCCritical(exiftool_log(), "%s: Current %s task response object was unset!", Q_FUNC_INFO,
+                       qUtf8Printable(task.operation));
+            stuck = true;
+            return;
+        }
+        task.sent_at_ns = now_ns();
+        task.temporary_existed = !task.file.isEmpty() && exists_as_anything(temporary_file_of(task.file));
+        const WriteResult result = write(QString::fromUtf8(task.data + gen_execute(task.id)));
+        if (result != ok)
+            qCCritical(exiftool_log(), "%s: Failed to write data to exiftool process. result=%d.", Q_FUNC_INFO,
+                       int(result));
+        if (result == not_running) {
+            // The child went away while idle: bring it back and send the same task again shortly.
+            // Behind a task in flight its end is on the way, and that sends the rest anew.
+            if (in_flight == 0) {
+                send_restart();
+                QTimer::singleShot(250, this, &exiftool_worker::execute_task);
+            }
+            return;
+        }
+        // An incomplete write waits for its marker all the same.
+        if (in_flight++ == 0)
+            head_started_ns = task.sent_at_ns;
     }
 }
 
@@ -302,26 +306,34 @@ void exiftool_worker::read_output()
                       qUtf8Printable(process->errorString()), int(process->error()));
             continue;
         }
-        if (!task_in_flight || task_queue.isEmpty()) {
+        if (in_flight == 0) {
             qCWarning(exiftool_log(), "%s: Dropping %d bytes of output that no task waits for.", Q_FUNC_INFO,
                       int(count));
             continue;
         }
-        // The marker counts only on a line of its own: a tag value, file or folder name that ends
-        // in "{ready<id>}" ends a line with it too, but never begins one, since every line of the
-        // answer begins with "-" or a blank and ExifTool prints a line break inside a value as ".".
-        // Only the new bytes can complete it: the search starts a marker's length in front of
-        // them, so a marker split across two reads is found and a long answer isn't searched over
-        // and over.
-        const QByteArray line = '\n' + current_marker;
-        const int from = qMax(0, output_buffer.size() - line.size() + 1);
+        const int before = output_buffer.size();
         output_buffer.append(chunk.constData(), int(count));
-        int at = -1;
-        if (output_buffer.startsWith(current_marker))
-            at = 0;
-        else if ((at = output_buffer.indexOf(line, from)) >= 0)
-            ++at;
+        take_answers(before);
+    }
+}
+
+void exiftool_worker::take_answers(int searched_up_to)
+{
+    while (in_flight > 0) {
         exiftool_task& head = task_queue.first();
+        // The marker counts only on a line of its own: a tag value, file or folder name that ends
+        // in "{ready<id>}" ends a line with it too, but never begins one, since every line of an
+        // answer begins with "-" or a blank and ExifTool prints a line break inside a value as ".".
+        // Only new bytes can complete it, so the search starts a marker's length in front of
+        // them: a marker split across two reads is found, and a long answer isn't searched over
+        // and over.
+        const QByteArray marker = gen_marker(head.id);
+        const QByteArray line = '\n' + marker;
+        int at = -1;
+        if (output_buffer.startsWith(marker))
+            at = 0;
+        else if ((at = output_buffer.indexOf(line, qMax(0, searched_up_to - line.size() + 1))) >= 0)
+            ++at;
         if (at < 0) {
             if (output_buffer.size() > max_answer_bytes) {
                 // The rest of this answer is dropped as it comes, keeping only what could be the
@@ -331,17 +343,19 @@ void exiftool_worker::read_output()
                               Q_FUNC_INFO, qUtf8Printable(head.file), max_answer_bytes);
                     head.failed = true;
                     exif_response* response = head.response.data();
-                    head.response = nullptr;
+                    head.response.clear();
                     if (response)
                         response->fail(exif_error::too_large);
                 }
                 output_buffer = output_buffer.right(line.size() - 1);
             }
-            continue;
+            return;
         }
         // The guard goes before the response is marked ready: from that moment the asker may
         // delete it, and the guard's count must not be touched after that.
         exiftool_task task = task_queue.takeFirst();
+        --in_flight;
+        --pending;
         exif_response* response = task.response.data();
         task.response.clear();
         if (response) {
@@ -350,13 +364,15 @@ void exiftool_worker::read_output()
         } else if (!task.failed) {
             qCCritical(exiftool_log(), "%s: Current task response object was unset!", Q_FUNC_INFO);
         }
-        // Nothing has been asked after this task yet, so what follows its marker belongs to no task.
-        const int rest = output_buffer.size() - at - current_marker.size();
-        if (rest > 0)
-            qCWarning(exiftool_log(), "%s: Dropping %d bytes of output behind the marker of task %s.", Q_FUNC_INFO,
-                      rest, current_marker.trimmed().constData());
-        output_buffer.clear();
-        task_in_flight = false;
+        output_buffer.remove(0, at + marker.size());
+        searched_up_to = 0;
+        head_started_ns = now_ns();
+        // What follows the last marker asked for belongs to no task.
+        if (in_flight == 0 && !output_buffer.isEmpty()) {
+            qCWarning(exiftool_log(), "%s: Dropping %d bytes of output behind the marker of task %d.", Q_FUNC_INFO,
+                      output_buffer.size(), task.id);
+            output_buffer.clear();
+        }
         execute_task();
     }
 }
@@ -365,12 +381,15 @@ void exiftool_worker::process_ended(int code, QProcess::ExitStatus status)
 {
     kill_timer->stop();
     output_buffer.clear();
-    if (!task_in_flight || task_queue.isEmpty())
+    if (in_flight == 0)
         return;
     exiftool_task task = task_queue.takeFirst();
+    --pending;
     exif_response* response = task.response.data();
     task.response.clear();
-    task_in_flight = false;
+    // ExifTool begins a task only when it has finished the one before: those written behind the
+    // failed one never began, and go to the next child.
+    in_flight = 0;
     const QString how = status == QProcess::CrashExit ? QString("by signal %1").arg(code)
                                                         : QString("with exit code %1").arg(code);
     qCWarning(exiftool_log(), "%s: ExifTool ended %s while working on '%s' (%s); the task fails.", Q_FUNC_INFO,
@@ -390,9 +409,10 @@ void exiftool_worker::signal_child(int signal)
         ::kill(pid_t(pid), signal);
 }
 
-void exiftool_worker::interrupt()
+void exiftool_worker::interrupt(int busy_for_ms)
 {
-    if (process->state() == QProcess::NotRunning)
+    if (process->state() == QProcess::NotRunning || in_flight == 0
+        || now_ns() - head_started_ns < qint64(busy_for_ms) * 1000000)
         return;
     qCWarning(exiftool_log(), "%s: Stopping ExifTool.", Q_FUNC_INFO);
     // A stopped child acts on nothing until it is continued.
@@ -424,8 +444,8 @@ bool exiftool_worker::send_restart()
 bool exiftool_worker::shutdown()
 {
     // A task in flight gets longer to finish before the child is signalled.
-    const int wait = task_in_flight ? 1000 : 200;
-    const int rounds = task_in_flight ? 5 : 25;
+    const int wait = in_flight > 0 ? 1000 : 200;
+    const int rounds = in_flight > 0 ? 5 : 25;
     int i = 0;
     if (process->state() != QProcess::NotRunning) {
         do {
@@ -463,31 +483,35 @@ void exiftool_worker::do_ping(bool value)
 void exiftool_worker_init()
 {
     QMutexLocker lock(&worker_mutex());
-    if (worker_instance)
+    if (!workers.isEmpty())
         return;
     qRegisterMetaType<ondo::exif_response*>("ondo::exif_response*");
     qRegisterMetaType<ondo::exif_error>("ondo::exif_error");
 
-    worker_thread = new QThread;
-    worker_thread->setObjectName(QStringLiteral("Exiftol IO Worker"));
-    worker_thread->start(QThread::InheritPriority);
+    // One child per core, at most four: each takes about 20 MB, and ExifTool itself is the work.
+    const int count = pool_size > 0 ? pool_size.load() : qBound(1, QThread::idealThreadCount(), 4);
+    for (int i = 0; i < count; ++i) {
+        auto* thread = new QThread;
+        thread->setObjectName(QStringLiteral("Exiftol IO Worker"));
+        thread->start(QThread::InheritPriority);
+        auto* worker = new exiftool_worker;
+        worker->moveToThread(thread);
+        worker_threads << thread;
+        workers << worker;
 
-    worker_instance = new exiftool_worker;
-    worker_instance->moveToThread(worker_thread);
-
-    bool started = false;
-    {
-        const queued_call_mark mark(worker_instance);
-        if (!QMetaObject::invokeMethod(worker_instance, "start", Qt::BlockingQueuedConnection,
-                                       Q_RETURN_ARG(bool, started)))
-            qCWarning(exiftool_log(), "Failed to call start method on exiftool worker");
+        bool started = false;
+        {
+            const queued_call_mark mark(worker);
+            if (!QMetaObject::invokeMethod(worker, "start", Qt::BlockingQueuedConnection, Q_RETURN_ARG(bool, started)))
+                qCWarning(exiftool_log(), "Failed to call start method on exiftool worker");
+        }
+        // A failed start is retried by the restart path of the first task.
+        qCInfo(exiftool_log(), "%s: Worker started: %s (thread=%p).", Q_FUNC_INFO, started ? "Ok" : "Failed",
+               static_cast<void*>(thread));
     }
-    // A failed start is retried by the restart path of the first task.
-    qCInfo(exiftool_log(), "%s: Worker started: %s (thread=%p).", Q_FUNC_INFO, started ? "Ok" : "Failed",
-           static_cast<void*>(worker_instance->thread()));
 
-    // Direct, so that the child is stopped on the thread that leaves the main loop.
-    QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, worker_thread,
+    // Direct, so that the children are stopped on the thread that leaves the main loop.
+    QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, worker_threads.first(),
                      [] { exiftool::shutdown(true); }, Qt::DirectConnection);
 }
 

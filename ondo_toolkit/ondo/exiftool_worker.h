@@ -44,6 +44,7 @@ private:
 struct exiftool_task {
     QString operation; // "read", "read specific tags" or "write", for logs
     QPointer<exif_response> response;
+    int id = 0; // the response's id, for the execute line and the marker
     QByteArray data; // command lines in UTF-8, without the execute line
     QString file;    // the photo the task is about
     // Set when the task is sent: the moment, and whether ExifTool's temporary file for the photo
@@ -59,11 +60,15 @@ struct exiftool_task {
 constexpr int max_answer_bytes = 64 * 1024 * 1024;
 // How long ExifTool has to act on SIGINT before it is killed.
 constexpr int interrupt_grace_ms = 3000;
+// Tasks written to one child at a time: the one it works on and the next, so that the child
+// never waits for the worker between two tasks.
+constexpr int max_in_flight = 2;
 
-// Owns the stay-open ExifTool child. Lives on the thread "Exiftol IO Worker"; every slot runs
-// there and is reached through QMetaObject::invokeMethod. One task is in flight at a time; its
-// output ends at the marker "{ready<id>}\n" standing on a line of its own. A child that ends
-// with a task in flight ends that task with an error; the next task starts a new child.
+// Owns one stay-open ExifTool child. Lives on a thread "Exiftol IO Worker" of its own; every
+// slot runs there and is reached through QMetaObject::invokeMethod. Up to max_in_flight tasks
+// are written to the child at once; ExifTool answers them in order, each answer ending at the
+// marker "{ready<id>}\n" standing on a line of its own. A child that ends while it works on a
+// task ends that task with an error; the tasks written behind it go to the next child.
 class exiftool_worker : public QObject {
     Q_OBJECT
 public:
@@ -80,10 +85,11 @@ public slots:
     bool start();
     bool shutdown();
     void add_task(ondo::exif_response* response, QString operation, QByteArray data, QString file = QString());
-    // Asks the child to stop the safe way: SIGCONT, then SIGINT, on which ExifTool finishes a
-    // write it is in the middle of and removes its temporary file; SIGKILL only if it is still
-    // there interrupt_grace_ms later. A task in flight then ends with exif_error::ended.
-    void interrupt();
+    // Asks the child to stop the safe way if it has been at its present task for at least
+    // `busy_for_ms`: SIGCONT, then SIGINT, on which ExifTool finishes a write it is in the middle
+    // of and removes its temporary file; SIGKILL only if it is still there interrupt_grace_ms
+    // later. The task then ends with exif_error::ended. An idle child is left alone.
+    void interrupt(int busy_for_ms = 0);
     void verbose(bool value = true);
     void do_ping(bool value = true);
 
@@ -94,12 +100,21 @@ public:
     std::atomic<bool> verbose_enabled{false};
     std::atomic<bool> ping_enabled{false}; // stored only: there is no ping
     QList<exiftool_task> task_queue;
-    bool task_in_flight = false;
-    QByteArray current_marker;
+    // The first `in_flight` tasks of the queue have been written to the child.
+    int in_flight = 0;
+    // Tasks queued and not yet answered; the facade gives a new task to the least busy worker.
+    std::atomic<int> pending{0};
+    // When the child began the task at the head of the queue.
+    qint64 head_started_ns = 0;
+    // A task whose asker has gone stops the worker for good: nothing after it is sent.
+    bool stuck = false;
     QByteArray output_buffer;
     QTimer* kill_timer = nullptr;
 
 private:
+    // Hands every complete answer in output_buffer to its task, in order; the search for the
+    // first marker starts near `searched_up_to`, what was there before the last read.
+    void take_answers(int searched_up_to);
     void process_ended(int code, QProcess::ExitStatus status);
     void signal_child(int signal);
     WriteResult write(const QString& text);
@@ -107,12 +122,16 @@ private:
     QByteArray gen_marker(int id) const;
 };
 
-// Creates worker and thread once and starts the child; safe from any thread, any number of times.
+// Creates the pool of workers, each with its thread, and starts their children once; safe from
+// any thread, any number of times.
 void exiftool_worker_init();
 
-// Shared by the worker and the facade only. worker_mutex guards creating and ending the pair.
-extern exiftool_worker* worker_instance;
-extern QThread* worker_thread;
+// Shared by the workers and the facade only. worker_mutex guards creating and ending them.
+// Every worker lives on the thread at the same place in worker_threads.
+extern QList<exiftool_worker*> workers;
+extern QList<QThread*> worker_threads;
+// How many children the next exiftool_worker_init starts; 0: one per core, at most four.
+extern std::atomic<int> pool_size;
 QMutex& worker_mutex();
 extern std::atomic<int> next_task_id;
 
