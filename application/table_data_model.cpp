@@ -363,7 +363,11 @@ void table_data_model::add_file(const QString& path, bool notify)
     if (notify)
         endInsertRows();
 
-    exif_cache::instance()->load(path, ondo::exiftool::read_tags(path, true, false));
+    const auto ahead = prefetched.find(path);
+    ondo::exif_response* read = ahead != prefetched.end() ? ahead->second : ondo::exiftool::read_tags_async(path, true);
+    if (ahead != prefetched.end())
+        prefetched.erase(ahead);
+    exif_cache::instance()->load(path, ondo::exiftool::read_result(read));
 
     // The row was shown before its tags came; let the view pick up its times.
     if (notify && row < files.size() && files.at(row) == path)
@@ -375,6 +379,22 @@ void table_data_model::add_files(const QStringList& paths)
     for (const QString& path : paths)
         add_file(path, true);
     sort(sort_column, sort_order);
+}
+
+void table_data_model::prefetch(const QString& path)
+{
+    if (!prefetched.count(path))
+        prefetched[path] = ondo::exiftool::read_tags_async(path, true);
+}
+
+void table_data_model::drop_prefetched()
+{
+    // The answers are awaited: the worker holds each response until its task is done.
+    while (!prefetched.empty()) {
+        ondo::exif_response* read = prefetched.begin()->second;
+        prefetched.erase(prefetched.begin());
+        ondo::exiftool::read_result(read);
+    }
 }
 
 void table_data_model::resort()

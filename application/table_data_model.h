@@ -60,6 +60,12 @@ public:
     void add_file(const QString& path, bool notify);
     // add_file(path, true) for each, then one sort with the stored column and order.
     void add_files(const QStringList& paths);
+    // Starts the read of `path` ahead of its add_file, so that every ExifTool child has work;
+    // add_file then takes its answer. Every read started ahead must end in add_file or in
+    // drop_prefetched.
+    void prefetch(const QString& path);
+    // Waits for the reads started ahead that no add_file took, and drops them.
+    void drop_prefetched();
     void resort();
     // Empties the table; exif_cache keeps its records.
     void clear();
@@ -94,5 +100,6 @@ signals:
     void sort_order_override(int column, Qt::SortOrder order);
 
 private:
+    std::map<QString, ondo::exif_response*> prefetched;
     QString time_text(const QDateTime& time, const QString& zone) const;
 };
