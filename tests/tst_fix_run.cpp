@@ -43,7 +43,7 @@ QStringList listing(const QString& path)
 exif_tag_map own_tags(const QString& path)
 {
     static const QRegularExpression derived("^(System|Composite|ExifTool):|^(File:CurrentIPTCDigest|Photoshop:IPTCDigest|"
-                                            "XMP-x:XMPToolkit)$|(Offset|Start)$");
+                                            "XMP-x:XMPToolkit)$|(Offset|Start|MediaDataSize)$");
     exif_tag_map tags = test_support::read_back(path);
     for (auto it = tags.begin(); it != tags.end();)
         it = derived.match(it->first).hasMatch() ? tags.erase(it) : std::next(it);
@@ -250,7 +250,8 @@ private slots:
     // Files that date themselves elsewhere than in EXIF's DateTimeOriginal. Each shows its own
     // time and zone; a fix of an hour (with the zone typed, if any) changes exactly the tags of
     // `moved`, each from its own value, and adds nothing else; the undo gives the listing back.
-    // A ".mov" or ".m4a" is made by hand at 2005:08:11 14:03:54 UTC and then gets `tags`.
+    // A ".mov" or ".m4a" is made by hand at 2005:08:11 14:03:54 UTC, a ".heic" by heif-enc, and
+    // then each gets `tags`.
     void own_times_move_and_come_back_data()
     {
         QTest::addColumn<QString>("name");
@@ -273,6 +274,13 @@ private slots:
             << phone_moved + "XMP-xmp:CreateDate=2017:06:21 19:30:05.12+03:00;ExifIFD:OffsetTimeOriginal=+03:00;"
                              "ExifIFD:OffsetTime=+03:00;ExifIFD:OffsetTimeDigitized=+03:00;IPTC:DateCreated=2017:06:21;"
                              "IPTC:TimeCreated=19:30:05+03:00;IPTC:ApplicationRecordVersion=4";
+        QTest::newRow("phone HEIC, a zone")
+            << "i.heic" << "ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=#;IFD0:ModifyDate=#;ExifIFD:OffsetTimeOriginal=+02:00;"
+                           "ExifIFD:OffsetTime=+02:00;XMP-xmp:CreateDate=#+02:00;XMP-xmp:ModifyDate=#+02:00;XMP-photoshop:DateCreated=#+02:00"
+            << "1" << "# +02:00"
+            << "ExifIFD:DateTimeOriginal=@;ExifIFD:CreateDate=@;IFD0:ModifyDate=@;ExifIFD:OffsetTimeOriginal=+03:00;"
+               "ExifIFD:OffsetTime=+03:00;ExifIFD:OffsetTimeDigitized=+03:00;XMP-xmp:CreateDate=@+03:00;XMP-xmp:ModifyDate=@+03:00;"
+               "XMP-photoshop:DateCreated=@+03:00";
         QTest::newRow("IPTC alone") << "b.jpg" << "IPTC:DateCreated=2004:02:26;IPTC:TimeCreated=23:30:00+01:00" << ""
                                     << "2004:02:26 23:30:00 +01:00" << "IPTC:DateCreated=2004:02:27;IPTC:TimeCreated=00:30:00+01:00";
         QTest::newRow("XMP alone") << "c.png" << "XMP-xmp:CreateDate=2020:05:06 07:08:09" << "" << "2020:05:06 07:08:09"
@@ -294,11 +302,19 @@ private slots:
         QString path;
         if (name.endsWith(".jpg") || name.endsWith(".png")) {
             path = test_support::make_tagged_photo(dir->path(), name, test_support::tag_map(expand(tags)));
+        } else if (name.endsWith(".heic")) {
+            const QString encoder = QStandardPaths::findExecutable("heif-enc");
+            if (encoder.isEmpty())
+                QSKIP("heif-enc (libheif-examples) is not installed");
+            path = dir->filePath(name);
+            test_support::run(encoder, {"-q", "50", test_support::make_tagged_photo(dir->path(), "h.png"), "-o", path});
         } else {
             path = test_support::make_movie(dir->path(), name, name.endsWith(".mov") ? "qt  " : "M4A ",
                                             QDateTime(QDate(2005, 8, 11), QTime(14, 3, 54), Qt::UTC));
+        }
+        if (!name.endsWith(".jpg") && !name.endsWith(".png")) {
             QStringList arguments = {"-overwrite_original", "-m"};
-            for (const auto& [tag, value] : test_support::tag_map(tags))
+            for (const auto& [tag, value] : test_support::tag_map(expand(tags)))
                 arguments << QString("-%1=%2").arg(tag, value);
             if (!tags.isEmpty())
                 QVERIFY(test_support::run(TAVIMO_EXIFTOOL_SCRIPT, arguments << path).contains("1 image files updated"));
