@@ -162,6 +162,7 @@ private slots:
         QTest::addColumn<QString>("question");
         const QString dto = "ExifIFD:DateTimeOriginal=";
         QTest::newRow("empty table asks nothing") << QStringList() << "" << "" << "";
+        QTest::newRow("CR3 with EXIF takes a zone without asking") << QStringList{"Y.cr3|" + dto + "#"} << "0" << "" << "";
         QTest::newRow("CR3 with a zone, aborted") << QStringList{"X.CR3|", "b.jpg|" + dto + "#"} << "0" << "Abort"
                                                   << "Trying to alter/set timezone of 1 CR3 images.";
         QTest::newRow("zoneless IPTC counted, aborted")
@@ -281,6 +282,13 @@ private slots:
             << "ExifIFD:DateTimeOriginal=@;ExifIFD:CreateDate=@;IFD0:ModifyDate=@;ExifIFD:OffsetTimeOriginal=+03:00;"
                "ExifIFD:OffsetTime=+03:00;ExifIFD:OffsetTimeDigitized=+03:00;XMP-xmp:CreateDate=@+03:00;XMP-xmp:ModifyDate=@+03:00;"
                "XMP-photoshop:DateCreated=@+03:00";
+        // A raw photo keeps its zone in EXIF; its movie dates are read and written on the machine's clock.
+        QTest::newRow("CR3, a zone") << "r.cr3" << "ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=#;IFD0:ModifyDate=#" << "1" << "#"
+            << "ExifIFD:DateTimeOriginal=@;ExifIFD:CreateDate=@;IFD0:ModifyDate=@;ExifIFD:OffsetTimeOriginal=+01:00;"
+               "ExifIFD:OffsetTime=+01:00;ExifIFD:OffsetTimeDigitized=+01:00;QuickTime:CreateDate=2005:08:11 18:03:54+02:00;"
+               "QuickTime:ModifyDate=2005:08:11 18:03:54+02:00;Track1:TrackCreateDate=2005:08:11 18:03:54+02:00;"
+               "Track1:TrackModifyDate=2005:08:11 18:03:54+02:00;Track1:MediaCreateDate=2005:08:11 18:03:54+02:00;"
+               "Track1:MediaModifyDate=2005:08:11 18:03:54+02:00";
         QTest::newRow("IPTC alone") << "b.jpg" << "IPTC:DateCreated=2004:02:26;IPTC:TimeCreated=23:30:00+01:00" << ""
                                     << "2004:02:26 23:30:00 +01:00" << "IPTC:DateCreated=2004:02:27;IPTC:TimeCreated=00:30:00+01:00";
         QTest::newRow("XMP alone") << "c.png" << "XMP-xmp:CreateDate=2020:05:06 07:08:09" << "" << "2020:05:06 07:08:09"
@@ -306,19 +314,12 @@ private slots:
             const QString encoder = QStandardPaths::findExecutable("heif-enc");
             if (encoder.isEmpty())
                 QSKIP("heif-enc (libheif-examples) is not installed");
-            path = dir->filePath(name);
-            test_support::run(encoder, {"-q", "50", test_support::make_tagged_photo(dir->path(), "h.png"), "-o", path});
+            test_support::run(encoder, {"-q", "50", test_support::make_tagged_photo(dir->path(), "h.png"), "-o", dir->filePath(name)});
+            path = tagged(dir->filePath(name), tags);
         } else {
-            path = test_support::make_movie(dir->path(), name, name.endsWith(".mov") ? "qt  " : "M4A ",
-                                            QDateTime(QDate(2005, 8, 11), QTime(14, 3, 54), Qt::UTC));
+            path = raw_photo(name, tags);
         }
-        if (!name.endsWith(".jpg") && !name.endsWith(".png")) {
-            QStringList arguments = {"-overwrite_original", "-m"};
-            for (const auto& [tag, value] : test_support::tag_map(expand(tags)))
-                arguments << QString("-%1=%2").arg(tag, value);
-            if (!tags.isEmpty())
-                QVERIFY(test_support::run(TAVIMO_EXIFTOOL_SCRIPT, arguments << path).contains("1 image files updated"));
-        }
+        QVERIFY(!path.isEmpty());
         const QStringList before = listing(path);
         const exif_tag_map tags_before = own_tags(path);
 
@@ -465,8 +466,8 @@ private slots:
 private:
     QString photo(const QString& name, const QString& tags)
     {
-        if (name.endsWith(".cr3", Qt::CaseInsensitive)) // a JPEG under a raw camera name: only the name matters
-            return QFile::rename(photo(name + ".jpg", tags), dir->filePath(name)) ? dir->filePath(name) : QString();
+        if (name.endsWith(".cr3", Qt::CaseInsensitive))
+            return raw_photo(name, tags);
         // ExifTool always writes IPTC:TimeCreated with a zone; a zoneless one has it cut from its bytes.
         const QRegularExpressionMatch zoneless = QRegularExpression("IPTC:TimeCreated=([0-9:]+)(;|$)").match(tags);
         exif_tag_map map = test_support::tag_map(expand(tags));
@@ -480,6 +481,23 @@ private:
             file.seek(0);
             file.write(bytes);
         }
+        return path;
+    }
+    // A hand-made movie or raw photo whose movie dates are 2005:08:11 14:03:54 UTC, tagged.
+    QString raw_photo(const QString& name, const QString& tags)
+    {
+        const QByteArray brand = name.endsWith(".cr3", Qt::CaseInsensitive) ? "crx " : name.endsWith(".m4a") ? "M4A " : "qt  ";
+        return tagged(test_support::make_movie(dir->path(), name, brand, QDateTime(QDate(2005, 8, 11), QTime(14, 3, 54), Qt::UTC)),
+                      tags);
+    }
+    // `path` with `tags` written into it by ExifTool; empty if that fails.
+    QString tagged(const QString& path, const QString& tags)
+    {
+        QStringList arguments = {"-overwrite_original", "-m"};
+        for (const auto& [tag, value] : test_support::tag_map(expand(tags)))
+            arguments << QString("-%1=%2").arg(tag, value);
+        if (!tags.isEmpty() && !test_support::run(TAVIMO_EXIFTOOL_SCRIPT, arguments << path).contains("1 image files updated"))
+            return QString();
         return path;
     }
     QStringList six_photos()

@@ -108,7 +108,13 @@ QString make_movie(const QString& dir, const QString& name, const QByteArray& br
         + be32(0) + be32(0));
     const QByteArray mdhd = atom("mdhd", be32(0) + dates + be32(600) + be32(0) + be32(0));
     const QByteArray hdlr = atom("hdlr", be32(0) + "mhlrsoun" + QByteArray(13, '\0'));
-    const QByteArray moov = atom("moov", mvhd + atom("trak", tkhd + atom("mdia", mdhd + hdlr)));
+    QByteArray canon;
+    if (brand == "crx ") { // a raw photo of the same build, with empty EXIF directories to write into
+        const QByteArray tiff("II*\0\x08\0\0\0\0\0\0\0\0\0", 14);
+        canon = atom("uuid", QByteArray::fromHex("85c0b687820f11e08111f4ce462b6a48")
+            + atom("CNCV", "CanonCR3_001/00.10.00/00.00.00") + atom("CMT1", tiff) + atom("CMT2", tiff));
+    }
+    const QByteArray moov = atom("moov", canon + mvhd + atom("trak", tkhd + atom("mdia", mdhd + hdlr)));
     const QByteArray bytes = atom("ftyp", brand + be32(0) + brand) + moov + atom("mdat", {});
 
     const QString path = QDir(dir).absoluteFilePath(name);
