@@ -348,10 +348,12 @@ exif_tag_map new_values(const exif_tag_map& tags, const QDateTime& old_time, con
     const QString zone_suffix = zoned ? label : QString();
 
     // The IPTC pair moves as one value; a zone entered adds it, but only to a file that dates
-    // itself and that can hold IPTC.
+    // itself and that can hold IPTC. A time without a date stands on the recording date, if that
+    // is the file's own.
+    const bool dates_itself = !recording_time(tags).tag.isEmpty();
     const bool has_iptc = tags.count(iptc_date) || tags.count(iptc_time);
     if (has_iptc) {
-        if (const std::optional<stamp> value = iptc_stamp(tags, old_time.date())) {
+        if (const std::optional<stamp> value = iptc_stamp(tags, dates_itself ? old_time.date() : QDate())) {
             const QDateTime wall = moved_wall(value->date, value->time, offset);
             if (writable_year(wall.date())) {
                 for (const QString& tag : {iptc_date, iptc_time})
@@ -359,7 +361,7 @@ exif_tag_map new_values(const exif_tag_map& tags, const QDateTime& old_time, con
                         values[tag] = wall.toString(file_time_format) + zone_suffix;
             }
         }
-    } else if (offset.has_zone && !recording_time(tags).tag.isEmpty() && !has_group(tags, QStringLiteral("QuickTime"))) {
+    } else if (offset.has_zone && dates_itself && !has_group(tags, QStringLiteral("QuickTime"))) {
         values[iptc_date] = new_text + zone_suffix;
         values[iptc_time] = new_text + zone_suffix;
     }

@@ -95,6 +95,8 @@ private slots:
             {0, 0, 0, 1}, "", "ExifIFD:CreateDate", "", "ExifIFD:CreateDate=@");
         row("no date of its own: nothing added", "XMP-dc:Title=T;System:FileModifyDate=#+02:00", {}, "2", "", "",
             "System:FileModifyDate=#+02:00");
+        row("an IPTC time gets no file-system date", "IPTC:TimeCreated=18:30:05+02:00;System:FileModifyDate=#+02:00", {}, "2", "",
+            "+02:00", "System:FileModifyDate=#+04:00");
     }
 
     void moves_every_tag_from_its_own_value()
