@@ -162,7 +162,8 @@ private slots:
                                                   << "Trying to alter/set timezone of 1 CR3 images.";
         QTest::newRow("zoneless IPTC counted, aborted")
             << QStringList{"a.jpg|" + dto + "#;IPTC:TimeCreated=18:30:05+02:00", "b.jpg|" + dto + "#;IPTC:TimeCreated=18:30:05",
-                   "c.jpg|" + dto + "#;IPTC:DateCreated=2017:06:21", "d.jpg|" + dto + "#"}
+                   "c.jpg|" + dto + "#;IPTC:DateCreated=2017:06:21", "d.jpg|" + dto + "#",
+                   "e.jpg|" + dto + "#;IPTC:TimeCreated=18:30:05;ExifIFD:OffsetTimeOriginal=+02:00"}
             << "" << "Abort" << "2 files do not have any timezone information set";
         QTest::newRow("a second before 1972, continued") << QStringList{"a.jpg|" + dto + "1972:01:01 00:00:00"} << ""
                                                          << "Continue" << "1 files would be assigned";
