@@ -64,7 +64,7 @@ bool utc_date_tag(const QString& tag)
 // "+05:30" in seconds east of UTC; nothing unless the text is a zone a clock can have.
 std::optional<int> zone_seconds(const QString& text)
 {
-    static const QRegularExpression form(QStringLiteral("^([+-])(\\d\\d):(\\d\\d)$"));
+    static const QRegularExpression form(QRegularExpression::anchoredPattern(QStringLiteral("([+-])(\\d\\d):(\\d\\d)")));
     const QRegularExpressionMatch match = form.match(text);
     if (!match.hasMatch())
         return std::nullopt;
@@ -187,8 +187,9 @@ QString rebuilt_time_created(const exif_tag_map& record, QString text)
 
 std::optional<stamp> parse(const QString& text)
 {
-    static const QRegularExpression form(QStringLiteral(
-        "^(\\d{4}):(\\d\\d):(\\d\\d)(?:[ T](\\d\\d):(\\d\\d)(?::(\\d\\d)(\\.\\d{1,9})?)?)?(Z|[+-]\\d\\d:\\d\\d)?$"));
+    // Anchored at the very end: "$" would also let a line break through.
+    static const QRegularExpression form(QRegularExpression::anchoredPattern(QStringLiteral(
+        "(\\d{4}):(\\d\\d):(\\d\\d)(?:[ T](\\d\\d):(\\d\\d)(?::(\\d\\d)(\\.\\d{1,9})?)?)?(Z|[+-]\\d\\d:\\d\\d)?")));
     const QRegularExpressionMatch match = form.match(text);
     if (!match.hasMatch())
         return std::nullopt;

@@ -139,6 +139,7 @@ private slots:
         QTest::newRow("zone from EXIF") << "QuickTime:CreateDate=2005:08:11 14:03:54;ExifIFD:OffsetTimeOriginal=-05:00"
                                         << "2005:08:11 09:03:54";
         QTest::newRow("zeros are no date") << "QuickTime:CreateDate=0000:00:00 00:00:00" << "";
+        QTest::newRow("a line break is no date") << "QuickTime:CreateDate=2005:08:11 14:03:54\n" << "";
     }
 
     void movie_time_on_the_local_clock()
