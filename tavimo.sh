@@ -14,6 +14,9 @@ packages=(g++ cmake make perl qtbase5-dev qtbase5-dev-tools qttools5-dev qttools
 # validators, and dpkg-shlibdeps for the package's dependencies.
 packages+=(dbus-daemon libglib2.0-bin desktop-file-utils appstream dpkg-dev)
 
+# heif-enc makes the HEIC photo of the fix tests.
+packages+=(libheif-examples)
+
 install_packages() {
     local missing=()
     for p in "${packages[@]}"; do

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "recording_tags.h"
+
 #include <ondo/main_window.h>
 
 #include <QList>
@@ -17,14 +19,6 @@ class application_log;
 class button_dark;
 class progress_dialog;
 } // namespace ondo
-
-// One tag's value before the last fix run: what an undo writes back. An empty value removes a
-// tag that the run added.
-struct undo_entry {
-    QString tag;
-    bool existed = false;
-    QString value;
-};
 
 // The application's one window: header with the fix and undo buttons, the black drop area,
 // the offset and format panels and the table. Every operation starts in one of its slots and

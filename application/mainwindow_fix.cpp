@@ -19,58 +19,6 @@
 #include <QRegularExpression>
 #include <QTimeZone>
 
-namespace {
-
-const QString file_time_format = QStringLiteral("yyyy:MM:dd hh:mm:ss");
-
-// IPTC:TimeCreated is read as a time alone but written as a date and time, so the old value is
-// rebuilt on the recording date. A stored zone such as "+02:00" doesn't convert to a number and
-// comes back as +00:00; a file without a zone gets the machine's zone. Undo can't remove a zone.
-QString rebuilt_time_created(const exif_tag_map& record, QString text)
-{
-    auto value = [&record](const char* key) {
-        const auto found = record.find(QString::fromLatin1(key));
-        return found == record.end() ? QString() : found->second;
-    };
-    const QDate date(value("rec_year").toInt(), value("rec_month").toInt(), value("rec_day").toInt());
-    const QString zone = value("iptc_timezone");
-    const int hours = zone.toInt(nullptr, 10);
-
-    int sign = text.lastIndexOf(QLatin1Char('+'));
-    if (sign < 0)
-        sign = text.lastIndexOf(QLatin1Char('-'));
-    if (sign >= 0)
-        text.truncate(sign);
-    const QTime time = QTime::fromString(text, QStringLiteral("hh:mm:ss"));
-
-    const QDateTime when(date, time, zone.isEmpty() ? Qt::LocalTime : Qt::OffsetFromUTC, hours * 3600);
-    return when.toString(file_time_format)
-        + format_utc_offset(float(when.timeZone().offsetFromUtc(when) / 3600.0));
-}
-
-// ExifTool keeps a tag in one EXIF directory only: writing ExifIFD:DateTimeOriginal drops an
-// IFD0:DateTimeOriginal beside it. Such copies are written along with the tag, so that they keep
-// step with it and an undo can give them back.
-QStringList exif_copies(const exif_tag_map& tags, const QString& tag)
-{
-    static const QRegularExpression exif_directory(
-        QStringLiteral("^(IFD\\d+|ExifIFD|SubIFD\\d*|InteropIFD|GlobParamIFD)$"));
-    const QString group = tag.section(QLatin1Char(':'), 0, 0);
-    const QString name = tag.section(QLatin1Char(':'), 1);
-    QStringList copies;
-    if (!exif_directory.match(group).hasMatch())
-        return copies;
-    for (const auto& entry : tags) {
-        const QString other_group = entry.first.section(QLatin1Char(':'), 0, 0);
-        if (other_group != group && entry.first.section(QLatin1Char(':'), 1) == name
-            && exif_directory.match(other_group).hasMatch())
-            copies << entry.first;
-    }
-    return copies;
-}
-
-} // namespace
-
 MainWindow::run_guard::run_guard(MainWindow* window) : window(window) { ++window->runs_under_way; }
 
 MainWindow::run_guard::~run_guard()
@@ -86,21 +34,10 @@ MainWindow::run_guard::~run_guard()
 QList<undo_entry> MainWindow::create_undo_info(const QString& path)
 {
     const auto cache = exif_cache::instance();
-    const exif_tag_map record = cache->file_data[path];
     const exif_tag_map tags = cache->file_tags[path];
-
-    QList<undo_entry> entries;
-    for (const QString& tag : time_tags(record)) {
-        undo_entry entry{tag, false, QString()};
-        const auto found = tags.find(tag);
-        if (found != tags.end()) {
-            entry.existed = true;
-            entry.value = tag == QLatin1String("IPTC:TimeCreated") ? rebuilt_time_created(record, found->second)
-                                                                   : found->second;
-        }
-        entries << entry;
-    }
-    return entries;
+    const exif_tag_map values = recording_tags::new_values(tags, model->get_dt(path), model->get_offset_dt(path),
+                                                           model->current_shift());
+    return recording_tags::undo_entries(tags, cache->file_data[path], values);
 }
 
 void MainWindow::on_button_fix_time_clicked()
@@ -122,12 +59,15 @@ void MainWindow::on_button_fix_time_clicked()
         auto cell = [this, row](int column) { return model->data(model->index(row, column), Qt::UserRole); };
         plan.append({cell(0).toString(), cell(1).toDateTime(), cell(2).toDateTime()});
     }
+    const recording_tags::shift shift = model->current_shift();
 
     // Nothing is written before the questions are through, so "Abort" leaves everything as it was.
     // With a zone entered only CR3 files are asked about; without one, missing zones and 1972.
     if (model->has_timezone) {
-        const auto cr3_files = std::count_if(plan.begin(), plan.end(), [](const planned_file& file) {
-            return file.path.endsWith(QLatin1String(".cr3"), Qt::CaseInsensitive);
+        // A CR3 with EXIF gets the zone as EXIF offsets; one without has nowhere to keep it.
+        const auto cr3_files = std::count_if(plan.begin(), plan.end(), [&cache](const planned_file& file) {
+            return file.path.endsWith(QLatin1String(".cr3"), Qt::CaseInsensitive)
+                && !recording_tags::holds_exif_zone(cache->file_tags[file.path]);
         });
         if (cr3_files >= 1
             && !ask(tr("Trying to alter/set timezone of %1 CR3 images.\nThe CR3 format does not support timezone information.\nAll other values except the timezone will work normally.")
@@ -144,7 +84,7 @@ void MainWindow::on_button_fix_time_clicked()
                 const exif_tag_map tags = cache->file_tags[file.path];
                 exif_tag_map record = cache->file_data[file.path];
                 if ((tags.count(QStringLiteral("IPTC:DateCreated")) || tags.count(QStringLiteral("IPTC:TimeCreated")))
-                    && record[QStringLiteral("iptc_timezone")].isEmpty())
+                    && record[QStringLiteral("file_timezone")].isEmpty())
                     ++zoneless_files;
             }
         }
@@ -178,45 +118,11 @@ void MainWindow::on_button_fix_time_clicked()
         if (!time.isValid() || !new_time.isValid())
             continue;
 
-        QList<undo_entry> undo = create_undo_info(path);
-        exif_tag_map record = cache->file_data[path];
+        // Each time tag moves from its own value; the undo gives back what was there and deletes
+        // what the run adds.
         const exif_tag_map tags = cache->file_tags[path];
-        const QString file_zone = record[QStringLiteral("iptc_timezone")];
-        const QString new_time_text = new_time.toString(file_time_format);
-        // The entered zone relabels the clock reading; it never moves it.
-        const QString new_time_zone_text = new_time_text
-            + format_utc_offset(float(double(utc_offset_hours(file_zone)) + model->offset_timezone));
-        const bool zoned = model->has_timezone || !file_zone.isEmpty();
-
-        exif_tag_map values;
-        for (const QString& tag : time_tags(record)) {
-            const bool present = tags.count(tag) > 0;
-            if (tag.startsWith(QLatin1String("IPTC:"))) {
-                // The only tags a run may add to a file.
-                if (present)
-                    values[tag] = zoned ? new_time_zone_text : new_time_text;
-                else if (model->has_timezone)
-                    values[tag] = new_time_zone_text;
-            } else if (tag.startsWith(QLatin1String("System:"))) {
-                if (present)
-                    values[tag] = zoned ? new_time_zone_text : new_time_text;
-            } else if (present) {
-                values[tag] = new_time_text;
-            }
-        }
-
-        const exif_tag_map chosen = values;
-        for (const auto& [tag, text] : chosen) {
-            for (const QString& copy : exif_copies(tags, tag)) {
-                if (values.emplace(copy, text).second)
-                    undo << undo_entry{copy, true, tags.at(copy)};
-            }
-        }
-        // The undo deletes a tag only if this run added it; a delete of a tag the file never
-        // had would make ExifTool refuse files it can't write, and create empty records.
-        undo.erase(std::remove_if(undo.begin(), undo.end(),
-                                  [&values](const undo_entry& entry) { return !entry.existed && !values.count(entry.tag); }),
-                   undo.end());
+        const exif_tag_map values = recording_tags::new_values(tags, time, new_time, shift);
+        const QList<undo_entry> undo = recording_tags::undo_entries(tags, cache->file_data[path], values);
 
         ondo::exif_error error = ondo::exif_error::none;
         const bool written = ondo::exiftool::write_result(ondo::exiftool::write_tags_async(path, values), &error);

@@ -1,5 +1,7 @@
 #include "table_data_model.h"
 
+#include "recording_tags.h"
+
 #include <ondo/style.h>
 
 #include <QFileInfo>
@@ -116,19 +118,14 @@ void exif_cache::load(const QString& path, const exif_tag_map& tags)
     file_tags[path] = tags;
     exif_tag_map& record = file_data[path];
 
-    // Only the two DateTimeOriginal tags count; a present but empty ExifIFD one still wins
-    // over IFD0 and so leads to the file-system time.
-    QString recording;
-    const auto exif_original = tags.find(QStringLiteral("ExifIFD:DateTimeOriginal"));
-    if (exif_original != tags.end()) {
-        recording = exif_original->second;
-    } else {
-        const auto ifd0_original = tags.find(QStringLiteral("IFD0:DateTimeOriginal"));
-        if (ifd0_original != tags.end()) {
-            recording = ifd0_original->second;
-            record[QStringLiteral("DateTimeOriginalInIFD0")] = true_text;
-        }
-    }
+    // The file's own time, from its first tag that holds a proper date; only a file that dates
+    // itself nowhere gets its file-system time.
+    const recording_tags::source own = recording_tags::recording_time(tags);
+    const QString recording = own.text;
+    if (own.tag == QLatin1String("IFD0:DateTimeOriginal"))
+        record[QStringLiteral("DateTimeOriginalInIFD0")] = true_text;
+    record[QStringLiteral("rec_source")] = own.tag;
+    record[QStringLiteral("file_timezone")] = recording_tags::file_zone(tags);
 
     if (recording.isEmpty())
         store_file_system_time(path, record);
@@ -215,23 +212,17 @@ QDateTime table_data_model::get_dt(const QString& path) const
 
 QDateTime table_data_model::get_offset_dt(const QString& path) const
 {
-    QDateTime time = get_dt(path);
-    if (!time.isValid())
-        return time;
-    // Years, then months (each clamping to the month's last day), then days keep the wall
-    // clock; the seconds steps go through the local daylight saving rules.
-    time = time.addYears(offset_year);
-    time = time.addMonths(offset_month);
-    time = time.addDays(offset_day);
-    time = time.addSecs(qint32(qint64(offset_hour) * 3600)); // wraps like a 32-bit product
-    time = time.addSecs(qint64(offset_minute) * 60);
-    time = time.addSecs(offset_second);
-    return time;
+    return recording_tags::moved(get_dt(path), current_shift());
+}
+
+recording_tags::shift table_data_model::current_shift() const
+{
+    return {offset_year, offset_month, offset_day, offset_hour, offset_minute, offset_second, has_timezone, offset_timezone};
 }
 
 QString table_data_model::get_timezone_string(const QString& path, bool with_offset) const
 {
-    const QString zone = value_of(record_of(path), QStringLiteral("iptc_timezone"));
+    const QString zone = value_of(record_of(path), QStringLiteral("file_timezone"));
     if (!with_offset || !has_timezone)
         return zone;
     return format_utc_offset(float(double(utc_offset_hours(zone)) + offset_timezone));

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "recording_tags.h"
+
 #include <ondo/exiftool.h>
 
 #include <QAbstractTableModel>
@@ -19,19 +21,22 @@ class exif_cache {
 public:
     static std::shared_ptr<exif_cache> instance();
 
-    // Derived record: "rec_year" ... "rec_second", "has_data", "has_iptc_date",
-    // "has_iptc_time", "ipct_timezone", "iptc_timezone", "DateTimeOriginalInIFD0".
+    // Derived record: "rec_year" ... "rec_second", "rec_source" (the tag the time came from,
+    // empty for the file system), "file_timezone" (the zone the file states), "has_data",
+    // "has_iptc_date", "has_iptc_time", "ipct_timezone", "iptc_timezone" (IPTC's own zone),
+    // "DateTimeOriginalInIFD0".
     std::map<QString, exif_tag_map> file_data;
     // The tags as ExifTool returned them, with their groups ("ExifIFD:DateTimeOriginal").
     std::map<QString, exif_tag_map> file_tags;
 
     // Stores `tags` for `path` and derives its record from them; the recording time falls back
-    // to the file's creation time when neither DateTimeOriginal tag holds a text.
+    // to the file's creation time when none of its date tags holds a proper date.
     void load(const QString& path, const exif_tag_map& tags);
 };
 
-// The nine time tags a fix run writes and an undo restores, in that order. For a record with
-// "DateTimeOriginalInIFD0" the first gives way to IFD0:DateTimeOriginal at the end.
+// The nine classic time tags, in that order. For a record with "DateTimeOriginalInIFD0" the
+// first gives way to IFD0:DateTimeOriginal at the end. A fix run works on every time tag the file
+// has (recording_tags::new_values), of which these are a part.
 QStringList time_tags(const exif_tag_map& record);
 
 // "+05:30" from 5.5 hours. Minutes are truncated, not rounded: 5.1 gives "+05:05".
@@ -76,6 +81,8 @@ public:
     QDateTime get_offset_dt(const QString& path) const;
     // The file's own zone text, or with `with_offset` and an entered zone, that zone moved by it.
     QString get_timezone_string(const QString& path, bool with_offset) const;
+    // The offset and zone as entered, for moving the file's tags the way the table moves times.
+    recording_tags::shift current_shift() const;
 
     QList<QString> files;
     Qt::SortOrder sort_order = Qt::AscendingOrder;

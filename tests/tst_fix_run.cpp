@@ -39,6 +39,20 @@ QStringList listing(const QString& path)
     return kept;
 }
 
+// The listing, sorted whole, but for what moves by itself or is derived from others; IPTC
+// times keep their zones.
+QStringList own_lines(const QString& path)
+{
+    static const QRegularExpression derived("^-((System|Composite|ExifTool):|(File:CurrentIPTCDigest|Photoshop:IPTCDigest|"
+                                            "XMP-x:XMPToolkit)=|[^=]*(Offset|Start|MediaDataSize)=)");
+    QStringList lines;
+    for (const QString& line : test_support::run(TAVIMO_EXIFTOOL_SCRIPT, {"-G1", "-a", "-args", path}).split('\n', Qt::SkipEmptyParts))
+        if (!derived.match(line).hasMatch())
+            lines << line;
+    lines.sort();
+    return lines;
+}
+
 // The listing but for what a fix run and its undo may change: the nine time tags, what the file
 // system keeps of its own and the composite dates derived from them.
 QStringList other_tags(const QString& path)
@@ -89,15 +103,18 @@ private slots:
         };
         const char* exif = "ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=#;IFD0:ModifyDate=#";
         const char* iptc = "ExifIFD:DateTimeOriginal=#;IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05+05:30";
+        // Zones go into EXIF's own zone tags too; the file-system times that can't be set here
+        // (the inode change time, and the creation time on Linux) are left alone.
         row("zone entered adds the IPTC pair, undo removes it", exif, "2",
-            "ExifIFD:CreateDate=@;ExifIFD:DateTimeOriginal=@;IFD0:ModifyDate=@;IPTC:DateCreated=@+02:00;"
-            "IPTC:TimeCreated=@+02:00;System:FileInodeChangeDate=@+02:00;System:FileModifyDate=@+02:00",
-            "ExifIFD:CreateDate=#;ExifIFD:DateTimeOriginal=#;IFD0:ModifyDate=#;IPTC:DateCreated=;IPTC:TimeCreated=");
+            "ExifIFD:CreateDate=@;ExifIFD:DateTimeOriginal=@;ExifIFD:OffsetTime=+02:00;ExifIFD:OffsetTimeDigitized=+02:00;"
+            "ExifIFD:OffsetTimeOriginal=+02:00;IFD0:ModifyDate=@;IPTC:DateCreated=@+02:00;IPTC:TimeCreated=@+02:00;"
+            "System:FileModifyDate=@+02:00",
+            "ExifIFD:CreateDate=#;ExifIFD:DateTimeOriginal=#;ExifIFD:OffsetTime=;ExifIFD:OffsetTimeDigitized=;"
+            "ExifIFD:OffsetTimeOriginal=;IFD0:ModifyDate=#;IPTC:DateCreated=;IPTC:TimeCreated=");
         row("file zone kept", iptc, "",
-            "ExifIFD:DateTimeOriginal=@;IPTC:DateCreated=@+05:30;IPTC:TimeCreated=@+05:30;"
-            "System:FileInodeChangeDate=@+05:30;System:FileModifyDate=@+05:30", "");
+            "ExifIFD:DateTimeOriginal=@;IPTC:DateCreated=@+05:30;IPTC:TimeCreated=@+05:30;System:FileModifyDate=@+05:30", "");
         row("a copy in IFD0 is written along", "ExifIFD:DateTimeOriginal=#;IFD0:DateTimeOriginal=#", "",
-            "ExifIFD:DateTimeOriginal=@;IFD0:DateTimeOriginal=@;System:FileInodeChangeDate=@;System:FileModifyDate=@",
+            "ExifIFD:DateTimeOriginal=@;IFD0:DateTimeOriginal=@;System:FileModifyDate=@",
             "ExifIFD:DateTimeOriginal=#;IFD0:DateTimeOriginal=#");
     }
 
@@ -111,6 +128,7 @@ private slots:
         load_and_type({path}, "lineedit_hour", "1", zone);
         auto writes = press(fix_tip);
         QCOMPARE(writes, QList<QStringList>{lines(fix)});
+        QCOMPARE(last_log.filter("isn't writable"), QStringList());
         QCOMPARE(rows(), 0);
         QVERIFY(button(undo_tip)->isEnabled());
         if (undo.isEmpty())
@@ -119,14 +137,15 @@ private slots:
         // The table is empty after the run: undo works from what it kept alone.
         writes = press(undo_tip);
         QCOMPARE(writes.size(), 1);
-        QStringList sent = writes.first().filter(QRegularExpression("^-(?!System:File(Modify|InodeChange)Date)"));
+        QStringList sent = writes.first().filter(QRegularExpression("^-(?!System:FileModifyDate)"));
         sent.sort();
         QCOMPARE(sent, lines(undo));
+        QCOMPARE(last_log.filter("isn't writable"), QStringList());
         QVERIFY(!button(undo_tip)->isEnabled());
         const exif_tag_map now = test_support::read_back(path);
         for (const auto& [tag, value] : test_support::tag_map(expand(tags)))
             QCOMPARE(now.at(tag), value);
-        QVERIFY(!now.count("IPTC:DateCreated") && !now.count("IPTC:TimeCreated"));
+        QVERIFY(!now.count("IPTC:DateCreated") && !now.count("IPTC:TimeCreated") && !now.count("ExifIFD:OffsetTime"));
     }
 
     // Files are "name|tags", shifted back a second; `question` is the start of the one text expected.
@@ -138,11 +157,13 @@ private slots:
         QTest::addColumn<QString>("question");
         const QString dto = "ExifIFD:DateTimeOriginal=";
         QTest::newRow("empty table asks nothing") << QStringList() << "" << "" << "";
+        QTest::newRow("CR3 with EXIF takes a zone without asking") << QStringList{"Y.cr3|" + dto + "#"} << "0" << "" << "";
         QTest::newRow("CR3 with a zone, aborted") << QStringList{"X.CR3|", "b.jpg|" + dto + "#"} << "0" << "Abort"
                                                   << "Trying to alter/set timezone of 1 CR3 images.";
         QTest::newRow("zoneless IPTC counted, aborted")
             << QStringList{"a.jpg|" + dto + "#;IPTC:TimeCreated=18:30:05+02:00", "b.jpg|" + dto + "#;IPTC:TimeCreated=18:30:05",
-                   "c.jpg|" + dto + "#;IPTC:DateCreated=2017:06:21", "d.jpg|" + dto + "#"}
+                   "c.jpg|" + dto + "#;IPTC:DateCreated=2017:06:21", "d.jpg|" + dto + "#",
+                   "e.jpg|" + dto + "#;IPTC:TimeCreated=18:30:05;ExifIFD:OffsetTimeOriginal=+02:00"}
             << "" << "Abort" << "2 files do not have any timezone information set";
         QTest::newRow("a second before 1972, continued") << QStringList{"a.jpg|" + dto + "1972:01:01 00:00:00"} << ""
                                                          << "Continue" << "1 files would be assigned";
@@ -221,6 +242,107 @@ private slots:
         // A stored zone doesn't convert to a number: the old clock reading comes back at UTC.
         if (tags.contains("IPTC:TimeCreated=18:30:05+02:00"))
             QCOMPARE(test_support::read_back(path).at("IPTC:TimeCreated"), QString("18:30:05+00:00"));
+    }
+
+    // Files that date themselves elsewhere than in EXIF's DateTimeOriginal. Each shows its own
+    // time and zone; a fix of an hour (with the zone typed, if any) changes exactly the tags of
+    // `moved`, each from its own value, and adds nothing else; the undo gives the listing back.
+    // A ".mov" or ".m4a" is made by hand at 2005:08:11 14:03:54 UTC, a ".heic" by heif-enc, and
+    // then each gets `tags`.
+    void own_times_move_and_come_back_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("tags");
+        QTest::addColumn<QString>("zone");
+        QTest::addColumn<QString>("shown");
+        QTest::addColumn<QString>("moved");
+        const QString phone = "ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=#;IFD0:ModifyDate=2017:06:22 09:00:00;"
+                              "ExifIFD:OffsetTimeOriginal=+02:00;ExifIFD:SubSecTimeOriginal=12;XMP-exif:DateTimeOriginal=#;"
+                              "XMP-xmp:CreateDate=2017:06:21 18:30:05.12+02:00;XMP-xmp:MetadataDate=2017:06:23 10:00:00+02:00;"
+                              "GPS:GPSDateStamp=2017:06:21;GPS:GPSTimeStamp=16:30:05";
+        const QString phone_moved = "ExifIFD:DateTimeOriginal=@;ExifIFD:CreateDate=@;IFD0:ModifyDate=2017:06:22 10:00:00;"
+                                    "XMP-exif:DateTimeOriginal=@;";
+        const QString movie_moved = "QuickTime:CreateDate=2005:08:11 15:03:54;QuickTime:ModifyDate=2005:08:11 15:03:54;"
+                                    "Track1:TrackCreateDate=2005:08:11 15:03:54;Track1:TrackModifyDate=2005:08:11 15:03:54;"
+                                    "Track1:MediaCreateDate=2005:08:11 15:03:54;Track1:MediaModifyDate=2005:08:11 15:03:54";
+        QTest::newRow("phone photo") << "a.jpg" << phone << "" << "# +02:00"
+                                     << phone_moved + "XMP-xmp:CreateDate=2017:06:21 19:30:05.12+02:00";
+        QTest::newRow("phone photo, a zone") << "a.jpg" << phone << "1" << "# +02:00"
+            << phone_moved + "XMP-xmp:CreateDate=2017:06:21 19:30:05.12+03:00;ExifIFD:OffsetTimeOriginal=+03:00;"
+                             "ExifIFD:OffsetTime=+03:00;ExifIFD:OffsetTimeDigitized=+03:00;IPTC:DateCreated=2017:06:21;"
+                             "IPTC:TimeCreated=19:30:05+03:00;IPTC:ApplicationRecordVersion=4";
+        QTest::newRow("phone HEIC, a zone")
+            << "i.heic" << "ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=#;IFD0:ModifyDate=#;ExifIFD:OffsetTimeOriginal=+02:00;"
+                           "ExifIFD:OffsetTime=+02:00;XMP-xmp:CreateDate=#+02:00;XMP-xmp:ModifyDate=#+02:00;XMP-photoshop:DateCreated=#+02:00"
+            << "1" << "# +02:00"
+            << "ExifIFD:DateTimeOriginal=@;ExifIFD:CreateDate=@;IFD0:ModifyDate=@;ExifIFD:OffsetTimeOriginal=+03:00;"
+               "ExifIFD:OffsetTime=+03:00;ExifIFD:OffsetTimeDigitized=+03:00;XMP-xmp:CreateDate=@+03:00;XMP-xmp:ModifyDate=@+03:00;"
+               "XMP-photoshop:DateCreated=@+03:00";
+        // A raw photo keeps its zone in EXIF; its movie dates are read and written on the machine's clock.
+        QTest::newRow("CR3, a zone") << "r.cr3" << "ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=#;IFD0:ModifyDate=#" << "1" << "#"
+            << "ExifIFD:DateTimeOriginal=@;ExifIFD:CreateDate=@;IFD0:ModifyDate=@;ExifIFD:OffsetTimeOriginal=+01:00;"
+               "ExifIFD:OffsetTime=+01:00;ExifIFD:OffsetTimeDigitized=+01:00;QuickTime:CreateDate=2005:08:11 18:03:54+02:00;"
+               "QuickTime:ModifyDate=2005:08:11 18:03:54+02:00;Track1:TrackCreateDate=2005:08:11 18:03:54+02:00;"
+               "Track1:TrackModifyDate=2005:08:11 18:03:54+02:00;Track1:MediaCreateDate=2005:08:11 18:03:54+02:00;"
+               "Track1:MediaModifyDate=2005:08:11 18:03:54+02:00";
+        QTest::newRow("IPTC alone") << "b.jpg" << "IPTC:DateCreated=2004:02:26;IPTC:TimeCreated=23:30:00+01:00" << ""
+                                    << "2004:02:26 23:30:00 +01:00" << "IPTC:DateCreated=2004:02:27;IPTC:TimeCreated=00:30:00+01:00";
+        QTest::newRow("XMP alone") << "c.png" << "XMP-xmp:CreateDate=2020:05:06 07:08:09" << "" << "2020:05:06 07:08:09"
+                                   << "XMP-xmp:CreateDate=2020:05:06 08:08:09";
+        QTest::newRow("movie") << "m.mov" << "" << "" << "2005:08:11 16:03:54" << movie_moved;
+        // Zone and hour cancel out in UTC.
+        QTest::newRow("movie with a zoned date, a zone") << "m.mov" << "Keys:CreationDate=2005:08:11 16:03:54+02:00" << "1"
+                                                         << "2005:08:11 16:03:54 +02:00" << "Keys:CreationDate=2005:08:11 17:03:54+03:00";
+        QTest::newRow("sound, a zone") << "s.m4a" << "" << "2" << "2005:08:11 16:03:54" << movie_moved;
+    }
+
+    void own_times_move_and_come_back()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, tags);
+        QFETCH(QString, zone);
+        QFETCH(QString, shown);
+        QFETCH(QString, moved);
+        QString path;
+        if (name.endsWith(".jpg") || name.endsWith(".png")) {
+            path = test_support::make_tagged_photo(dir->path(), name, test_support::tag_map(expand(tags)));
+        } else if (name.endsWith(".heic")) {
+            const QString encoder = QStandardPaths::findExecutable("heif-enc");
+            if (encoder.isEmpty())
+                QSKIP("heif-enc (libheif-examples) is not installed");
+            test_support::run(encoder, {"-q", "50", test_support::make_tagged_photo(dir->path(), "h.png"), "-o", dir->filePath(name)});
+            path = tagged(dir->filePath(name), tags);
+        } else {
+            path = raw_photo(name, tags);
+        }
+        QVERIFY(!path.isEmpty());
+        // Sorted whole: ExifTool may store a HEIC's image properties in another order.
+        auto sorted_listing = [&path] {
+            QStringList lines = listing(path);
+            lines.sort();
+            return lines;
+        };
+        const QStringList before = sorted_listing();
+        const QStringList own_before = own_lines(path);
+
+        load_and_type({path}, "lineedit_hour", "1", zone);
+        const QAbstractItemModel* model = window->findChild<QTableView*>()->model();
+        const QString time = model->data(model->index(0, 1), Qt::UserRole).toDateTime().toString("yyyy:MM:dd hh:mm:ss");
+        const QString file_zone = model->data(model->index(0, 1)).toString().section("  UTC", 1);
+        QCOMPARE(file_zone.isEmpty() ? time : time + " " + file_zone, expand(shown));
+
+        QCOMPARE(press(fix_tip).size(), 1);
+        QStringList expected = own_before;
+        for (const auto& [tag, value] : test_support::tag_map(expand(moved))) {
+            expected = expected.filter(QRegularExpression("^-(?!" + QRegularExpression::escape(tag) + "=)"));
+            expected << "-" + tag + "=" + value;
+        }
+        expected.sort();
+        QCOMPARE(own_lines(path), expected);
+        QCOMPARE(last_log.filter("isn't writable"), QStringList());
+
+        press(undo_tip);
+        QCOMPARE(sorted_listing(), before);
     }
 
     // Crafted names and one file that vanishes after the load beside a good photo, in a folder
@@ -349,8 +471,8 @@ private slots:
 private:
     QString photo(const QString& name, const QString& tags)
     {
-        if (name.endsWith(".cr3", Qt::CaseInsensitive)) // a JPEG under a raw camera name: only the name matters
-            return QFile::rename(photo(name + ".jpg", tags), dir->filePath(name)) ? dir->filePath(name) : QString();
+        if (name.endsWith(".cr3", Qt::CaseInsensitive))
+            return raw_photo(name, tags);
         // ExifTool always writes IPTC:TimeCreated with a zone; a zoneless one has it cut from its bytes.
         const QRegularExpressionMatch zoneless = QRegularExpression("IPTC:TimeCreated=([0-9:]+)(;|$)").match(tags);
         exif_tag_map map = test_support::tag_map(expand(tags));
@@ -364,6 +486,23 @@ private:
             file.seek(0);
             file.write(bytes);
         }
+        return path;
+    }
+    // A hand-made movie or raw photo whose movie dates are 2005:08:11 14:03:54 UTC, tagged.
+    QString raw_photo(const QString& name, const QString& tags)
+    {
+        const QByteArray brand = name.endsWith(".cr3", Qt::CaseInsensitive) ? "crx " : name.endsWith(".m4a") ? "M4A " : "qt  ";
+        return tagged(test_support::make_movie(dir->path(), name, brand, QDateTime(QDate(2005, 8, 11), QTime(14, 3, 54), Qt::UTC)),
+                      tags);
+    }
+    // `path` with `tags` written into it by ExifTool; empty if that fails.
+    QString tagged(const QString& path, const QString& tags)
+    {
+        QStringList arguments = {"-overwrite_original", "-m"};
+        for (const auto& [tag, value] : test_support::tag_map(expand(tags)))
+            arguments << QString("-%1=%2").arg(tag, value);
+        if (!tags.isEmpty() && !test_support::run(TAVIMO_EXIFTOOL_SCRIPT, arguments << path).contains("1 image files updated"))
+            return QString();
         return path;
     }
     QStringList six_photos()
@@ -389,6 +528,7 @@ private:
         test_support::log_capture log;
         button(tool_tip)->click();
         ondo::exiftool::verbose(false);
+        last_log = log.lines();
 
         QList<QStringList> writes;
         for (const QString& line : log.lines().filter("Writing '").filter("-overwrite_original_in_place")) {
@@ -398,6 +538,7 @@ private:
         return writes;
     }
     int rows() const { return exif_cache::instance()->file_tags.size(); }
+    QStringList last_log; // everything the bridge logged during the last press
 };
 
 int main(int argc, char** argv)

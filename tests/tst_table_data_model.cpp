@@ -75,8 +75,12 @@ private slots:
         row("+05:30 with 1.5", "", dto + "IPTC:TimeCreated=18:30:05+05:30", "1.5", {}, "@  UTC+05:30", "@  UTC+07:00");
         row("invalid time shows no zone", "", "ExifIFD:DateTimeOriginal=0000:00:00 00:00:00;IPTC:TimeCreated=18:30:05+02:00", "1",
             {}, "-", "-");
-        row("other time tags never count", "", "ExifIFD:CreateDate=2010:10:10 10:10:10;IPTC:DateCreated=2011:11:11;"
+        row("DateTimeOriginal before the other dates", "", "ExifIFD:CreateDate=2010:10:10 10:10:10;IPTC:DateCreated=2011:11:11;"
             "XMP-photoshop:DateCreated=2012:12:12 12:12:12;IFD0:DateTimeOriginal=2017:06:21 18:30:05", "", {}, "@", "@");
+        row("zeros give way, zone of a date", "", "ExifIFD:DateTimeOriginal=0000:00:00 00:00:00;"
+            "XMP-xmp:CreateDate=2017:06:21 18:30:05.25-03:30", "", {}, "@  UTC-03:30", "@  UTC-03:30");
+        row("zone from EXIF, 1 entered", "", dto + "ExifIFD:OffsetTimeOriginal=+02:00", "1", {0, 0, 0, 1}, "@  UTC+02:00",
+            "2017-06-21 19:30:05  UTC+03:00");
         row("ExifIFD and IFD0: the ExifIFD one counts", "both.jpg", dto + old, "", {}, "@", "@");
         row("only IFD0", "ifd0.jpg", old, "", {}, "2001-01-01 01:01:01", "2001-01-01 01:01:01");
         row("IPTC time with zone", "iptc.jpg", dto + "IPTC:TimeCreated=18:30:05-05:00", "", {}, "@  UTC-05:00", "@  UTC-05:00", "-05:00");

@@ -11,7 +11,9 @@
 #include <QDropEvent>
 #include <QMimeData>
 #include <QUrl>
+#include <QDateTime>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QImage>
 #include <QLoggingCategory>
 #include <QMessageBox>
@@ -86,6 +88,40 @@ void append_png_text(const QString& path, const QByteArray& keyword, const QByte
     png.insert(end, be32(quint32(body.size() - 4)) + body + be32(crc));
     file.seek(0);
     file.write(png);
+}
+
+QString make_movie(const QString& dir, const QString& name, const QByteArray& brand, const QDateTime& utc)
+{
+    auto be32 = [](quint32 v) {
+        const char bytes[4] = {char(v >> 24), char(v >> 16), char(v >> 8), char(v)};
+        return QByteArray(bytes, 4);
+    };
+    auto atom = [&](const char* type, const QByteArray& body) { return be32(quint32(body.size() + 8)) + type + body; };
+    // QuickTime counts seconds from 1904, in UTC.
+    const quint32 when = quint32(QDateTime(QDate(1904, 1, 1), QTime(0, 0), Qt::UTC).secsTo(utc));
+    const QByteArray matrix = be32(0x10000) + be32(0) + be32(0) + be32(0) + be32(0x10000) + be32(0) + be32(0) + be32(0)
+        + be32(0x40000000);
+    const QByteArray dates = be32(when) + be32(when);
+    const QByteArray mvhd = atom("mvhd", be32(0) + dates + be32(600) + be32(0) + be32(0x10000) + QByteArray("\x01\x00", 2)
+        + QByteArray(10, '\0') + matrix + QByteArray(24, '\0') + be32(2));
+    const QByteArray tkhd = atom("tkhd", be32(0xf) + dates + be32(1) + be32(0) + be32(0) + QByteArray(16, '\0') + matrix
+        + be32(0) + be32(0));
+    const QByteArray mdhd = atom("mdhd", be32(0) + dates + be32(600) + be32(0) + be32(0));
+    const QByteArray hdlr = atom("hdlr", be32(0) + "mhlrsoun" + QByteArray(13, '\0'));
+    QByteArray canon;
+    if (brand == "crx ") { // a raw photo of the same build, with empty EXIF directories to write into
+        const QByteArray tiff("II*\0\x08\0\0\0\0\0\0\0\0\0", 14);
+        canon = atom("uuid", QByteArray::fromHex("85c0b687820f11e08111f4ce462b6a48")
+            + atom("CNCV", "CanonCR3_001/00.10.00/00.00.00") + atom("CMT1", tiff) + atom("CMT2", tiff));
+    }
+    const QByteArray moov = atom("moov", canon + mvhd + atom("trak", tkhd + atom("mdia", mdhd + hdlr)));
+    const QByteArray bytes = atom("ftyp", brand + be32(0) + brand) + moov + atom("mdat", {});
+
+    const QString path = QDir(dir).absoluteFilePath(name);
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        qFatal("cannot write %s", qPrintable(path));
+    return path;
 }
 
 exif_tag_map read_back(const QString& path)

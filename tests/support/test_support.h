@@ -8,6 +8,7 @@
 #include <functional>
 
 class MainWindow;
+class QDateTime;
 class QDialog;
 class QPushButton;
 class QUrl;
@@ -26,6 +27,11 @@ QString make_tagged_photo(const QString& dir, const QString& name, const exif_ta
 
 // Appends a tEXt chunk behind the image data of the PNG at `path`, as some editors leave it.
 void append_png_text(const QString& path, const QByteArray& keyword, const QByteArray& text);
+
+// A QuickTime file of a few hundred bytes, as `dir`/`name`: its movie, its one sound track and
+// that track's media all created and modified at `utc`. `brand` is the file type ("qt  ", "M4A ");
+// "crx " makes a raw photo of the same build, with empty EXIF directories.
+QString make_movie(const QString& dir, const QString& name, const QByteArray& brand, const QDateTime& utc);
 
 // Every tag of `path`, keyed with its group.
 exif_tag_map read_back(const QString& path);

@@ -1,0 +1,86 @@
+#pragma once
+
+#include <ondo/exiftool.h>
+
+#include <QDate>
+#include <QDateTime>
+#include <QList>
+#include <QString>
+#include <QTime>
+
+#include <optional>
+
+// One tag's value before the last fix run: what an undo writes back. An empty value removes a
+// tag that the run added.
+struct undo_entry {
+    QString tag;
+    bool existed = false;
+    QString value;
+};
+
+// The recording-time tags of one file, as read with groups and duplicates ("-G1 -a"): where the
+// file's own recording time and zone come from, and what a shift makes of each of its time
+// tags. Tag values are untrusted: one that doesn't read as a proper date is never a source and
+// is never written.
+namespace recording_tags {
+
+// A date and, if the text has one, a time, as a tag holds it; kept so that a moved value keeps
+// the form it had.
+struct stamp {
+    QDate date;
+    QTime time; // midnight when the text has none
+    bool has_time = false;
+    bool has_seconds = false;
+    QString fraction; // ".12" as written; a shift by whole seconds leaves it alone
+    bool has_zone = false;
+    bool zulu = false; // the zone was written as "Z"
+    int zone_seconds = 0; // east of UTC
+};
+
+// ExifTool's "2017:06:21 18:30:05.12+02:00" and its shorter forms down to the bare date;
+// nothing for any other text, for dates of zeros and for impossible dates or zones.
+std::optional<stamp> parse(const QString& text);
+// The text of `value` in the form it was parsed from.
+QString to_text(const stamp& value);
+
+// An offset as the table applies it, and the zone typed beside it, if any.
+struct shift {
+    int years = 0, months = 0, days = 0, hours = 0, minutes = 0, seconds = 0;
+    bool has_zone = false;
+    double zone = 0.0;
+};
+
+// `time` moved by the offset: years, months (each clamping to the month's last day), days,
+// then hours, minutes and seconds; the last three go through the daylight saving rules of a
+// local time. Invalid stays invalid.
+QDateTime moved(const QDateTime& time, const shift& offset);
+
+struct source {
+    QString tag;  // the tag the time came from; empty when the file holds none
+    QString text; // wall-clock "yyyy:MM:dd hh:mm:ss" (or the bare date) in the file's zone
+};
+
+// The file's own recording time: the first of its date tags, in a fixed order of preference,
+// that holds a proper date. A QuickTime creation date is UTC and is given on the file's own
+// zone, or on the machine's zone for that date when the file states none.
+source recording_time(const exif_tag_map& tags);
+
+// The zone the file states for its recording time, as "+02:00"; empty when it states none.
+QString file_zone(const exif_tag_map& tags);
+
+// Every recording-time tag of the file, with the text a fix writes into it: each moved from its
+// own value by `offset`, in its own form; with an entered zone every zone label becomes the
+// file's zone plus the entered one, and the UTC dates follow. `old_time` and `new_time` are the
+// recording time before and after, as the table shows them. Also holds the tags the run adds:
+// the IPTC pair and the EXIF zone tags when a zone is entered.
+exif_tag_map new_values(const exif_tag_map& tags, const QDateTime& old_time, const QDateTime& new_time,
+                        const shift& offset);
+
+// What an undo of `values` writes back: each tag's old text, or an empty text (a deletion) for
+// a tag the file didn't have. `record` is the file's derived record, for the IPTC time.
+QList<undo_entry> undo_entries(const exif_tag_map& tags, const exif_tag_map& record, const exif_tag_map& values);
+
+// Whether an entered zone can be written into the file's EXIF (it has an EXIF directory).
+bool holds_exif_zone(const exif_tag_map& tags);
+
+} // namespace recording_tags
