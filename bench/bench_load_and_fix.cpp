@@ -1,0 +1,137 @@
+// Loading and fixing N camera-like JPEGs (default 800, or the first argument) through the window,
+// against the floor that ExifTool itself sets on this machine: one ExifTool batch process per
+// core, all started together, each reading (or writing) its share of a copy of the same files.
+// Prints milliseconds per file, the ratios and the peak memory of this process.
+
+#include <mainwindow.h>
+#include <table_data_model.h>
+
+#include <ondo/application.h>
+#include <ondo/exiftool.h>
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QImage>
+#include <QProcess>
+#include <QPushButton>
+#include <QTableView>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include <cstdio>
+#include <memory>
+#include <vector>
+
+namespace {
+
+const QString recorded = "2017:06:21 18:30:05";
+const QString shifted = "2017:06:21 19:30:05";
+
+QProcess* start_exiftool(const QStringList& arguments)
+{
+    auto* process = new QProcess;
+    process->setStandardOutputFile(QProcess::nullDevice());
+    process->start("perl", QStringList{TAVIMO_EXIFTOOL_SCRIPT} + arguments);
+    return process;
+}
+
+// Runs one ExifTool per core over its share of `paths`, all at once; returns milliseconds.
+double floor_ms(const QStringList& options, const QStringList& paths, int cores)
+{
+    QElapsedTimer clock;
+    clock.start();
+    std::vector<std::unique_ptr<QProcess>> processes;
+    for (int core = 0; core < cores; ++core) {
+        QStringList share;
+        for (int i = core; i < paths.size(); i += cores)
+            share << paths[i];
+        processes.emplace_back(start_exiftool(options + share));
+    }
+    for (auto& process : processes)
+        process->waitForFinished(-1);
+    return clock.nsecsElapsed() / 1e6;
+}
+
+// `count` small JPEGs with the EXIF time tags a camera writes and a few others, in `dir`.
+QStringList make_photos(const QString& dir, int count)
+{
+    QImage image(160, 120, QImage::Format_RGB32);
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            image.setPixel(x, y, qRgb(x, y, (x * y) & 255));
+    QStringList paths;
+    for (int i = 0; i < count; ++i) {
+        paths << QDir(dir).filePath(QString("IMG_%1.jpg").arg(i, 4, 10, QLatin1Char('0')));
+        image.save(paths.last(), "JPG", 85);
+    }
+    start_exiftool({"-q", "-overwrite_original", "-ExifIFD:DateTimeOriginal=" + recorded, "-ExifIFD:CreateDate=" + recorded,
+                    "-IFD0:ModifyDate=" + recorded, "-IFD0:Make=Velmora", "-IFD0:Model=Bench 1", "-ExifIFD:ISO=200",
+                    "-ExifIFD:ExposureTime=1/250", "-ExifIFD:FNumber=5.6", dir})
+        ->waitForFinished(-1);
+    return paths;
+}
+
+long peak_memory_kb()
+{
+    QFile status("/proc/self/status");
+    status.open(QIODevice::ReadOnly);
+    for (const QByteArray& line : status.readAll().split('\n'))
+        if (line.startsWith("VmHWM:"))
+            return line.mid(6).trimmed().split(' ').first().toLong();
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    ondo::application<MainWindow> app(argc, argv);
+    const int count = argc > 1 ? QString(argv[1]).toInt() : 800;
+    const int cores = QThread::idealThreadCount();
+
+    QTemporaryDir run_dir;
+    QTemporaryDir floor_dir;
+    const QStringList paths = make_photos(run_dir.path(), count);
+    const QStringList floor_paths = make_photos(floor_dir.path(), count);
+
+    auto* window = new MainWindow();
+    app.main_window = window;
+    window->show();
+    // The children start with the first read; a warm-up read keeps their start out of the figures.
+    ondo::exiftool::read_tags(paths.first(), true, false);
+
+    QElapsedTimer clock;
+    clock.start();
+    window->load_files(paths);
+    const double load_ms = clock.nsecsElapsed() / 1e6;
+
+    auto* model = static_cast<table_data_model*>(window->findChild<QTableView*>("tableView")->model());
+    model->datetime_offset_changed(0, 0, 0, 1, 0, 0, false, 0.0);
+    QPushButton* fix = nullptr;
+    for (QPushButton* button : window->findChildren<QPushButton*>())
+        if (button->toolTip() == "Apply changes to the timestamps of the images")
+            fix = button;
+    clock.restart();
+    fix->click();
+    const double fix_ms = clock.nsecsElapsed() / 1e6;
+
+    // The same options the bridge reads with, and the same lines a fix run sends for such a file.
+    const double load_floor = floor_ms({"-charset", "filename=utf8", "-args", "-sort", "-G1", "-a", "-fast"},
+                                       floor_paths, cores);
+    const double fix_floor = floor_ms({"-q", "-overwrite_original_in_place", "-m", "-ExifIFD:CreateDate=" + shifted,
+                                       "-ExifIFD:DateTimeOriginal=" + shifted, "-IFD0:ModifyDate=" + shifted,
+                                       "-System:FileModifyDate=" + shifted},
+                                      floor_paths, cores);
+
+    std::printf("files: %d, cores: %d\n", count, cores);
+    std::printf("load through the window:   %8.2f ms per file, floor %6.2f, ratio %5.2f (goal: at most 1.2)\n",
+                load_ms / count, load_floor / count, load_ms / load_floor);
+    std::printf("fix +1 h through the window: %6.2f ms per file, floor %6.2f, ratio %5.2f (goal: at most 1.3)\n",
+                fix_ms / count, fix_floor / count, fix_ms / fix_floor);
+    std::printf("peak memory of the program: %ld MB\n", peak_memory_kb() / 1024);
+
+    delete window;
+    ondo::exiftool::shutdown(false);
+    return 0;
+}
