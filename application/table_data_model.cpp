@@ -1,5 +1,7 @@
 #include "table_data_model.h"
 
+#include "file_identity.h"
+
 #include <ondo/style.h>
 
 #include <QFileInfo>
@@ -363,7 +365,10 @@ void table_data_model::add_file(const QString& path, bool notify)
     if (notify)
         endInsertRows();
 
+    // Taken before the read, so that the tags shown and the file later written are one.
+    const file_identity identity = file_identity::of(path);
     exif_cache::instance()->load(path, ondo::exiftool::read_tags(path, true, false));
+    identity.store(exif_cache::instance()->file_data[path]);
 
     // The row was shown before its tags came; let the view pick up its times.
     if (notify && row < files.size() && files.at(row) == path)

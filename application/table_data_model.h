@@ -20,7 +20,8 @@ public:
     static std::shared_ptr<exif_cache> instance();
 
     // Derived record: "rec_year" ... "rec_second", "has_data", "has_iptc_date",
-    // "has_iptc_time", "ipct_timezone", "iptc_timezone", "DateTimeOriginalInIFD0".
+    // "has_iptc_time", "ipct_timezone", "iptc_timezone", "DateTimeOriginalInIFD0"; and from
+    // add_file the file's identity at load ("file_device", "file_inode", "file_type", "file_link").
     std::map<QString, exif_tag_map> file_data;
     // The tags as ExifTool returned them, with their groups ("ExifIFD:DateTimeOriginal").
     std::map<QString, exif_tag_map> file_tags;

@@ -1,0 +1,107 @@
+// The fix run's undo information on disk: checks before each write, and the question at start-up
+// about a run that a crash left unfinished. Texts stand in the context of undo_journal.
+#include "mainwindow.h"
+
+#include "file_identity.h"
+#include "table_data_model.h"
+#include "undo_journal.h"
+#include "ui_mainwindow.h"
+
+#include <ondo/message_box.h>
+
+#include <QTimer>
+
+namespace {
+
+QString changed_since_loaded(const QString& path)
+{
+    return undo_journal::tr("%1 (changed since it was loaded)").arg(path);
+}
+
+} // namespace
+
+void MainWindow::setup_undo_journal()
+{
+    journal = new undo_journal(undo_journal::default_folder(), this);
+    // Once the window is up, so that the question stands over it.
+    QTimer::singleShot(0, this, &MainWindow::offer_unfinished_runs);
+}
+
+bool MainWindow::journal_before_write(const QString& path, const QList<undo_entry>& undo, QStringList& failed_files)
+{
+    const file_identity loaded = file_identity::from_record(exif_cache::instance()->file_data[path]);
+    if (!loaded.same_file(file_identity::of(path))) {
+        failed_files << changed_since_loaded(path);
+        return false;
+    }
+    if (!journal->add(path, loaded, undo)) {
+        failed_files << undo_journal::tr("%1 (its undo information could not be saved)").arg(path);
+        return false;
+    }
+    return true;
+}
+
+bool MainWindow::same_file_as_loaded(const QString& path, QStringList& failed_files)
+{
+    if (journal->loaded_identity(path).same_file(file_identity::of(path)))
+        return true;
+    failed_files << changed_since_loaded(path);
+    return false;
+}
+
+void MainWindow::end_journal_run()
+{
+    // A run that ends because the program is closing leaves its undo on disk: the user has not
+    // seen its end, and the undo in memory goes with the program.
+    if (!delete_after_run)
+        journal->end_run();
+}
+
+void MainWindow::show_undo_failures(const QStringList& failed_files)
+{
+    if (failed_files.isEmpty())
+        return;
+    ondo::message_box::warning(ui->centralWidget, undo_journal::tr("Undo"),
+        undo_journal::tr("The following %n file(s) could not be restored:", nullptr, failed_files.size()) + "\n"
+            + failed_files.join(QLatin1Char('\n')));
+}
+
+void MainWindow::offer_unfinished_runs()
+{
+    const QString title = undo_journal::tr("Unfinished fix run");
+    for (const undo_journal::unfinished_run& run : journal->unfinished_runs()) {
+        const int photos = run.listing.size() - (run.readable ? 0 : 1);
+        if (run.readable && run.changed.isEmpty()) {
+            const auto answer = ondo::message_box::question(this, title,
+                undo_journal::tr("Tavimo ended during a fix run that had changed %n photo(s).\n\n"
+                                 "Undo gives them their earlier times back; Keep leaves them as they are.",
+                    nullptr, photos),
+                undo_journal::tr("Undo"), undo_journal::tr("Keep"), QMessageBox::NoButton);
+            if (answer == QMessageBox::Yes) {
+                undo_info = journal->adopt(run);
+                on_button_undo_clicked();
+            } else if (answer == QMessageBox::No) {
+                journal->discard(run);
+            }
+            // A closed box decides nothing: the next start asks again.
+            continue;
+        }
+
+        const QString text = run.readable
+            ? undo_journal::tr("Tavimo ended during a fix run that had changed %n photo(s). Some of them have "
+                               "changed since, so its undo information can't be applied safely.\n\n"
+                               "Keep leaves all photos as they are.",
+                  nullptr, photos)
+            : undo_journal::tr("Tavimo ended during a fix run, and the undo information it left can't be read, "
+                               "so it can't be applied safely.\n\nKeep leaves all photos as they are.");
+        for (;;) {
+            const auto answer = ondo::message_box::question(this, title, text, undo_journal::tr("Keep"),
+                undo_journal::tr("Show list"), QMessageBox::NoButton);
+            if (answer == QMessageBox::Yes)
+                journal->discard(run);
+            if (answer != QMessageBox::No)
+                break;
+            ondo::message_box::information(this, title, run.listing.join(QLatin1Char('\n')));
+        }
+    }
+}
