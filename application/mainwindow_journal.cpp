@@ -101,7 +101,12 @@ void MainWindow::offer_unfinished_runs()
                 journal->discard(run);
             if (answer != QMessageBox::No)
                 break;
-            ondo::message_box::information(this, title, run.listing.join(QLatin1Char('\n')));
+            // A box taller than the screen would hide its button: a long list ends in a count.
+            constexpr int shown_lines = 25;
+            QStringList lines = run.listing.mid(0, shown_lines);
+            if (run.listing.size() > shown_lines)
+                lines << undo_journal::tr("… and %n more", nullptr, run.listing.size() - shown_lines);
+            ondo::message_box::information(this, title, lines.join(QLatin1Char('\n')));
         }
     }
 }

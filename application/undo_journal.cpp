@@ -299,6 +299,7 @@ QList<undo_journal::unfinished_run> undo_journal::unfinished_runs()
             discard(run);
             continue;
         }
+        QStringList as_left;
         for (const QString& path : order) {
             const journal_photo& photo = photos[path];
             const file_identity now = file_identity::of(path);
@@ -308,8 +309,12 @@ QList<undo_journal::unfinished_run> undo_journal::unfinished_runs()
                 run.changed << path;
             run.undo.insert(path, photo.undo);
             run.loaded.insert(path, photo.loaded);
-            run.listing << (same ? tr("%1: as the run left it") : tr("%1: changed since the run")).arg(path);
+            if (same)
+                as_left << tr("%1: as the run left it").arg(path);
+            else
+                run.listing << tr("%1: changed since the run").arg(path);
         }
+        run.listing << as_left;
         if (!run.readable) {
             run.listing.prepend(tr("Undo information that can't be read: %1").arg(run.file));
             run.undo.clear();

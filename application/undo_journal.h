@@ -56,7 +56,7 @@ public:
         QMap<QString, file_identity> loaded;
         // Photos that are no longer what the run left; a run with any is not applied.
         QStringList changed;
-        // One line per photo, for the user.
+        // One line per photo for the user, the changed ones first.
         QStringList listing;
         std::shared_ptr<QLockFile> lock;
     };

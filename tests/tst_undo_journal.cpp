@@ -84,14 +84,18 @@ private slots:
     void a_crashed_run_is_offered_at_the_next_start_data()
     {
         QTest::addColumn<QString>("answer");
-        QTest::newRow("undo") << "Undo";
-        QTest::newRow("keep") << "Keep";
+        QTest::addColumn<bool>("cut");
+        QTest::newRow("undo") << "Undo" << false;
+        QTest::newRow("keep") << "Keep" << false;
+        // The crash came while the next photo's line was being written, before its write was sent.
+        QTest::newRow("undo, the last line cut") << "Undo" << true;
     }
 
     // 200 photos, a crash after 25 of them: the next start gives exactly those 25 back, or keeps them.
     void a_crashed_run_is_offered_at_the_next_start()
     {
         QFETCH(QString, answer);
+        QFETCH(bool, cut);
         make_photos(200);
         const auto before = listings(dir->path());
         QVERIFY(crash_after(25));
@@ -101,6 +105,11 @@ private slots:
             shifted += tags.value("ExifIFD:DateTimeOriginal").toString() == after_time;
         QCOMPARE(shifted, 25);
         QCOMPARE(journals().size(), 1);
+        if (cut) {
+            QFile file(QDir(undo_journal::default_folder()).filePath(journals().first()));
+            QVERIFY(file.open(QIODevice::Append));
+            file.write("{\"photo\":\"" + dir->filePath("p199.jpg").toUtf8() + "\",\"undo\":[{\"ta");
+        }
 
         const auto shown = test_support::answer_next_box(answer);
         window = test_support::open_main_window();
