@@ -181,7 +181,10 @@ QString undo_journal::default_folder()
 
 bool undo_journal::begin_run()
 {
-    close_run();
+    // A run started by a click between two files of another goes into the same file, which
+    // then holds the photos of both until the outer run ends.
+    if (runs_open++ > 0)
+        return descriptor >= 0;
     loaded.clear();
     if (!QDir().mkpath(folder)) {
         qWarning() << "Can't make the folder for undo information" << folder;
@@ -248,6 +251,8 @@ void undo_journal::written(const QString& path, bool success)
 
 void undo_journal::end_run()
 {
+    if (runs_open > 0 && --runs_open > 0)
+        return;
     const QString file = run_file;
     close_run();
     if (!file.isEmpty())

@@ -31,7 +31,7 @@ public:
     static QString default_folder();
 
     // Starts the file of a new run; the last run's photos are forgotten. False when the file
-    // can't be made; every add() then fails as well.
+    // can't be made; every add() then fails as well. Each call is matched by one end_run().
     bool begin_run();
     // Before the write of `path`: what the load saw of it and what gives its times back, on
     // disk. False when that could not be flushed; the write must then not be sent.
@@ -75,6 +75,7 @@ private:
     QString folder;
     QString run_file;
     int descriptor = -1;
+    int runs_open = 0;
     std::shared_ptr<QLockFile> run_lock;
     QMap<QString, file_identity> loaded;
 };
