@@ -90,7 +90,6 @@ private:
     // Before an undo write: the same check of the file, against what the load saw.
     bool same_file_as_loaded(const QString& path, QStringList& failed_files);
     void end_journal_run();
-    void show_undo_failures(const QStringList& failed_files);
 
     // Held by each load, fix and undo run. A close during a run hides the window at once; its
     // deletion waits until the outermost run has returned, so no run goes on in a deleted window.

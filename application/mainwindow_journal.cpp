@@ -5,7 +5,6 @@
 #include "file_identity.h"
 #include "table_data_model.h"
 #include "undo_journal.h"
-#include "ui_mainwindow.h"
 
 #include <ondo/message_box.h>
 
@@ -53,17 +52,8 @@ void MainWindow::end_journal_run()
 {
     // A run that ends because the program is closing leaves its undo on disk: the user has not
     // seen its end, and the undo in memory goes with the program.
-    if (!delete_after_run)
+    if (!quitting && !delete_after_run)
         journal->end_run();
-}
-
-void MainWindow::show_undo_failures(const QStringList& failed_files)
-{
-    if (failed_files.isEmpty())
-        return;
-    ondo::message_box::warning(ui->centralWidget, undo_journal::tr("Undo"),
-        undo_journal::tr("The following %n file(s) could not be restored:", nullptr, failed_files.size()) + "\n"
-            + failed_files.join(QLatin1Char('\n')));
 }
 
 void MainWindow::offer_unfinished_runs()
@@ -80,6 +70,8 @@ void MainWindow::offer_unfinished_runs()
             if (answer == QMessageBox::Yes) {
                 undo_info = journal->adopt(run);
                 on_button_undo_clicked();
+                // Only now: a crash during the undo leaves the run to be looked at again.
+                journal->discard(run);
             } else if (answer == QMessageBox::No) {
                 journal->discard(run);
             }

@@ -333,7 +333,6 @@ QList<undo_journal::unfinished_run> undo_journal::unfinished_runs()
 QMap<QString, QList<undo_entry>> undo_journal::adopt(const unfinished_run& run)
 {
     loaded = run.loaded;
-    discard(run);
     return run.undo;
 }
 

@@ -63,7 +63,7 @@ public:
     // The left-behind runs in the folder whose programs have ended, oldest first; each is
     // locked for this program until it is adopted or discarded. Runs without photos are removed.
     QList<unfinished_run> unfinished_runs();
-    // Takes the run's photos as those of the last run, for an undo, and removes its file.
+    // Takes the run's photos as those of the last run, for an undo; discard() it after the undo.
     QMap<QString, QList<undo_entry>> adopt(const unfinished_run& run);
     // Removes the run's file: its photos stay as they are.
     void discard(const unfinished_run& run);

@@ -378,13 +378,6 @@ Keep leaves all photos as they are.</source>
 
 „Behalten“ lässt alle Fotos, wie sie sind.</translation>
     </message>
-    <message numerus="yes">
-        <source>The following %n file(s) could not be restored:</source>
-        <translation>
-            <numerusform>Die folgende Datei konnte nicht wiederhergestellt werden:</numerusform>
-            <numerusform>Die folgenden %n Dateien konnten nicht wiederhergestellt werden:</numerusform>
-        </translation>
-    </message>
     <message>
         <source>Undo</source>
         <translation>Rückgängig</translation>
