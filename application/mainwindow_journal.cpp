@@ -58,6 +58,9 @@ void MainWindow::end_journal_run()
 
 void MainWindow::offer_unfinished_runs()
 {
+    // Files opened with the program may be loading: the question waits for the load to end.
+    if (runs_under_way > 0)
+        return QTimer::singleShot(200, this, &MainWindow::offer_unfinished_runs);
     const QString title = undo_journal::tr("Unfinished fix run");
     for (const undo_journal::unfinished_run& run : journal->unfinished_runs()) {
         const int photos = run.listing.size() - (run.readable ? 0 : 1);

@@ -26,6 +26,8 @@ namespace {
 
 const QString journal_suffix = QStringLiteral(".journal");
 const QString lock_suffix = QStringLiteral(".lock");
+// Far above a real run (a photo takes well under a kilobyte); a larger file is not read.
+constexpr qint64 max_journal_bytes = 64 * 1024 * 1024;
 
 QString lock_name(const QString& journal_file)
 {
@@ -297,10 +299,14 @@ QList<undo_journal::unfinished_run> undo_journal::unfinished_runs()
             continue;
 
         QFile file(run.file);
+        const bool opened = file.open(QIODevice::ReadOnly) && file.size() <= max_journal_bytes;
+        const QByteArray bytes = opened ? file.readAll() : QByteArray();
         QStringList order;
         QMap<QString, journal_photo> photos;
-        run.readable = file.open(QIODevice::ReadOnly) && parse(file.readAll(), order, photos);
-        if (run.readable && photos.isEmpty()) {
+        run.readable = opened && parse(bytes, order, photos);
+        // Not even its first line was whole: the run ended before it could send anything.
+        const bool nothing_sent = opened && !bytes.contains('\n');
+        if (nothing_sent || (run.readable && photos.isEmpty())) {
             discard(run);
             continue;
         }
