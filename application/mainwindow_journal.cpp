@@ -66,9 +66,9 @@ void MainWindow::offer_unfinished_runs()
         const int photos = run.listing.size() - (run.readable ? 0 : 1);
         if (run.readable && run.changed.isEmpty()) {
             const auto answer = ondo::message_box::question(this, title,
-                undo_journal::tr("Tavimo ended during a fix run that had changed %n photo(s).\n\n"
-                                 "Undo gives them their earlier times back; Keep leaves them as they are.",
-                    nullptr, photos),
+                undo_journal::tr("Tavimo ended during a fix run.\nPhotos that run had changed: %1\n\n"
+                                 "Undo gives them their earlier times back; Keep leaves them as they are.")
+                    .arg(photos),
                 undo_journal::tr("Undo"), undo_journal::tr("Keep"), QMessageBox::NoButton);
             if (answer == QMessageBox::Yes) {
                 undo_info = journal->adopt(run);
@@ -83,12 +83,12 @@ void MainWindow::offer_unfinished_runs()
         }
 
         const QString text = run.readable
-            ? undo_journal::tr("Tavimo ended during a fix run that had changed %n photo(s). Some of them have "
-                               "changed since, so its undo information can't be applied safely.\n\n"
-                               "Keep leaves all photos as they are.",
-                  nullptr, photos)
+            ? undo_journal::tr("Tavimo ended during a fix run.\nPhotos that run had changed: %1\n\n"
+                               "Some of them have changed since, so its undo information can't be applied "
+                               "safely. Keep leaves all photos as they are.")
+                  .arg(photos)
             : undo_journal::tr("Tavimo ended during a fix run, and the undo information it left can't be read, "
-                               "so it can't be applied safely.\n\nKeep leaves all photos as they are.");
+                               "so it can't be applied safely. Keep leaves all photos as they are.");
         for (;;) {
             const auto answer = ondo::message_box::question(this, title, text, undo_journal::tr("Keep"),
                 undo_journal::tr("Show list"), QMessageBox::NoButton);

@@ -114,7 +114,7 @@ private slots:
         const auto shown = test_support::answer_next_box(answer);
         window = test_support::open_main_window();
         QTRY_VERIFY(shown->answered);
-        QVERIFY2(shown->text.contains("had changed 25 photo"), qPrintable(shown->text));
+        QVERIFY2(shown->text.contains("Photos that run had changed: 25\n"), qPrintable(shown->text));
         QCOMPARE(shown->buttons, QStringList({"Undo", "Keep"}));
         QVERIFY(journals().isEmpty());
         QVERIFY(!test_support::button(window, undo_tip)->isEnabled());

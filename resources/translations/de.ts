@@ -344,39 +344,29 @@ Die Anwendung muss neu gestartet werden um die neue Sprache zu verwenden.</trans
         <source>Show list</source>
         <translation>Liste anzeigen</translation>
     </message>
-    <message numerus="yes">
-        <source>Tavimo ended during a fix run that had changed %n photo(s).
+    <message>
+        <source>Tavimo ended during a fix run.
+Photos that run had changed: %1
 
 Undo gives them their earlier times back; Keep leaves them as they are.</source>
-        <translation>
-            <numerusform>Tavimo wurde während eines Korrekturlaufs beendet, der %n Foto geändert hatte.
+        <translation>Tavimo wurde während eines Korrekturlaufs beendet.
+Fotos, die dieser Lauf geändert hatte: %1
 
-„Rückgängig“ gibt ihm seine früheren Zeiten zurück, „Behalten“ lässt es, wie es ist.</numerusform>
-            <numerusform>Tavimo wurde während eines Korrekturlaufs beendet, der %n Fotos geändert hatte.
-
-„Rückgängig“ gibt ihnen ihre früheren Zeiten zurück, „Behalten“ lässt sie, wie sie sind.</numerusform>
-        </translation>
-    </message>
-    <message numerus="yes">
-        <source>Tavimo ended during a fix run that had changed %n photo(s). Some of them have changed since, so its undo information can&apos;t be applied safely.
-
-Keep leaves all photos as they are.</source>
-        <translation>
-            <numerusform>Tavimo wurde während eines Korrekturlaufs beendet, der %n Foto geändert hatte. Es wurde seitdem verändert, daher können die Informationen zum Rückgängigmachen nicht sicher angewendet werden.
-
-„Behalten“ lässt alle Fotos, wie sie sind.</numerusform>
-            <numerusform>Tavimo wurde während eines Korrekturlaufs beendet, der %n Fotos geändert hatte. Einige davon wurden seitdem verändert, daher können die Informationen zum Rückgängigmachen nicht sicher angewendet werden.
-
-„Behalten“ lässt alle Fotos, wie sie sind.</numerusform>
-        </translation>
+„Rückgängig“ gibt ihnen ihre früheren Zeiten zurück, „Behalten“ lässt sie, wie sie sind.</translation>
     </message>
     <message>
-        <source>Tavimo ended during a fix run, and the undo information it left can&apos;t be read, so it can&apos;t be applied safely.
+        <source>Tavimo ended during a fix run.
+Photos that run had changed: %1
 
-Keep leaves all photos as they are.</source>
-        <translation>Tavimo wurde während eines Korrekturlaufs beendet, und die hinterlassenen Informationen zum Rückgängigmachen können nicht gelesen werden. Sie können daher nicht sicher angewendet werden.
+Some of them have changed since, so its undo information can&apos;t be applied safely. Keep leaves all photos as they are.</source>
+        <translation>Tavimo wurde während eines Korrekturlaufs beendet.
+Fotos, die dieser Lauf geändert hatte: %1
 
-„Behalten“ lässt alle Fotos, wie sie sind.</translation>
+Einige davon haben sich seitdem verändert, daher können die Informationen zum Rückgängigmachen nicht sicher angewendet werden. „Behalten“ lässt alle Fotos, wie sie sind.</translation>
+    </message>
+    <message>
+        <source>Tavimo ended during a fix run, and the undo information it left can&apos;t be read, so it can&apos;t be applied safely. Keep leaves all photos as they are.</source>
+        <translation>Tavimo wurde während eines Korrekturlaufs beendet, und die hinterlassenen Informationen zum Rückgängigmachen können nicht gelesen werden. Sie können daher nicht sicher angewendet werden. „Behalten“ lässt alle Fotos, wie sie sind.</translation>
     </message>
     <message>
         <source>Undo</source>
