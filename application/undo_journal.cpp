@@ -248,7 +248,9 @@ void undo_journal::written(const QString& path, bool success)
         record[QStringLiteral("failed")] = path;
         loaded.remove(path);
     }
-    append(record);
+    // Not flushed on its own: the next photo's line takes it along, and a start that misses it
+    // still checks the photo for being the same file.
+    append(record, false);
 }
 
 void undo_journal::end_run()
@@ -263,11 +265,12 @@ void undo_journal::end_run()
 
 file_identity undo_journal::loaded_identity(const QString& path) const { return loaded.value(path); }
 
-bool undo_journal::append(const QJsonObject& record)
+bool undo_journal::append(const QJsonObject& record, bool flush)
 {
     if (descriptor < 0)
         return false;
-    if (write_all(descriptor, QJsonDocument(record).toJson(QJsonDocument::Compact) + '\n') && ::fsync(descriptor) == 0)
+    if (write_all(descriptor, QJsonDocument(record).toJson(QJsonDocument::Compact) + '\n')
+        && (!flush || ::fsync(descriptor) == 0))
         return true;
     qWarning() << "Can't write undo information to" << run_file;
     return false;

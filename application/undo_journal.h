@@ -69,7 +69,8 @@ public:
     void discard(const unfinished_run& run);
 
 private:
-    bool append(const QJsonObject& record);
+    // One line; with `flush`, on the disk before it returns.
+    bool append(const QJsonObject& record, bool flush = true);
     void close_run();
 
     QString folder;
