@@ -14,6 +14,7 @@
 #include <QProcess>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QTimer>
 #include <QtTest>
 
 #include <ctime>
@@ -119,6 +120,29 @@ private slots:
         QVERIFY(journals().isEmpty());
         QVERIFY(!test_support::button(window, undo_tip)->isEnabled());
         QVERIFY(listings(dir->path()) == (answer == "Undo" ? before : crashed));
+    }
+
+    // A run that the closing window cuts short ends without the user's word: its journal stays.
+    void a_run_ended_by_closing_is_offered_too()
+    {
+        const QStringList paths = make_photos(6);
+        QGuiApplication::setQuitOnLastWindowClosed(false);
+        window = test_support::open_main_window();
+        window->setAttribute(Qt::WA_DeleteOnClose, true);
+        window->load_files(paths);
+        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
+        QTimer::singleShot(0, window.data(), [this] { window->close(); });
+        test_support::button(window, fix_tip)->click();
+        QTRY_VERIFY(!window);
+        QGuiApplication::setQuitOnLastWindowClosed(true);
+        QCOMPARE(journals().size(), 1);
+
+        const auto shown = test_support::answer_next_box("Undo");
+        window = test_support::open_main_window();
+        QTRY_VERIFY(shown->answered);
+        QVERIFY2(shown->text.contains("Photos that run had changed: 6\n"), qPrintable(shown->text));
+        for (const QString& path : paths)
+            QCOMPARE(original_time(path), before_time);
     }
 
     // Photos of a crashed run of four, of which two were written; then the journal or a photo is
