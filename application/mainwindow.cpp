@@ -89,6 +89,7 @@ MainWindow::MainWindow(QWidget* parent)
     quit_watchdog->setInterval(5000);
     connect(quit_watchdog, &QTimer::timeout, this, &MainWindow::stop_exiftool);
     ui->widget_time_adjust->init_focus();
+    setup_undo_journal();
 }
 
 MainWindow::~MainWindow() { delete ui; }

@@ -13,6 +13,7 @@
 class QTimer;
 class Ui_MainWindow;
 class table_data_model;
+class undo_journal;
 
 namespace ondo {
 class application_log;
@@ -50,6 +51,10 @@ protected:
     // further file before it is stopped, so that a child that doesn't answer can't hold the quit.
     void closeEvent(QCloseEvent* e) override;
 
+private slots:
+    // Asks what to do with fix runs that an earlier start left unfinished, one at a time.
+    void offer_unfinished_runs();
+
 private:
     // In the progress dialog of the run under way: ExifTool is still at `file`, with a button
     // that stops it. Until the file has answered, the rest of the window takes no input.
@@ -71,6 +76,14 @@ private:
     QList<undo_entry> create_undo_info(const QString& path);
     void save_application_settings();
     ondo::progress_dialog* make_progress_dialog(const QString& label);
+    // The undo information on disk (mainwindow_journal.cpp). Before a fix write: is `path` still
+    // the file that was loaded, and are its old values on disk? If not, it goes on
+    // `failed_files` with the reason and must not be written.
+    void setup_undo_journal();
+    bool journal_before_write(const QString& path, const QList<undo_entry>& undo, QStringList& failed_files);
+    // Before an undo write: the same check of the file, against what the load saw.
+    bool same_file_as_loaded(const QString& path, QStringList& failed_files);
+    void end_journal_run();
 
     // Held by each load, fix and undo run. A close during a run hides the window at once; its
     // deletion waits until the outermost run has returned, so no run goes on in a deleted window.
@@ -95,6 +108,7 @@ private:
     ondo::progress_dialog* load_images_progress_dialog = nullptr;
     // The last fix run's old values by path; the undo button is enabled exactly when it holds any.
     QMap<QString, QList<undo_entry>> undo_info;
+    undo_journal* journal = nullptr;
     // Where the file dialog opens; changed only by that dialog.
     QString last_load_path;
     ondo::button_dark* button_fix_time = nullptr;

@@ -3,6 +3,7 @@
 
 #include "table_data_model.h"
 #include "ui_mainwindow.h"
+#include "undo_journal.h"
 
 #include <ondo/button_dark.h>
 #include <ondo/exif_response.h>
@@ -104,6 +105,7 @@ void MainWindow::on_button_fix_time_clicked()
 
     // Only the last run can be undone.
     undo_info.clear();
+    journal->begin_run();
     button_undo->setEnabled(false);
     tavimo_progress_dialog->setRange(0, plan.size());
     tavimo_progress_dialog->setValue(0);
@@ -124,14 +126,18 @@ void MainWindow::on_button_fix_time_clicked()
         const exif_tag_map values = recording_tags::new_values(tags, time, new_time, shift);
         const QList<undo_entry> undo = recording_tags::undo_entries(tags, cache->file_data[path], values);
 
-        ondo::exif_error error = ondo::exif_error::none;
-        const bool written = ondo::exiftool::write_result(ondo::exiftool::write_tags_async(path, values), &error);
-        // A child that ended in the middle of the write may have written the photo all the same,
-        // so its old values are kept for the undo too.
-        if (written || error == ondo::exif_error::ended)
-            undo_info.insert(path, undo);
-        if (!written)
-            failed_files << path;
+        if (journal_before_write(path, undo, failed_files)) {
+            ondo::exif_error error = ondo::exif_error::none;
+            const bool written = ondo::exiftool::write_result(ondo::exiftool::write_tags_async(path, values), &error);
+            // A child that ended in the middle of the write may have written the photo all the same,
+            // so its old values are kept for the undo too.
+            const bool kept = written || error == ondo::exif_error::ended;
+            if (kept)
+                undo_info.insert(path, undo);
+            if (!written)
+                failed_files << path;
+            journal->written(path, kept);
+        }
         end_stall_notice();
 
         tavimo_progress_dialog->setValue(row + 1);
@@ -150,6 +156,7 @@ void MainWindow::on_button_fix_time_clicked()
             on_button_undo_clicked();
     }
     button_undo->setEnabled(!undo_info.isEmpty());
+    end_journal_run();
     on_button_reset_clicked();
 }
 
@@ -172,10 +179,13 @@ void MainWindow::on_button_undo_clicked()
         for (const undo_entry& entry : undo_info.value(path))
             tags[entry.tag] = entry.value;
         // What could not be written back stays, so that the undo can be tried again.
-        if (ondo::exiftool::write_tags(path, tags))
+        if (!same_file_as_loaded(path, failed_files)) {
+            // Listed with its reason; nothing was sent.
+        } else if (ondo::exiftool::write_tags(path, tags)) {
             undo_info.remove(path);
-        else
+        } else {
             failed_files << path;
+        }
         end_stall_notice();
         tavimo_progress_dialog->setValue(++done);
         QCoreApplication::processEvents();

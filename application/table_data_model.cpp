@@ -1,5 +1,6 @@
 #include "table_data_model.h"
 
+#include "file_identity.h"
 #include "recording_tags.h"
 
 #include <ondo/style.h>
@@ -354,11 +355,13 @@ void table_data_model::add_file(const QString& path, bool notify)
     if (notify)
         endInsertRows();
 
+    prefetch(path);
     const auto ahead = prefetched.find(path);
-    ondo::exif_response* read = ahead != prefetched.end() ? ahead->second : ondo::exiftool::read_tags_async(path, true);
-    if (ahead != prefetched.end())
-        prefetched.erase(ahead);
+    const file_identity identity = ahead->second.identity;
+    ondo::exif_response* read = ahead->second.read;
+    prefetched.erase(ahead);
     exif_cache::instance()->load(path, ondo::exiftool::read_result(read));
+    identity.store(exif_cache::instance()->file_data[path]);
 
     // The row was shown before its tags came; let the view pick up its times.
     if (notify && row < files.size() && files.at(row) == path)
@@ -374,15 +377,19 @@ void table_data_model::add_files(const QStringList& paths)
 
 void table_data_model::prefetch(const QString& path)
 {
-    if (!prefetched.count(path))
-        prefetched[path] = ondo::exiftool::read_tags_async(path, true);
+    // The identity is taken before the read, so that the tags shown and the file later written
+    // are one.
+    if (!prefetched.count(path)) {
+        const file_identity identity = file_identity::of(path);
+        prefetched.emplace(path, pending_read{identity, ondo::exiftool::read_tags_async(path, true)});
+    }
 }
 
 void table_data_model::drop_prefetched()
 {
     // The answers are awaited: the worker holds each response until its task is done.
     while (!prefetched.empty()) {
-        ondo::exif_response* read = prefetched.begin()->second;
+        ondo::exif_response* read = prefetched.begin()->second.read;
         prefetched.erase(prefetched.begin());
         ondo::exiftool::read_result(read);
     }

@@ -2,6 +2,8 @@
 
 #include "recording_tags.h"
 
+#include "file_identity.h"
+
 #include <ondo/exiftool.h>
 
 #include <QAbstractTableModel>
@@ -24,7 +26,8 @@ public:
     // Derived record: "rec_year" ... "rec_second", "rec_source" (the tag the time came from,
     // empty for the file system), "file_timezone" (the zone the file states), "has_data",
     // "has_iptc_date", "has_iptc_time", "ipct_timezone", "iptc_timezone" (IPTC's own zone),
-    // "DateTimeOriginalInIFD0".
+    // "DateTimeOriginalInIFD0"; and from add_file the file's identity at load ("file_device",
+    // "file_inode", "file_type", "file_link").
     std::map<QString, exif_tag_map> file_data;
     // The tags as ExifTool returned them, with their groups ("ExifIFD:DateTimeOriginal").
     std::map<QString, exif_tag_map> file_tags;
@@ -107,6 +110,10 @@ signals:
     void sort_order_override(int column, Qt::SortOrder order);
 
 private:
-    std::map<QString, ondo::exif_response*> prefetched;
+    struct pending_read {
+        file_identity identity;
+        ondo::exif_response* read;
+    };
+    std::map<QString, pending_read> prefetched;
     QString time_text(const QDateTime& time, const QString& zone) const;
 };

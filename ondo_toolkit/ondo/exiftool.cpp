@@ -92,6 +92,9 @@ bool is_safe_read(const char* function, const QString& file, const std::vector<Q
 {
     if (!is_safe_path(file))
         return refuse(function, file, "its name would change the command");
+    // ExifTool takes a folder for every file in it.
+    if (QFileInfo(file).isDir())
+        return refuse(function, file, "it is a folder");
     for (const QString& tag : tags)
         if (!is_safe_tag_name(tag))
             return refuse(function, file, "a tag name would change the command");
@@ -102,6 +105,8 @@ bool is_safe_write(const char* function, const QString& file, const exif_tag_map
 {
     if (!is_safe_path(file))
         return refuse(function, file, "its name would change the command");
+    if (QFileInfo(file).isDir())
+        return refuse(function, file, "it is a folder");
     // ExifTool refuses to write while it is there; it is left from a write that was cut short,
     // and may be the only whole copy of the photo, so it is named and left alone.
     const QString leftover = file + QStringLiteral("_exiftool_tmp");

@@ -311,4 +311,74 @@ Die Anwendung muss neu gestartet werden um die neue Sprache zu verwenden.</trans
         <translation>Jahr</translation>
     </message>
 </context>
+<context>
+    <name>undo_journal</name>
+    <message>
+        <source>%1 (changed since it was loaded)</source>
+        <translation>%1 (seit dem Laden verändert)</translation>
+    </message>
+    <message>
+        <source>%1 (its undo information could not be saved)</source>
+        <translation>%1 (die Informationen zum Rückgängigmachen konnten nicht gespeichert werden)</translation>
+    </message>
+    <message>
+        <source>%1: as the run left it</source>
+        <translation>%1: so, wie der Lauf es hinterlassen hat</translation>
+    </message>
+    <message>
+        <source>%1: changed since the run</source>
+        <translation>%1: seit dem Lauf verändert</translation>
+    </message>
+    <message>
+        <source>Keep</source>
+        <translation>Behalten</translation>
+    </message>
+    <message numerus="yes">
+        <source>… and %n more</source>
+        <translation>
+            <numerusform>… und %n weiteres</numerusform>
+            <numerusform>… und %n weitere</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Show list</source>
+        <translation>Liste anzeigen</translation>
+    </message>
+    <message>
+        <source>Tavimo ended during a fix run.
+Photos that run had changed: %1
+
+Undo gives them their earlier times back; Keep leaves them as they are.</source>
+        <translation>Tavimo wurde während eines Korrekturlaufs beendet.
+Fotos, die dieser Lauf geändert hatte: %1
+
+„Rückgängig“ gibt ihnen ihre früheren Zeiten zurück, „Behalten“ lässt sie, wie sie sind.</translation>
+    </message>
+    <message>
+        <source>Tavimo ended during a fix run.
+Photos that run had changed: %1
+
+Some of them have changed since, so its undo information can&apos;t be applied safely. Keep leaves all photos as they are.</source>
+        <translation>Tavimo wurde während eines Korrekturlaufs beendet.
+Fotos, die dieser Lauf geändert hatte: %1
+
+Einige davon haben sich seitdem verändert, daher können die Informationen zum Rückgängigmachen nicht sicher angewendet werden. „Behalten“ lässt alle Fotos, wie sie sind.</translation>
+    </message>
+    <message>
+        <source>Tavimo ended during a fix run, and the undo information it left can&apos;t be read, so it can&apos;t be applied safely. Keep leaves all photos as they are.</source>
+        <translation>Tavimo wurde während eines Korrekturlaufs beendet, und die hinterlassenen Informationen zum Rückgängigmachen können nicht gelesen werden. Sie können daher nicht sicher angewendet werden. „Behalten“ lässt alle Fotos, wie sie sind.</translation>
+    </message>
+    <message>
+        <source>Undo</source>
+        <translation>Rückgängig</translation>
+    </message>
+    <message>
+        <source>Undo information that can&apos;t be read: %1</source>
+        <translation>Nicht lesbare Informationen zum Rückgängigmachen: %1</translation>
+    </message>
+    <message>
+        <source>Unfinished fix run</source>
+        <translation>Unvollständiger Korrekturlauf</translation>
+    </message>
+</context>
 </TS>

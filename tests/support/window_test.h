@@ -3,8 +3,10 @@
 #include "test_support.h"
 
 #include <mainwindow.h>
+#include <undo_journal.h>
 #include <ondo/exiftool.h>
 
+#include <QDir>
 #include <QObject>
 #include <QPointer>
 #include <QTemporaryDir>
@@ -21,6 +23,8 @@ private slots:
     void init()
     {
         clear_settings();
+        // A run an earlier test left on disk would otherwise be offered to the next window.
+        QDir(undo_journal::default_folder()).removeRecursively();
         dir = std::make_unique<QTemporaryDir>();
     }
     void cleanup()

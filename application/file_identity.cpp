@@ -1,0 +1,101 @@
+#include "file_identity.h"
+
+#include <QFile>
+
+#include <sys/stat.h>
+
+namespace {
+
+file_identity::kind kind_of(mode_t mode)
+{
+    if (S_ISREG(mode))
+        return file_identity::regular;
+    if (S_ISDIR(mode))
+        return file_identity::directory;
+    return file_identity::other;
+}
+
+QString value_of(const exif_tag_map& record, const char* key)
+{
+    const auto found = record.find(QString::fromLatin1(key));
+    return found == record.end() ? QString() : found->second;
+}
+
+} // namespace
+
+file_identity file_identity::of(const QString& path)
+{
+    file_identity identity;
+    const QByteArray name = QFile::encodeName(path);
+    struct stat entry {};
+    if (path.isEmpty() || ::lstat(name.constData(), &entry) != 0)
+        return identity;
+    identity.link = S_ISLNK(entry.st_mode);
+    if (identity.link && ::stat(name.constData(), &entry) != 0)
+        return identity; // a dangling link: nothing behind it to write
+    identity.device = quint64(entry.st_dev);
+    identity.inode = quint64(entry.st_ino);
+    identity.type = kind_of(entry.st_mode);
+    identity.size = qint64(entry.st_size);
+#if defined(__APPLE__)
+    identity.modified_ns = qint64(entry.st_mtimespec.tv_sec) * 1000000000 + entry.st_mtimespec.tv_nsec;
+#else
+    identity.modified_ns = qint64(entry.st_mtim.tv_sec) * 1000000000 + entry.st_mtim.tv_nsec;
+#endif
+    return identity;
+}
+
+bool file_identity::same_file(const file_identity& now) const
+{
+    return type == regular && now.type == regular && link == now.link && device == now.device
+        && inode == now.inode;
+}
+
+bool file_identity::unchanged(const file_identity& now) const
+{
+    return same_file(now) && size == now.size && modified_ns == now.modified_ns;
+}
+
+void file_identity::store(exif_tag_map& record) const
+{
+    record[QStringLiteral("file_device")] = QString::number(device);
+    record[QStringLiteral("file_inode")] = QString::number(inode);
+    record[QStringLiteral("file_type")] = kind_name(type);
+    record[QStringLiteral("file_link")] = link ? QStringLiteral("true") : QStringLiteral("false");
+}
+
+file_identity file_identity::from_record(const exif_tag_map& record)
+{
+    file_identity identity;
+    identity.device = value_of(record, "file_device").toULongLong();
+    identity.inode = value_of(record, "file_inode").toULongLong();
+    identity.type = kind_from_name(value_of(record, "file_type"));
+    identity.link = value_of(record, "file_link") == QLatin1String("true");
+    return identity;
+}
+
+QString file_identity::kind_name(kind type)
+{
+    switch (type) {
+    case regular:
+        return QStringLiteral("regular");
+    case directory:
+        return QStringLiteral("directory");
+    case other:
+        return QStringLiteral("other");
+    case missing:
+        break;
+    }
+    return QStringLiteral("missing");
+}
+
+file_identity::kind file_identity::kind_from_name(const QString& name)
+{
+    if (name == QLatin1String("regular"))
+        return regular;
+    if (name == QLatin1String("directory"))
+        return directory;
+    if (name == QLatin1String("other"))
+        return other;
+    return missing;
+}

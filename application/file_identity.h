@@ -1,0 +1,39 @@
+#pragma once
+
+#include <ondo/exiftool.h>
+
+#include <QString>
+#include <QtGlobal>
+
+// What a path stood for when it was looked at: which file (device and inode), what kind of
+// entry, and whether the path itself was a symbolic link. A write goes only to the file the user
+// loaded; a path that has since become a folder, a link or another file is left alone.
+struct file_identity {
+    enum kind { missing, regular, directory, other };
+
+    quint64 device = 0;
+    quint64 inode = 0;
+    kind type = missing;
+    bool link = false;
+    // The file's state at that moment, for telling whether anyone changed it afterwards.
+    qint64 size = -1;
+    qint64 modified_ns = 0;
+
+    // The path as it stands now; device, inode, kind, size and time are those of the file a
+    // link leads to, `link` says whether the path is one. A path that can't be looked at is missing.
+    static file_identity of(const QString& path);
+
+    // True when `now` is still the regular file seen here, reached the same way (through a link
+    // only if it was one then). Size and time don't count: a write changes them.
+    bool same_file(const file_identity& now) const;
+    // same_file, and neither size nor modification time moved.
+    bool unchanged(const file_identity& now) const;
+
+    // Kept in a per-file record under "file_device", "file_inode", "file_type" and "file_link";
+    // a record without them gives a missing file, to which nothing is ever written.
+    void store(exif_tag_map& record) const;
+    static file_identity from_record(const exif_tag_map& record);
+
+    static QString kind_name(kind type);
+    static kind kind_from_name(const QString& name);
+};

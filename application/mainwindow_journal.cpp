@@ -1,0 +1,107 @@
+// The fix run's undo information on disk: checks before each write, and the question at start-up
+// about a run that a crash left unfinished. Texts stand in the context of undo_journal.
+#include "mainwindow.h"
+
+#include "file_identity.h"
+#include "table_data_model.h"
+#include "undo_journal.h"
+
+#include <ondo/message_box.h>
+
+#include <QTimer>
+
+namespace {
+
+QString changed_since_loaded(const QString& path)
+{
+    return undo_journal::tr("%1 (changed since it was loaded)").arg(path);
+}
+
+} // namespace
+
+void MainWindow::setup_undo_journal()
+{
+    journal = new undo_journal(undo_journal::default_folder(), this);
+    // Once the window is up, so that the question stands over it.
+    QTimer::singleShot(0, this, &MainWindow::offer_unfinished_runs);
+}
+
+bool MainWindow::journal_before_write(const QString& path, const QList<undo_entry>& undo, QStringList& failed_files)
+{
+    const file_identity loaded = file_identity::from_record(exif_cache::instance()->file_data[path]);
+    if (!loaded.same_file(file_identity::of(path))) {
+        failed_files << changed_since_loaded(path);
+        return false;
+    }
+    if (!journal->add(path, loaded, undo)) {
+        failed_files << undo_journal::tr("%1 (its undo information could not be saved)").arg(path);
+        return false;
+    }
+    return true;
+}
+
+bool MainWindow::same_file_as_loaded(const QString& path, QStringList& failed_files)
+{
+    if (journal->loaded_identity(path).same_file(file_identity::of(path)))
+        return true;
+    failed_files << changed_since_loaded(path);
+    return false;
+}
+
+void MainWindow::end_journal_run()
+{
+    // A run that ends because the program is closing leaves its undo on disk: the user has not
+    // seen its end, and the undo in memory goes with the program.
+    if (!quitting && !delete_after_run)
+        journal->end_run();
+}
+
+void MainWindow::offer_unfinished_runs()
+{
+    // Files opened with the program may be loading: the question waits for the load to end.
+    if (runs_under_way > 0)
+        return QTimer::singleShot(200, this, &MainWindow::offer_unfinished_runs);
+    const QString title = undo_journal::tr("Unfinished fix run");
+    for (const undo_journal::unfinished_run& run : journal->unfinished_runs()) {
+        const int photos = run.listing.size() - (run.readable ? 0 : 1);
+        if (run.readable && run.changed.isEmpty()) {
+            const auto answer = ondo::message_box::question(this, title,
+                undo_journal::tr("Tavimo ended during a fix run.\nPhotos that run had changed: %1\n\n"
+                                 "Undo gives them their earlier times back; Keep leaves them as they are.")
+                    .arg(photos),
+                undo_journal::tr("Undo"), undo_journal::tr("Keep"), QMessageBox::NoButton);
+            if (answer == QMessageBox::Yes) {
+                undo_info = journal->adopt(run);
+                on_button_undo_clicked();
+                // Only now: a crash during the undo leaves the run to be looked at again.
+                journal->discard(run);
+            } else if (answer == QMessageBox::No) {
+                journal->discard(run);
+            }
+            // A closed box decides nothing: the next start asks again.
+            continue;
+        }
+
+        const QString text = run.readable
+            ? undo_journal::tr("Tavimo ended during a fix run.\nPhotos that run had changed: %1\n\n"
+                               "Some of them have changed since, so its undo information can't be applied "
+                               "safely. Keep leaves all photos as they are.")
+                  .arg(photos)
+            : undo_journal::tr("Tavimo ended during a fix run, and the undo information it left can't be read, "
+                               "so it can't be applied safely. Keep leaves all photos as they are.");
+        for (;;) {
+            const auto answer = ondo::message_box::question(this, title, text, undo_journal::tr("Keep"),
+                undo_journal::tr("Show list"), QMessageBox::NoButton);
+            if (answer == QMessageBox::Yes)
+                journal->discard(run);
+            if (answer != QMessageBox::No)
+                break;
+            // A box taller than the screen would hide its button: a long list ends in a count.
+            constexpr int shown_lines = 25;
+            QStringList lines = run.listing.mid(0, shown_lines);
+            if (run.listing.size() > shown_lines)
+                lines << undo_journal::tr("… and %n more", nullptr, run.listing.size() - shown_lines);
+            ondo::message_box::information(this, title, lines.join(QLatin1Char('\n')));
+        }
+    }
+}
