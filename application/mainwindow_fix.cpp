@@ -12,13 +12,20 @@
 #include <ondo/progress_dialog.h>
 
 #include <QCoreApplication>
+#include <QDateTime>
+#include <QMap>
+#include <QPair>
 #include <QTimer>
 #include <QVector>
 
 #include <algorithm>
-#include <QDateTime>
-#include <QRegularExpression>
-#include <QTimeZone>
+
+namespace {
+
+// Writes queued ahead of the one a run waits for: enough for every child to have its next one.
+constexpr int writes_ahead = 8;
+
+} // namespace
 
 MainWindow::run_guard::run_guard(MainWindow* window) : window(window) { ++window->runs_under_way; }
 
@@ -111,7 +118,33 @@ void MainWindow::on_button_fix_time_clicked()
     tavimo_progress_dialog->setValue(0);
     QCoreApplication::processEvents();
 
-    QStringList failed_files;
+    // Writes go out a few files ahead, so that every ExifTool child works; they are taken back in
+    // row order. Each file's undo is on disk before its write goes out.
+    struct pending_write {
+        int row;
+        QString path;
+        QList<undo_entry> undo;
+        ondo::exif_response* response;
+    };
+    QList<pending_write> pending;
+    QMap<int, QString> failures; // by row, so that they are listed in table order
+    int finished = 0;
+    auto finish_one = [&] {
+        const pending_write write = pending.takeFirst();
+        ondo::exif_error error = ondo::exif_error::none;
+        const bool written = ondo::exiftool::write_result(write.response, &error);
+        // A child that ended in the middle of the write may have written the photo all the same,
+        // so its old values are kept for the undo too.
+        const bool kept = written || error == ondo::exif_error::ended;
+        if (kept)
+            undo_info.insert(write.path, write.undo);
+        if (!written)
+            failures.insert(write.row, write.path);
+        journal->written(write.path, kept);
+        end_stall_notice();
+        tavimo_progress_dialog->setValue(++finished);
+        QCoreApplication::processEvents();
+    };
     // A reset pressed between two files ends the run, and so does a stopped ExifTool.
     for (int row = 0; row < plan.size() && resets == resets_before && !run_ends(); ++row) {
         const QString path = plan[row].path;
@@ -126,23 +159,17 @@ void MainWindow::on_button_fix_time_clicked()
         const exif_tag_map values = recording_tags::new_values(tags, time, new_time, shift);
         const QList<undo_entry> undo = recording_tags::undo_entries(tags, cache->file_data[path], values);
 
-        if (journal_before_write(path, undo, failed_files)) {
-            ondo::exif_error error = ondo::exif_error::none;
-            const bool written = ondo::exiftool::write_result(ondo::exiftool::write_tags_async(path, values), &error);
-            // A child that ended in the middle of the write may have written the photo all the same,
-            // so its old values are kept for the undo too.
-            const bool kept = written || error == ondo::exif_error::ended;
-            if (kept)
-                undo_info.insert(path, undo);
-            if (!written)
-                failed_files << path;
-            journal->written(path, kept);
-        }
-        end_stall_notice();
-
-        tavimo_progress_dialog->setValue(row + 1);
-        QCoreApplication::processEvents();
+        QStringList refused;
+        if (journal_before_write(path, undo, refused))
+            pending.append({row, path, undo, ondo::exiftool::write_tags_async(path, values)});
+        else
+            failures.insert(row, refused.join(QLatin1Char('\n')));
+        if (pending.size() >= writes_ahead)
+            finish_one();
     }
+    while (!pending.isEmpty())
+        finish_one();
+    const QStringList failed_files = failures.values();
     // Skipped rows at the end leave the bar short of its maximum, where it would stay up.
     tavimo_progress_dialog->reset();
 
@@ -168,8 +195,21 @@ void MainWindow::on_button_undo_clicked()
     tavimo_progress_dialog->setValue(0);
     QCoreApplication::processEvents();
 
-    int done = 0;
+    // As in the fix run: writes go out a few files ahead and are taken back in order.
+    QList<QPair<QString, ondo::exif_response*>> pending;
     QStringList failed_files;
+    int done = 0;
+    auto finish_one = [&] {
+        const auto write = pending.takeFirst();
+        // What could not be written back stays, so that the undo can be tried again.
+        if (ondo::exiftool::write_result(write.second))
+            undo_info.remove(write.first);
+        else
+            failed_files << write.first;
+        end_stall_notice();
+        tavimo_progress_dialog->setValue(++done);
+        QCoreApplication::processEvents();
+    };
     const QStringList paths = undo_info.keys();
     for (const QString& path : paths) {
         if (run_ends())
@@ -178,18 +218,16 @@ void MainWindow::on_button_undo_clicked()
         exif_tag_map tags;
         for (const undo_entry& entry : undo_info.value(path))
             tags[entry.tag] = entry.value;
-        // What could not be written back stays, so that the undo can be tried again.
-        if (!same_file_as_loaded(path, failed_files)) {
-            // Listed with its reason; nothing was sent.
-        } else if (ondo::exiftool::write_tags(path, tags)) {
-            undo_info.remove(path);
-        } else {
-            failed_files << path;
-        }
-        end_stall_notice();
-        tavimo_progress_dialog->setValue(++done);
-        QCoreApplication::processEvents();
+        // A path that is no longer the file loaded is listed with its reason; nothing is sent.
+        if (same_file_as_loaded(path, failed_files))
+            pending.append({path, ondo::exiftool::write_tags_async(path, tags)});
+        else
+            tavimo_progress_dialog->setValue(++done);
+        if (pending.size() >= writes_ahead)
+            finish_one();
     }
+    while (!pending.isEmpty())
+        finish_one();
 
     tavimo_progress_dialog->reset();
     button_undo->setEnabled(!undo_info.isEmpty());

@@ -92,7 +92,8 @@ private slots:
         QTest::newRow("undo, the last line cut") << "Undo" << true;
     }
 
-    // 200 photos, a crash after 25 of them: the next start gives exactly those 25 back, or keeps them.
+    // 200 photos, a crash after 25 of them: the next start gives back exactly those and the few
+    // whose writes had gone out ahead of the crash, or keeps them.
     void a_crashed_run_is_offered_at_the_next_start()
     {
         QFETCH(QString, answer);
@@ -104,7 +105,7 @@ private slots:
         int shifted = 0;
         for (const QJsonObject& tags : crashed)
             shifted += tags.value("ExifIFD:DateTimeOriginal").toString() == after_time;
-        QCOMPARE(shifted, 25);
+        QVERIFY2(shifted >= 25 && shifted <= 25 + 9, qPrintable(QString::number(shifted)));
         QCOMPARE(journals().size(), 1);
         if (cut) {
             QFile file(QDir(undo_journal::default_folder()).filePath(journals().first()));
@@ -115,7 +116,9 @@ private slots:
         const auto shown = test_support::answer_next_box(answer);
         window = test_support::open_main_window();
         QTRY_VERIFY(shown->answered);
-        QVERIFY2(shown->text.contains("Photos that run had changed: 25\n"), qPrintable(shown->text));
+        // Every photo whose write had gone out counts, written or not.
+        const int offered = QRegularExpression("changed: (\\d+)\n").match(shown->text).captured(1).toInt();
+        QVERIFY2(offered >= shifted - (cut ? 1 : 0) && offered <= 25 + 9, qPrintable(shown->text));
         QCOMPARE(shown->buttons, QStringList({"Undo", "Keep"}));
         QVERIFY(journals().isEmpty());
         QVERIFY(!test_support::button(window, undo_tip)->isEnabled());
@@ -161,11 +164,11 @@ private slots:
         make_photos(4);
         QVERIFY(crash_after(2));
         QCOMPARE(journals().size(), 1);
-        QStringList paths; // the two the run wrote
+        QStringList paths; // the two the run wrote, and any whose write had gone out ahead
         for (const QJsonObject& tags : listings(dir->path()))
             if (tags.value("ExifIFD:DateTimeOriginal").toString() == after_time)
                 paths << tags.value("SourceFile").toString();
-        QCOMPARE(paths.size(), 2);
+        QVERIFY(paths.size() >= 2);
         const QString listed = damage == "journal" ? "Undo information that can't be read"
                                                    : paths[damage == "touched" ? 1 : 0] + ": changed since the run";
         if (damage == "journal") {
