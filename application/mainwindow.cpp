@@ -2,6 +2,7 @@
 
 #include "dialog_settings.h"
 #include "drop_files_widget.h"
+#include "run_note.h"
 #include "table_data_model.h"
 #include "ui_mainwindow.h"
 #include "user_guide.h"
@@ -121,7 +122,12 @@ void MainWindow::setup_layout()
     info->setContentsMargins(10, 4, 10, 4);
     info->setSpacing(4);
     info->addWidget(button_settings);
-    info->addStretch(1);
+    info->addSpacing(8);
+    note = new run_note(ui->widget_info);
+    info->addWidget(note, 1);
+    // Connected before the buttons' own slots, so that a run's note comes after the clearing.
+    for (ondo::button_dark* button : {button_fix_time, button_undo, button_load_images, button_reset})
+        connect(button, &QPushButton::clicked, note, &run_note::clear);
     info->addWidget(button_about);
     info->addWidget(button_help);
 
@@ -258,6 +264,7 @@ void MainWindow::save_application_settings() { settings.setValue("last_load_path
 void MainWindow::load_files(QStringList filenames)
 {
     const run_guard guard(this);
+    note->clear();
     load_images_progress_dialog->setRange(0, filenames.size());
     load_images_progress_dialog->setValue(0);
     QCoreApplication::processEvents();
