@@ -295,7 +295,7 @@ void MainWindow::on_button_load_images_clicked()
         patterns += QString("*.%1 ").arg(QString::fromLatin1(extension.data(), int(extension.size())));
 
     const QStringList chosen =
-        ondo::file_dialog::get_open_file_names(this, tr("Select files"), start, tr("Supported Files(%1)").arg(patterns));
+        ondo::file_dialog::get_open_file_names(this, tr("Select files"), start, tr("Supported Files (%1)").arg(patterns));
     if (chosen.isEmpty())
         return;
     last_load_path = QFileInfo(chosen.first()).absolutePath();
@@ -356,9 +356,11 @@ void MainWindow::on_button_help_clicked()
     QFile page(QString(":/help/index_%1.html").arg(lang));
     page.open(QIODevice::ReadOnly);
     QString text = QString::fromUtf8(page.readAll().constData());
-    // On every platform, as the page is written for the key that macOS calls Cmd.
+#ifdef Q_OS_MACOS
+    // The page names the keys as Linux and Windows do; on macOS the same shortcuts take Cmd.
     text.replace("Ctrl", "Cmd");
     text.replace("Strg", "Cmd");
+#endif
 
     // The page's links lead to the guide beside it.
     user_guide::write(lang, true);
