@@ -2,6 +2,7 @@
 
 #include "dialog_settings.h"
 #include "drop_files_widget.h"
+#include "run_note.h"
 #include "table_data_model.h"
 #include "ui_mainwindow.h"
 #include "user_guide.h"
@@ -131,7 +132,12 @@ void MainWindow::setup_layout()
     info->setContentsMargins(10, 4, 10, 4);
     info->setSpacing(4);
     info->addWidget(button_settings);
-    info->addStretch(1);
+    info->addSpacing(8);
+    note = new run_note(ui->widget_info);
+    info->addWidget(note, 1);
+    // Connected before the buttons' own slots, so that a run's note comes after the clearing.
+    for (ondo::button_dark* button : {button_fix_time, button_undo, button_load_images, button_reset})
+        connect(button, &QPushButton::clicked, note, &run_note::clear);
     info->addWidget(button_about);
     info->addWidget(button_help);
 
@@ -277,6 +283,7 @@ void MainWindow::load_files(QStringList filenames)
 {
     const run_guard guard(this);
     stop_requested = false;
+    note->clear();
     load_images_progress_dialog->setRange(0, filenames.size());
     load_images_progress_dialog->setValue(0);
     QCoreApplication::processEvents();
@@ -362,7 +369,7 @@ void MainWindow::on_button_load_images_clicked()
         patterns += QString("*.%1 ").arg(QString::fromLatin1(extension.data(), int(extension.size())));
 
     const QStringList chosen =
-        ondo::file_dialog::get_open_file_names(this, tr("Select files"), start, tr("Supported Files(%1)").arg(patterns));
+        ondo::file_dialog::get_open_file_names(this, tr("Select files"), start, tr("Supported Files (%1)").arg(patterns));
     if (chosen.isEmpty())
         return;
     last_load_path = QFileInfo(chosen.first()).absolutePath();
@@ -423,9 +430,11 @@ void MainWindow::on_button_help_clicked()
     QFile page(QString(":/help/index_%1.html").arg(lang));
     page.open(QIODevice::ReadOnly);
     QString text = QString::fromUtf8(page.readAll().constData());
-    // On every platform, as the page is written for the key that macOS calls Cmd.
+#ifdef Q_OS_MACOS
+    // The page names the keys as Linux and Windows do; on macOS the same shortcuts take Cmd.
     text.replace("Ctrl", "Cmd");
     text.replace("Strg", "Cmd");
+#endif
 
     // The page's links lead to the guide beside it.
     user_guide::write(lang, true);

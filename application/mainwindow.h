@@ -12,6 +12,7 @@
 
 class QTimer;
 class Ui_MainWindow;
+class run_note;
 class table_data_model;
 class undo_journal;
 
@@ -118,4 +119,6 @@ private:
     ondo::button_dark* button_about = nullptr;
     ondo::button_dark* button_load_images = nullptr;
     ondo::button_dark* button_reset = nullptr;
+    // What the last fix or undo did, until the next action.
+    run_note* note = nullptr;
 };

@@ -1,6 +1,7 @@
 // The fix run, its undo information and the undo run of MainWindow.
 #include "mainwindow.h"
 
+#include "run_note.h"
 #include "table_data_model.h"
 #include "ui_mainwindow.h"
 #include "undo_journal.h"
@@ -78,8 +79,8 @@ void MainWindow::on_button_fix_time_clicked()
                 && !recording_tags::holds_exif_zone(cache->file_tags[file.path]);
         });
         if (cr3_files >= 1
-            && !ask(tr("Trying to alter/set timezone of %1 CR3 images.\nThe CR3 format does not support timezone information.\nAll other values except the timezone will work normally.")
-                        .arg(QString::number(cr3_files))))
+            && !ask(tr("Trying to alter/set timezone of %n CR3 images.\nThe CR3 format does not support timezone information.\nAll other values except the timezone will work normally.",
+                        nullptr, int(cr3_files))))
             return;
     } else {
         const QDateTime bound(QDate(1972, 1, 1), QTime(0, 0, 0, 0), Qt::LocalTime);
@@ -97,12 +98,12 @@ void MainWindow::on_button_fix_time_clicked()
             }
         }
         if (zoneless_files > 0
-            && !ask(tr("%1 files do not have any timezone information set and you have not specified a timezone to use.\nIf you continue your computers local timezone will be used.\n\nWarning: Adding the timezone to an image can not be undone.")
-                        .arg(QString::number(zoneless_files))))
+            && !ask(tr("%n files do not have any timezone information set and you have not specified a timezone to use.\nIf you continue, your computer's local timezone will be used.\n\nWarning: Adding the timezone to an image can not be undone.",
+                        nullptr, zoneless_files)))
             return;
         if (early_files > 0
-            && !ask(tr("%1 files would be assigned a recording time prior to the 1st of January 1972 00:00:00.\nThe files system time can't be altered to times before this point.\nIf you continue the files date/time according to your operating system might not be correct (i.e. displayed as a date in the future or simply stuck at the 1st of January 1972).\nThe EXIF timestamps can handle this situation and dates prior to the 1st of January 1972 00:00:00 will be saved correctly.")
-                        .arg(QString::number(early_files))))
+            && !ask(tr("%n files would be assigned a recording time prior to the 1st of January 1972 00:00:00.\nThe file system time can't be altered to times before this point.\nIf you continue, the files' date/time according to your operating system might not be correct (i.e. displayed as a date in the future or simply stuck at the 1st of January 1972).\nThe EXIF timestamps can handle this situation and dates prior to the 1st of January 1972 00:00:00 will be saved correctly.",
+                        nullptr, early_files)))
             return;
     }
 
@@ -172,12 +173,15 @@ void MainWindow::on_button_fix_time_clicked()
     const QStringList failed_files = failures.values();
     // Skipped rows at the end leave the bar short of its maximum, where it would stay up.
     tavimo_progress_dialog->reset();
+    // Before the question: an undo chosen there puts its own note in place of this one.
+    note->show_after_fix(undo_info.size(), failed_files.size());
 
     // A program that is quitting asks nothing more.
     if (!failed_files.isEmpty() && !quitting) {
         const auto answer = ondo::message_box::question(ui->centralWidget, tr("Continue?"),
-            tr("The following %1 files could not be fixed:\n%2\n\n Do you want to keep the changes in the other files")
-                .arg(QString::number(failed_files.size()), failed_files.join(QLatin1Char('\n'))),
+            tr("The following %n files could not be fixed:\n%1\n\n Do you want to keep the changes in the other files",
+               nullptr, failed_files.size())
+                .arg(failed_files.join(QLatin1Char('\n'))),
             tr("Keep changes"), tr("Undo Changes"), QMessageBox::NoButton);
         if (answer == QMessageBox::No)
             on_button_undo_clicked();
@@ -231,8 +235,10 @@ void MainWindow::on_button_undo_clicked()
 
     tavimo_progress_dialog->reset();
     button_undo->setEnabled(!undo_info.isEmpty());
+    note->show_after_undo(done - int(failed_files.size()), int(failed_files.size()));
     if (!failed_files.isEmpty() && !quitting)
         ondo::message_box::warning(ui->centralWidget, tr("Undo"),
-            tr("The following %1 files could not be restored:\n%2\n\nTheir old times are kept: press undo again to retry.")
-                .arg(QString::number(failed_files.size()), failed_files.join(QLatin1Char('\n'))));
+            tr("The following %n files could not be restored:\n%1\n\nTheir old times are kept: press undo again to retry.",
+               nullptr, int(failed_files.size()))
+                .arg(failed_files.join(QLatin1Char('\n'))));
 }

@@ -3,8 +3,11 @@
 #include "file_identity.h"
 #include "recording_tags.h"
 
+#include <ondo/misc.h>
+
 #include <ondo/style.h>
 
+#include <QCollator>
 #include <QFileInfo>
 #include <QSize>
 #include <QtDebug>
@@ -328,10 +331,17 @@ void table_data_model::sort(int column, Qt::SortOrder order)
         rows.reserve(size_t(files.size()));
         for (const QString& path : qAsConst(files))
             rows.emplace_back(QFileInfo(path).fileName(), path);
+        // As file managers show names: case aside, numbers by value ("photo_2" before "photo_10"),
+        // letters as the locale orders them. The C locale has no order of letters of its own; the
+        // neutral one stands in, which puts "Ü" beside "U" rather than after "z".
+        const QLocale locale;
+        QCollator collator(locale.language() == QLocale::C ? QLocale(QLocale::English) : locale);
+        collator.setCaseSensitivity(Qt::CaseInsensitive);
         // Equal names (the same file name in two folders) fall back to the whole path.
-        std::sort(rows.begin(), rows.end(), [ascending](const auto& a, const auto& b) {
-            const int result = a.first == b.first ? QString::localeAwareCompare(a.second, b.second)
-                                                  : QString::localeAwareCompare(a.first, b.first);
+        std::sort(rows.begin(), rows.end(), [ascending, &collator](const auto& a, const auto& b) {
+            int result = ondo::compare_qstring_naturally(a.first, b.first, collator);
+            if (result == 0)
+                result = ondo::compare_qstring_naturally(a.second, b.second, collator);
             return ascending ? result < 0 : result > 0;
         });
         for (int i = 0; i < files.size(); ++i)

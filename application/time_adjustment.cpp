@@ -6,6 +6,31 @@
 #include <QIntValidator>
 #include <QLocale>
 
+namespace {
+
+// Hours of zone: the decimal sign may be a comma or a point in every locale. Under the C locale
+// (many sessions, every container) a comma would otherwise pass the validator as a group
+// separator and count as nothing.
+QString with_decimal_point(QString text) { return text.replace(QLatin1Char(','), QLatin1Char('.')); }
+
+class zone_validator : public QDoubleValidator {
+public:
+    explicit zone_validator(QObject* parent) : QDoubleValidator(-12.0, 14.0, 2, parent)
+    {
+        setNotation(QDoubleValidator::StandardNotation);
+        QLocale point = QLocale::c();
+        point.setNumberOptions(QLocale::RejectGroupSeparator);
+        setLocale(point);
+    }
+    State validate(QString& input, int& pos) const override
+    {
+        QString text = with_decimal_point(input);
+        return QDoubleValidator::validate(text, pos);
+    }
+};
+
+} // namespace
+
 time_adjustment::time_adjustment(QWidget* parent) : QWidget(parent), ui(new Ui_time_adjustment)
 {
     ui->setupUi(this);
@@ -15,9 +40,7 @@ time_adjustment::time_adjustment(QWidget* parent) : QWidget(parent), ui(new Ui_t
     for (QLineEdit* field : {ui->lineedit_year, ui->lineedit_month, ui->lineedit_day, ui->lineedit_hour,
                              ui->lineedit_minute, ui->lineedit_second})
         field->setValidator(new QIntValidator(field));
-    auto* zone = new QDoubleValidator(-12.0, 14.0, 2, ui->lineedit_timezone);
-    zone->setNotation(QDoubleValidator::StandardNotation);
-    ui->lineedit_timezone->setValidator(zone);
+    ui->lineedit_timezone->setValidator(new zone_validator(ui->lineedit_timezone));
 }
 
 time_adjustment::~time_adjustment() { delete ui; }
@@ -91,11 +114,7 @@ void time_adjustment::on_lineedit_second_textChanged(QString const& text)
 
 void time_adjustment::on_lineedit_timezone_textChanged(QString const& text)
 {
-    // C notation first; then the user's locale, so that "1,5" reads as 1.5 where the comma is
-    // the decimal sign. Unreadable text gives 0.
-    bool ok = false;
-    timezone = text.toDouble(&ok);
-    if (!ok)
-        timezone = QLocale().toDouble(text);
+    // What the validator lets stand always reads; only a part such as a lone "-" gives 0.
+    timezone = with_decimal_point(text).toDouble();
     values_changed();
 }

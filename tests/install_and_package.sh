@@ -38,7 +38,7 @@ fi
     || { cat "$work/cpack.log"; fail "cpack"; }
 deb=$(ls "$work"/package/*.deb)
 depends=$(dpkg-deb -f "$deb" Depends)
-for package in libqt5widgets5 libqt5dbus5 libimage-exiftool-perl fonts-freefont-ttf; do
+for package in libqt5widgets5 libqt5dbus5 libimage-exiftool-perl fonts-freefont-ttf qttranslations5-l10n; do
     echo "$depends" | tr ',' '\n' | grep -q "^ *$package\( \|$\)" || fail "$package is not among the dependencies"
 done
 dpkg-deb -c "$deb" | grep -q " ./usr/bin/tavimo\$" || fail "the program is not in the package"

@@ -4,9 +4,14 @@
 #include "test_support.h"
 
 #include <QApplication>
+#include <QDialog>
+#include <QLabel>
 #include <QRegularExpression>
 #include <QShortcut>
 #include <QSysInfo>
+#include <QTextBlock>
+#include <QTextDocument>
+#include <QTextLayout>
 #include <QtTest>
 
 class tst_application_information_box : public QObject {
@@ -28,8 +33,24 @@ private slots:
         ondo::application_information_box::install(&parent, {{"b", "2"}, {"a", "1"}});
         auto* shortcut = parent.findChild<QShortcut*>();
         QVERIFY(shortcut);
-        const auto seen = test_support::answer_next_box("OK");
+        // Where the text after each tab begins, per line.
+        QList<qreal> columns;
+        const auto seen = test_support::answer_next_box("OK", [&](QDialog* box) {
+            auto* label = box->findChild<QLabel*>("qt_msgbox_label");
+            const QTextDocument* document = label ? label->findChild<QTextDocument*>() : nullptr;
+            if (!document)
+                return;
+            for (QTextBlock block = document->begin(); block.isValid(); block = block.next()) {
+                const int tab = block.text().indexOf('\t');
+                if (tab >= 0 && block.text().startsWith("Component: "))
+                    columns << block.layout()->lineAt(0).cursorToX(tab + 1);
+            }
+        });
         QMetaObject::invokeMethod(shortcut, "activated");
+        // The versions stand in one column, whatever the length of the component's name.
+        QCOMPARE(columns.size(), 3);
+        QCOMPARE(columns.at(1), columns.at(0));
+        QCOMPARE(columns.at(2), columns.at(0));
         QCOMPARE(seen->title, QString("Application Information"));
         const QRegularExpression text("^OS: " + QRegularExpression::escape(QSysInfo::prettyProductName()) + "\nABI: "
             + QRegularExpression::escape(QSysInfo::buildAbi()) + "\n(gcc|clang) Version: \"\\d+\\.\\d+\\.\\d+\"\n\n"

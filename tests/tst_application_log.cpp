@@ -4,9 +4,13 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QHostAddress>
 #include <QLineEdit>
+#include <QNetworkInterface>
 #include <QProcess>
 #include <QPushButton>
+#include <QScreen>
+#include <QScrollBar>
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QTextEdit>
@@ -36,6 +40,25 @@ QTextEdit* page(const QString& name)
 }
 
 QLineEdit* filter() { return log_window()->findChild<QLineEdit*>(); }
+
+QPushButton* log_button(const QString& text)
+{
+    for (QPushButton* button : log_window()->findChildren<QPushButton*>())
+        if (button->text() == text)
+            return button;
+    return nullptr;
+}
+
+// The mean lightness of what `widget` shows, 0 to 255.
+int lightness(QWidget* widget)
+{
+    const QImage image = widget->grab().toImage();
+    qint64 sum = 0;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            sum += QColor(image.pixel(x, y)).lightness();
+    return int(sum / qMax(1, image.width() * image.height()));
+}
 
 // Saving looks for the desktop under this home.
 void save_into(const QTemporaryDir& home)
@@ -191,6 +214,51 @@ private slots:
         }
     }
 
+    // Dark like the rest of the program, and whole on the screen; the network report too, in a
+    // window as large as its text.
+    void windows_are_dark_and_on_the_screen()
+    {
+        QWidget* window = log_window();
+        const QRect screen = window->screen()->availableGeometry();
+        QVERIFY2(screen.contains(window->frameGeometry()), qPrintable(QString("%1,%2 %3x%4").arg(window->x()).arg(window->y()).arg(window->width()).arg(window->height())));
+        QVERIFY2(lightness(window) < 80, qPrintable(QString::number(lightness(window))));
+
+        log_button("Network report")->click();
+        QTextEdit* report = nullptr;
+        QTRY_VERIFY((report = qobject_cast<QTextEdit*>(QApplication::activeModalWidget())));
+        auto close_report = qScopeGuard([report] { report->close(); });
+        QCOMPARE(report->windowTitle(), QString("Network report"));
+        QVERIFY(screen.contains(report->frameGeometry()));
+        QVERIFY(report->width() > 256 && report->height() > 192);
+        QVERIFY2(lightness(report) < 80, qPrintable(QString::number(lightness(report))));
+        // Where the screen has room for it, all of the text shows without scrolling.
+        if (report->document()->size().height() + 40 < screen.height()) {
+            QCOMPARE(report->horizontalScrollBar()->maximum(), 0);
+            QCOMPARE(report->verticalScrollBar()->maximum(), 0);
+        }
+    }
+
+    void masked_addresses_data()
+    {
+        QTest::addColumn<QString>("address");
+        QTest::addColumn<bool>("hardware");
+        QTest::addColumn<QString>("masked");
+        QTest::newRow("hardware") << "7E:75:1A:2B:3C:4D" << true << "7E:75:1A:xx:xx:xx";
+        QTest::newRow("no hardware address") << "" << true << "";
+        QTest::newRow("IPv4") << "192.168.17.23" << false << "192.168.x.x";
+        QTest::newRow("IPv4 loopback stays") << "127.0.0.1" << false << "127.0.0.1";
+        QTest::newRow("IPv6") << "2001:db8:85a3::8a2e:370:7334" << false << "2001:db8:x:x:x:x:x:x";
+        QTest::newRow("IPv6 link-local") << "fe80::1c2a:3bff:fe4d:5e6f" << false << "fe80:0:x:x:x:x:x:x";
+        QTest::newRow("IPv6 loopback stays") << "::1" << false << "::1";
+    }
+
+    void masked_addresses()
+    {
+        QFETCH(QString, address);
+        QFETCH(bool, hardware);
+        QTEST(hardware ? ondo::masked_hardware_address(address) : ondo::masked_ip_address(QHostAddress(address)), "masked");
+    }
+
     void save_to_desktop()
     {
         QTemporaryDir home;
@@ -201,6 +269,8 @@ private slots:
         QCOMPARE(seen->title, QString("Application logs saved"));
         const QStringList saved = QDir(home.filePath("Desktop")).entryList(QDir::Files);
         QCOMPARE(saved.size(), 1);
+        QVERIFY2(QRegularExpression("^Tavimo Log \\d{4}-\\d\\d-\\d\\d \\d\\d\\.\\d\\d\\.\\d\\d\\.log$").match(saved.first()).hasMatch(),
+                 qPrintable(saved.first()));
         QCOMPARE(seen->text, "The application logs were saved to\n" + home.filePath("Desktop/" + saved.first()));
         QFile file(home.filePath("Desktop/" + saved.first()));
         QVERIFY(file.open(QIODevice::ReadOnly));
@@ -208,6 +278,15 @@ private slots:
         QVERIFY2(report.startsWith("Application: Tavimo (2.1.2)\nInstalled at: " + QCoreApplication::applicationDirPath() + "\nDate: "), qPrintable(report));
         QVERIFY2(report.contains(line + "\n\n" + main_text + "\n\n" + line + "\nApplication: "), qPrintable(report));
         QVERIFY2(report.endsWith("\n\n" + line + "\nApplication: second\nsecond page\n"), qPrintable(report));
+        // The machine's own addresses are not in the file, but each interface's name is.
+        for (const QNetworkInterface& interface : QNetworkInterface::allInterfaces()) {
+            QVERIFY(report.contains("Interface: " + interface.name() + " ("));
+            if (interface.hardwareAddress().count(':') == 5 && !interface.hardwareAddress().startsWith("00:00:00"))
+                QVERIFY2(!report.contains(interface.hardwareAddress()), qPrintable(interface.hardwareAddress()));
+            for (const QNetworkAddressEntry& entry : interface.addressEntries())
+                if (!entry.ip().isLoopback())
+                    QVERIFY2(!report.contains("Address: " + entry.ip().toString() + "/"), qPrintable(entry.ip().toString()));
+        }
     }
 
     void save_to_unwritable_desktop()

@@ -6,13 +6,16 @@
 
 #include <ondo/application.h>
 #include <ondo/exiftool.h>
+#include <ondo/language.h>
 
 #include <QFileOpenEvent>
 #include <QHeaderView>
+#include <QLabel>
 #include <QProgressDialog>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTableView>
+#include <QTranslator>
 #include <QtTest>
 
 #include <ctime>
@@ -395,6 +398,62 @@ private slots:
         QCOMPARE(button(undo_tip)->isEnabled(), answer == "Keep changes");
         QCOMPARE(album.entryList(QDir::Files | QDir::Hidden), names_before);
         QVERIFY(!QFile::exists("X") && !QFile::exists(dir->filePath("X")) && !album.exists("X"));
+    }
+
+    // A good photo and, with `failing`, one that vanishes after the load. The note in the top
+    // strip tells what the fix did and, after `answer` or a press of undo, what the undo did; the
+    // next action takes it away.
+    void a_note_after_every_run_data()
+    {
+        QTest::addColumn<bool>("failing");
+        QTest::addColumn<QString>("answer");
+        QTest::addColumn<QString>("after_fix");
+        QTest::addColumn<QString>("after_undo");
+        const QString undo_possible = " Undo is possible until Tavimo closes.";
+        QTest::newRow("two photos") << false << "" << "2 photos changed." + undo_possible << "Undo done: 2 photos as before.";
+        QTest::newRow("a failure, kept") << true << "Keep changes"
+                                         << "1 photo changed." + undo_possible + " 1 file could not be changed."
+                                         << "Undo done: 1 photo as before.";
+        QTest::newRow("a failure, undone") << true << "Undo Changes" << "" << "Undo done: 1 photo as before.";
+    }
+
+    void a_note_after_every_run()
+    {
+        QFETCH(bool, failing);
+        QFETCH(QString, answer);
+        const QList<QTranslator*> english = ondo::install_translators("en");
+        auto uninstall = qScopeGuard([&] {
+            for (QTranslator* translator : english)
+                QCoreApplication::removeTranslator(translator);
+        });
+        QStringList paths{photo("a.jpg", "ExifIFD:DateTimeOriginal=#")};
+        if (!failing)
+            paths << photo("b.jpg", "ExifIFD:DateTimeOriginal=#");
+        else
+            paths << photo("gone.jpg", "ExifIFD:DateTimeOriginal=#");
+        load_and_type(paths, "lineedit_hour", "1");
+        if (failing)
+            QVERIFY(QFile::remove(paths.last()));
+        auto* note = window->findChild<QLabel*>("run_note");
+        QVERIFY(note);
+
+        QString during_question;
+        const auto shown = test_support::answer_next_box(answer.isEmpty() ? "Keep changes" : answer,
+                                                         [&](QDialog*) { during_question = note->text(); });
+        press(fix_tip);
+        shown->cancelled = true;
+        QCOMPARE(shown->answered, failing);
+        if (failing)
+            QCOMPARE(during_question, QString("1 photo changed. Undo is possible until Tavimo closes. 1 file could not be changed."));
+        if (answer != "Undo Changes") {
+            QTEST(note->text(), "after_fix");
+            QVERIFY(note->isVisible());
+            press(undo_tip);
+        }
+        QTEST(note->text(), "after_undo");
+
+        window->load_files({paths.first()});
+        QCOMPARE(note->text(), QString());
     }
 
     // The window is closed from a timer while a run is under way, as main sets it up: the run

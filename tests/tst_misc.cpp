@@ -26,6 +26,31 @@ private slots:
         QVERIFY(!ondo::compare_qstring_naturally(b, a)); // no row has b before a
     }
 
+    // With a collator that ignores case: numbers by value at any length, letters by the collator,
+    // and what it can't tell apart by UTF-16 value, so that no two names compare equal.
+    void natural_order_with_a_collator_data()
+    {
+        QTest::addColumn<QString>("a");
+        QTest::addColumn<QString>("b");
+        QTest::newRow("photo_2 before photo_10") << "photo_2.jpg" << "photo_10.jpg";
+        QTest::newRow("case aside") << "iptc.jpg" << "Strand 01.jpg";
+        QTest::newRow("Ü beside U, before V") << "Ü.jpg" << "V.jpg";
+        QTest::newRow("21 digits don't wrap") << "x2" << "x100000000000000000001";
+        QTest::newRow("leading zeros by value") << "a002b" << "a10b";
+        QTest::newRow("upper before lower when all else is equal") << "A1.jpg" << "a1.jpg";
+    }
+
+    void natural_order_with_a_collator()
+    {
+        QFETCH(QString, a);
+        QFETCH(QString, b);
+        QCollator collator{QLocale(QLocale::English)};
+        collator.setCaseSensitivity(Qt::CaseInsensitive);
+        QVERIFY(ondo::compare_qstring_naturally(a, b, collator) < 0);
+        QVERIFY(ondo::compare_qstring_naturally(b, a, collator) > 0);
+        QCOMPARE(ondo::compare_qstring_naturally(a, a, collator), 0);
+    }
+
     void rotate_by_quarter_turns_data()
     {
         QTest::addColumn<int>("turns");

@@ -27,7 +27,12 @@ private slots:
         auto zone = [](bool stated, double hours) { return offset{0, 0, 0, 0, 0, 0, stated, hours}; };
         QTest::newRow("negative month") << "C" << "lineedit_month" << "-14" << offset{0, -14, 0, 0, 0, 0, false, 0.0};
         QTest::newRow("lone minus is 0") << "C" << "lineedit_hour" << "-" << zone(false, 0.0);
-        QTest::newRow("zone 1,5 with a decimal comma") << "de_DE" << "lineedit_timezone" << "1,5" << zone(true, 1.5);
+        // Either decimal sign in either locale: C is what containers and many sessions run under.
+        for (const char* locale : {"C", "de_DE"}) {
+            for (const char* keys : {"-3,5", "-3.5"})
+                QTest::addRow("zone %s under %s", keys, locale) << locale << "lineedit_timezone" << keys << zone(true, -3.5);
+            QTest::addRow("zone 5,75 under %s", locale) << locale << "lineedit_timezone" << "5,75" << zone(true, 5.75);
+        }
         QTest::newRow("zone lone minus") << "C" << "lineedit_timezone" << "-" << zone(true, 0.0);
     }
 

@@ -1,17 +1,22 @@
 #include "ondo/application_log.h"
 
 #include "ondo/message_box.h"
+#include "ondo/style.h"
 
+#include <QApplication>
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QGridLayout>
+#include <QGuiApplication>
+#include <QHostAddress>
 #include <QIcon>
 #include <QLineEdit>
 #include <QNetworkInterface>
 #include <QPointer>
 #include <QPushButton>
+#include <QScreen>
 #include <QScrollBar>
 #include <QShortcut>
 #include <QStandardPaths>
@@ -32,6 +37,42 @@ QPointer<application_log>& instance_pointer()
 }
 
 const QString separator(80, '-');
+
+// The log and its report are dark like the rest of the program.
+const QString window_sheet = QStringLiteral(
+    "QWidget#application_log, QTextEdit#network_report { background-color: rgb(47,47,47); }"
+    "QWidget { color: rgb(198,213,210); }"
+    "QTextEdit { background-color: rgb(38,38,38); border: 1px solid rgb(99,99,99);"
+    " selection-background-color: rgb(198,213,210); selection-color: #000; }"
+    "QTextEdit#network_report { border: none; }"
+    "QLineEdit { background-color: rgb(38,38,38); border: 1px solid rgb(99,99,99); padding: 2px;"
+    " selection-background-color: rgb(198,213,210); selection-color: #000; }"
+    "QPushButton { background-color: rgb(47,47,47); padding: 0.5ex 0.75em 0.25ex 0.75em; border-style: none;"
+    " border-width: 3px; border-image: url(:/gui/button/dark_normal.png) 3 stretch; }"
+    "QPushButton::pressed { border-image: url(:/gui/button/dark_pressed.png) 3 stretch; }"
+    "QPushButton::hover { color: #f0f0f0; }"
+    "QTabWidget::pane { border: none; }"
+    "QTabBar::tab { background-color: rgb(47,47,47); padding: 4px 12px; border: 1px solid rgb(99,99,99); }"
+    "QTabBar::tab:selected { background-color: rgb(68,68,68); }"
+    "QToolTip { color: rgb(198,213,210); background-color: rgb(47,47,47); border: 1px solid rgb(99,99,99); }");
+
+// Gives `window` the inner `size`, as far as the screen allows, and puts it, frame and all,
+// centred over `over` (or the screen) and wholly inside the screen's free area. The frame is
+// unknown until the window manager has drawn it, so room for a title bar and borders is kept.
+void place_on_screen(QWidget* window, QSize size, const QWidget* over)
+{
+    QScreen* screen = over ? over->screen() : QGuiApplication::primaryScreen();
+    const QRect area = screen->availableGeometry();
+    const QMargins frame(8, 32, 8, 8);
+    size = size.boundedTo(area.marginsRemoved(frame).size());
+    QRect outer(QPoint(), size.grownBy(frame));
+    outer.moveCenter(over ? over->frameGeometry().center() : area.center());
+    outer.moveLeft(qBound(area.left(), outer.left(), area.right() + 1 - outer.width()));
+    outer.moveTop(qBound(area.top(), outer.top(), area.bottom() + 1 - outer.height()));
+    window->resize(size);
+    // A window's position is that of its frame.
+    window->move(outer.topLeft());
+}
 
 void scroll_to_end(QTextEdit* edit) { edit->verticalScrollBar()->setValue(edit->verticalScrollBar()->maximum()); }
 
@@ -64,6 +105,8 @@ application_log::application_log(QObject* parent)
     poll_timer.start();
 
     window = new QWidget();
+    window->setObjectName("application_log");
+    window->setStyleSheet(window_sheet);
     window->resize(800, 300);
     window->setWindowTitle(tr("Application Log"));
     // Closing the log never ends the program, and an open log doesn't keep it running.
@@ -134,10 +177,17 @@ void application_log::add_command(QString name, std::function<void(const QString
 
 void application_log::open_log_window()
 {
-    if (window->isVisible())
+    if (window->isVisible()) {
         window->activateWindow();
-    else
-        window->show();
+        return;
+    }
+    // The first time over the window it was called from; later where the user left it.
+    if (!placed) {
+        QWidget* over = QApplication::activeWindow();
+        place_on_screen(window, window->size(), over == window ? nullptr : over);
+        placed = true;
+    }
+    window->show();
 }
 
 // Nothing reaches the widgets before the window has been shown once: until then the text
@@ -179,6 +229,7 @@ application_log::log_tab& application_log::tab_for(const QString& name)
     tab.name = name;
     tab.edit = new QTextEdit(window);
     tab.edit->setReadOnly(true);
+    style_scrollbars(tab.edit);
     tab.index = tabs->addTab(tab.edit, name);
     return tab;
 }
@@ -241,14 +292,14 @@ QString application_log::network_report() const
     QString report;
     for (const QNetworkInterface& interface : QNetworkInterface::allInterfaces()) {
         report += "Interface: " + interface.name() + " (" + interface.humanReadableName() + ") HW: "
-            + interface.hardwareAddress() + "\n";
+            + masked_hardware_address(interface.hardwareAddress()) + "\n";
         QStringList flags;
         for (const auto& [flag, flag_name] : flag_names)
             if (interface.flags().testFlag(flag))
                 flags << flag_name;
         report += "\t" + flags.join('|') + "\n";
         for (const QNetworkAddressEntry& entry : interface.addressEntries())
-            report += "\tAddress: " + entry.ip().toString() + "/" + QString::number(entry.prefixLength()) + "\n";
+            report += "\tAddress: " + masked_ip_address(entry.ip()) + "/" + QString::number(entry.prefixLength()) + "\n";
     }
     return report;
 }
@@ -256,7 +307,9 @@ QString application_log::network_report() const
 QString application_log::save_log()
 {
     const QString application = QCoreApplication::applicationName();
-    const QString file_name = application + " Log " + QString::number(QDateTime::currentSecsSinceEpoch()) + ".log";
+    // Dots between the parts of the time: a colon is not allowed in names on every system.
+    const QString file_name =
+        application + " Log " + QDateTime::currentDateTime().toString("yyyy-MM-dd hh.mm.ss") + ".log";
 
     QString report = "Application: " + application + " (" + QCoreApplication::applicationVersion() + ")\n";
     report += "Installed at: " + QCoreApplication::applicationDirPath() + "\n";
@@ -308,7 +361,11 @@ void application_log::on_save_clicked()
 
 void application_log::show_network_report()
 {
-    auto* report = new QTextEdit();
+    // A window of its own over the log, dark like it, and as large as its text.
+    auto* report = new QTextEdit(window);
+    report->setWindowFlags(Qt::Window);
+    report->setObjectName("network_report");
+    report->setStyleSheet(window_sheet);
     report->setReadOnly(true);
     report->setWindowTitle(tr("Network report"));
     report->setWindowModality(Qt::ApplicationModal);
@@ -317,8 +374,19 @@ void application_log::show_network_report()
     QFont font("monospace");
     font.setStyleHint(QFont::Monospace);
     report->setFont(font);
-    report->setPlainText(network_report());
-    report->setMinimumSize(report->sizeHint());
+    style_scrollbars(report);
+    const QString text = network_report();
+    report->setPlainText(text);
+
+    const QFontMetrics metrics(font);
+    int widest = 0;
+    const QStringList lines = text.split('\n');
+    for (const QString& line : lines)
+        widest = qMax(widest, metrics.horizontalAdvance(line));
+    // The document's margin on both sides, the frame, and a scroll bar's width to spare.
+    const int extra = 2 * int(report->document()->documentMargin()) + 2 * report->frameWidth() + 16;
+    report->setMinimumSize(240, 120);
+    place_on_screen(report, QSize(widest + extra, lines.size() * metrics.lineSpacing() + extra), window);
     report->show();
 }
 
@@ -333,6 +401,34 @@ void application_log::clear_logs()
         tab.text.clear();
         tab.edit->clear();
     }
+}
+
+QString masked_hardware_address(const QString& address)
+{
+    const QStringList bytes = address.split(':');
+    if (bytes.size() < 4)
+        return address;
+    QStringList masked = bytes.mid(0, 3);
+    for (int i = 3; i < bytes.size(); ++i)
+        masked << "xx";
+    return masked.join(':');
+}
+
+QString masked_ip_address(const QHostAddress& address)
+{
+    if (address.isLoopback() || address.isNull())
+        return address.toString();
+    if (address.protocol() == QAbstractSocket::IPv4Protocol) {
+        const quint32 ipv4 = address.toIPv4Address();
+        return QString("%1.%2.x.x").arg(ipv4 >> 24).arg((ipv4 >> 16) & 0xFF);
+    }
+    const Q_IPV6ADDR ipv6 = address.toIPv6Address();
+    QStringList groups;
+    for (int i = 0; i < 2; ++i)
+        groups << QString::number((ipv6[2 * i] << 8) | ipv6[2 * i + 1], 16);
+    for (int i = 2; i < 8; ++i)
+        groups << "x";
+    return groups.join(':');
 }
 
 void install_log_shortcuts(application_log* log, QWidget* owner)

@@ -13,6 +13,7 @@
 #include <sstream>
 #include <streambuf>
 
+class QHostAddress;
 class QLineEdit;
 class QPushButton;
 class QTabWidget;
@@ -169,7 +170,16 @@ private:
     std::map<QString, log_command> commands;
     // Keeps a character whose UTF-8 bytes were split between two drains whole.
     std::unique_ptr<QTextDecoder> decoder;
+    // Whether the window has been given its place on the screen.
+    bool placed = false;
 };
+
+// The log is sent to others for support, so the network report names the machine only roughly:
+// a hardware address keeps its first three bytes (the maker), an IPv4 address its first two
+// numbers and an IPv6 address its first two groups; the rest reads "xx" or "x". Loopback
+// addresses stay whole. Text that isn't a hardware address is returned as it is.
+QString masked_hardware_address(const QString& address);
+QString masked_ip_address(const QHostAddress& address);
 
 // Ctrl+Shift+L and Ctrl+Shift+R on `owner` (Command on macOS) both open the log window.
 // Does nothing without a log.

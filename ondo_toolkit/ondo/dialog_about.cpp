@@ -92,8 +92,7 @@ dialog_about::dialog_about(QWidget* parent, bool, const QString& logo_style_shee
     grid->addWidget(version_label, 0, 0);
     grid->addWidget(new QLabel(QCoreApplication::applicationVersion() + QString(" - %1 Bit").arg(64), this), 0, 1);
     main_layout->addSpacing(20);
-    // The source text is German on purpose, in both languages.
-    auto* website_label = new QLabel(tr("Webseite:"), this);
+    auto* website_label = new QLabel(tr("Website:"), this);
     website_label->setFont(bold);
     grid->addWidget(website_label, 2, 0);
     website = new QLabel(QGuiApplication::applicationDisplayName().toHtmlEscaped(), this);

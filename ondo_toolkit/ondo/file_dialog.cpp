@@ -3,8 +3,12 @@
 
 #include <QAbstractButton>
 #include <QComboBox>
+#include <QDateTime>
 #include <QDialogButtonBox>
 #include <QFileDialog>
+#include <QHeaderView>
+#include <QLocale>
+#include <QTreeView>
 
 namespace ondo {
 
@@ -60,6 +64,23 @@ void style_file_dialog(QFileDialog& dialog)
     for (auto* box : dialog.findChildren<QDialogButtonBox*>())
         for (QAbstractButton* button : box->buttons())
             button->setIcon(QIcon());
+    // Qt sizes the detail columns for its own small font and short English samples; with the
+    // design's font and a German date they would be cut to "10....KiB". They get room for the
+    // widest size and date the model can show.
+    if (auto* tree = dialog.findChild<QTreeView*>("treeView")) {
+        const QFontMetrics metrics(tree->font());
+        const QLocale locale = QLocale::system();
+        const int margin = 2 * metrics.horizontalAdvance(QLatin1Char('M')) + 8;
+        const QString widest[] = {
+            QString(),
+            locale.formattedDataSize(qint64(1023.99 * 1024 * 1024)),
+            QString(),
+            locale.toString(QDateTime(QDate(2000, 12, 28), QTime(23, 58, 58)), QLocale::ShortFormat),
+        };
+        for (int column : {1, 3})
+            tree->header()->resizeSection(column, qMax(tree->header()->sectionSize(column),
+                                                       metrics.horizontalAdvance(widest[column]) + margin));
+    }
 }
 
 } // namespace ondo

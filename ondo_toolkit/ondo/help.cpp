@@ -27,8 +27,11 @@ void open_help(const QString& path_template)
     // Up to the first zero byte, as a C string would end.
     QString text = QString::fromUtf8(page.readAll().constData());
 
+#ifdef Q_OS_MACOS
+    // Qt's Ctrl is the Command key there.
     text.replace("Ctrl", "Cmd");
     text.replace("Strg", "Cmd");
+#endif
     text.replace("StXrg", "Ctrl");
     text.replace("CtXrl", "Ctrl");
 

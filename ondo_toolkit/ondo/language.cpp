@@ -47,17 +47,21 @@ QList<QTranslator*> install_translators(const QString& lang)
 {
     if (!installed_translators)
         installed_translators = new QList<QTranslator*>;
+    // Qt's own texts (the file dialog's buttons and columns) come from Debian's
+    // qttranslations5-l10n; without it they stay English.
     const QString catalogues[3][2] = {
-        {"qt_" + lang, QLibraryInfo::location(QLibraryInfo::TranslationsPath)},
+        {"qtbase_" + lang, QLibraryInfo::location(QLibraryInfo::TranslationsPath)},
         {":/translations/" + lang, QString()},
         {":/translations/toolkit_" + lang, QString()},
     };
     QList<QTranslator*> translators;
     for (const auto& catalogue : catalogues) {
         auto* translator = new QTranslator();
-        // Not looked at: a missing catalogue leaves an empty translator, and the next one or
-        // the source text shows through.
-        translator->load(catalogue[0], catalogue[1]);
+        // A missing catalogue leaves an empty translator, and the next one or the source text
+        // shows through. The application's English one stands in for a language without its
+        // own, as it holds the singular forms of the texts with a count.
+        if (!translator->load(catalogue[0], catalogue[1]) && catalogue[0] == ":/translations/" + lang)
+            translator->load(":/translations/en");
         QCoreApplication::installTranslator(translator);
         translators << translator;
     }

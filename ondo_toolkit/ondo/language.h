@@ -23,9 +23,10 @@ QString get_language_suffix(const QString& key);
 // The code of the locale's language (its country does not count), or "" if it has none.
 QString get_lang_value_for_locale(const QLocale& locale);
 
-// Loads and installs, in this order, Qt's own catalogue for `lang`, the application's
-// (":/translations/<lang>") and the toolkit's (":/translations/toolkit_<lang>"). Each stays
-// installed, empty when its catalogue is missing (as all are for "en"). The caller owns them.
+// Loads and installs, in this order, Qt's own catalogue for `lang` ("qtbase_<lang>" in Qt's
+// translations folder), the application's (":/translations/<lang>", the English one when there
+// is none) and the toolkit's (":/translations/toolkit_<lang>"). Each stays installed, empty when
+// its catalogue is missing. The caller owns them.
 QList<QTranslator*> install_translators(const QString& lang);
 
 // After a change of the stored language: asks whether to quit now or continue in the old

@@ -5,6 +5,7 @@
 #include <QCloseEvent>
 #include <QLabel>
 #include <QPushButton>
+#include <QTextDocument>
 
 namespace ondo {
 
@@ -65,8 +66,36 @@ void message_box::add_buttons(StandardButtons buttons, StandardButton default_bu
     }
 }
 
+// Qt's tab stops lie 80 pixels apart, so a label longer than that pushed its value a whole stop
+// further than the others ("Component: ondo_infrastructure\tVersion: ..."). The stop is put
+// behind the longest label instead. The text becomes selectable, which gives it the document
+// whose stops can be set; support can copy it that way too.
+void message_box::line_up_columns()
+{
+    auto* label = findChild<QLabel*>("qt_msgbox_label");
+    if (!label || !text().contains('\t') || label->textFormat() == Qt::RichText)
+        return;
+    const QFontMetrics metrics(label->font());
+    int widest = 0;
+    for (const QString& line : text().split('\n'))
+        if (line.contains('\t'))
+            widest = qMax(widest, metrics.horizontalAdvance(line.section('\t', 0, 0)));
+    label->setTextInteractionFlags(label->textInteractionFlags() | Qt::TextSelectableByMouse);
+    auto* document = label->findChild<QTextDocument*>();
+    if (!document)
+        return;
+    QTextOption option = document->defaultTextOption();
+    option.setTabStopDistance(widest + metrics.horizontalAdvance(QStringLiteral("    ")));
+    document->setDefaultTextOption(option);
+    // Makes the label measure itself anew, keeping its document (a new text would replace it).
+    const bool wrap = label->wordWrap();
+    label->setWordWrap(!wrap);
+    label->setWordWrap(wrap);
+}
+
 QMessageBox::StandardButton message_box::run()
 {
+    line_up_columns();
     const int result = exec();
     if (verbose) {
         const QString answer = result == closed_by_window || !clickedButton() ? QString("Cancel")

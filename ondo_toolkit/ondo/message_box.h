@@ -46,6 +46,7 @@ protected:
 
 private:
     void add_buttons(StandardButtons buttons, StandardButton default_button);
+    void line_up_columns();
     StandardButton run();
     static StandardButton ask(QWidget* parent, Icon icon, const QString& title, const QString& text,
         StandardButtons buttons, StandardButton default_button,

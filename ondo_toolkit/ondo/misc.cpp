@@ -63,6 +63,61 @@ bool compare_qstring_naturally(const QString& a, const QString& b)
     }
 }
 
+namespace {
+
+// The end of the run of digits or of other characters that starts at `from`.
+int run_end(const QString& text, int from)
+{
+    const bool digits = is_digit(text.at(from).unicode());
+    int end = from + 1;
+    while (end < text.size() && is_digit(text.at(end).unicode()) == digits)
+        ++end;
+    return end;
+}
+
+// Two runs of digits by value, without a limit on their length: leading zeros aside, the longer
+// one is larger, and of two as long the first differing digit decides.
+int compare_numbers(QStringView a, QStringView b)
+{
+    auto significant = [](QStringView digits) {
+        int zeros = 0;
+        while (zeros < digits.size() - 1 && (digits.at(zeros).unicode() & 0xFF) == 0x30)
+            ++zeros;
+        return digits.mid(zeros);
+    };
+    a = significant(a);
+    b = significant(b);
+    if (a.size() != b.size())
+        return a.size() < b.size() ? -1 : 1;
+    for (int i = 0; i < a.size(); ++i) {
+        const int da = a.at(i).unicode() & 0xFF, db = b.at(i).unicode() & 0xFF;
+        if (da != db)
+            return da < db ? -1 : 1;
+    }
+    return 0;
+}
+
+} // namespace
+
+int compare_qstring_naturally(const QString& a, const QString& b, const QCollator& collator)
+{
+    int i = 0, j = 0;
+    while (i < a.size() && j < b.size()) {
+        const int end_a = run_end(a, i), end_b = run_end(b, j);
+        const QStringView run_a = QStringView(a).mid(i, end_a - i), run_b = QStringView(b).mid(j, end_b - j);
+        const int result = is_digit(a.at(i).unicode()) && is_digit(b.at(j).unicode())
+            ? compare_numbers(run_a, run_b)
+            : collator.compare(run_a, run_b);
+        if (result != 0)
+            return result;
+        i = end_a;
+        j = end_b;
+    }
+    if (i < a.size() || j < b.size())
+        return i < a.size() ? 1 : -1;
+    return a.compare(b);
+}
+
 QRect qrect_rotate_90_inside_rect(const QRect& rect, int quarter_turns, const QSize& from, QSize to)
 {
     const double left = double(rect.left()) / from.width();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCollator>
 #include <QRect>
 #include <QSize>
 #include <QString>
@@ -15,6 +16,12 @@ namespace ondo {
 // 64-bit numbers, wrapping beyond 19 digits), a digit comes before any other character, and
 // other characters compare by their UTF-16 value with no folding of case.
 bool compare_qstring_naturally(const QString& a, const QString& b);
+
+// The same natural order with the text between the numbers compared by `collator`, so that case
+// and the letters of a language count as it is set up to: below 0, 0 or above 0 as `a` comes
+// before, with or after `b`. Numbers compare by value however many digits they have; texts the
+// collator can't tell apart ("a1" and "A01") are ordered by their UTF-16 values.
+int compare_qstring_naturally(const QString& a, const QString& b, const QCollator& collator);
 
 // Maps `rect`, given in a picture of size `from`, into that picture turned by `quarter_turns`
 // (modulo 4) quarter turns clockwise. For odd turns the result is scaled to `to`; a `to` with a

@@ -40,7 +40,7 @@ Die Anwendung muss neu gestartet werden um die neue Sprache zu verwenden.</trans
     </message>
     <message>
         <source>Application logs saved</source>
-        <translation>Anwendugsprotokolle gespeichert</translation>
+        <translation>Anwendungsprotokolle gespeichert</translation>
     </message>
     <message>
         <source>Can&apos;t save the application logs to
@@ -55,7 +55,7 @@ Möglicherweise fehlt die Berechtigung dort zu schreiben oder die Festplatte ist
     </message>
     <message>
         <source>Clear application logs</source>
-        <translation>Anwendugsprotokolle leeren</translation>
+        <translation>Anwendungsprotokolle leeren</translation>
     </message>
     <message>
         <source>Clear log</source>
@@ -63,7 +63,7 @@ Möglicherweise fehlt die Berechtigung dort zu schreiben oder die Festplatte ist
     </message>
     <message>
         <source>Do you really want to clear the application logs?</source>
-        <translation>Möchtest du die Anwendungsprotokolle wirklich leeren?</translation>
+        <translation>Möchten Sie die Anwendungsprotokolle wirklich leeren?</translation>
     </message>
     <message>
         <source>Failed to save application logs</source>
@@ -109,7 +109,7 @@ Es konnten nur %2 von %3 Zeichen geschrieben weden. Möglicherweise ist die Fest
         <source>This software links dynamically to the Qt toolkit, used under the GNU Lesser General Public License (LGPL) version 3.
 The source code of Qt is available at https://download.qt.io/ and from the source packages of your distribution.</source>
         <translation>Diese Software ist dynamisch mit dem Qt-Toolkit gelinkt, das unter der GNU Lesser General Public License (LGPL) Version 3 verwendet wird.
-Der Quelltext von Qt ist unter https://download.qt.io/ und in den Quellpaketen deiner Distribution erhältlich.</translation>
+Der Quelltext von Qt ist unter https://download.qt.io/ und in den Quellpaketen Ihrer Distribution erhältlich.</translation>
     </message>
 </context>
 <context>
@@ -120,7 +120,7 @@ Der Quelltext von Qt ist unter https://download.qt.io/ und in den Quellpaketen d
     </message>
     <message>
         <source>Click here for 3rd party library information</source>
-        <translation>Klicke hier um Informationen über Bibliotheken von Drittanbietern zu erhalten</translation>
+        <translation>Klicken Sie hier, um Informationen über Bibliotheken von Drittanbietern zu erhalten</translation>
     </message>
     <message>
         <source>Copyright © 2013-%1 The %2 developers (%3)</source>
@@ -149,7 +149,7 @@ https://exiftool.org/</translation>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Webseite:</source>
+        <source>Website:</source>
         <translation>Webseite:</translation>
     </message>
 </context>

@@ -3,25 +3,37 @@
 <TS version="2.1" language="de_DE">
 <context>
     <name>MainWindow</name>
-    <message>
-        <source>%1 files do not have any timezone information set and you have not specified a timezone to use.
-If you continue your computers local timezone will be used.
+    <message numerus="yes">
+        <source>%n files do not have any timezone information set and you have not specified a timezone to use.
+If you continue, your computer&apos;s local timezone will be used.
 
 Warning: Adding the timezone to an image can not be undone.</source>
-        <translation>%1 Dateien habe keine Zeitzoneninformationen zugeordnet und es wurde keine Zeitzone angeben.
-Wenn du fortfährst wird die Zeitzone deines Computers verwendet.
+        <translation>
+            <numerusform>%n Datei hat keine Zeitzoneninformationen zugeordnet und es wurde keine Zeitzone angegeben.
+Wenn Sie fortfahren, wird die Zeitzone Ihres Computers verwendet.
 
-Achtung: Wurde die Zeitzone dem Bild hinzugefügt, kann sie nicht mehr entfernt werden.</translation>
+Achtung: Wurde die Zeitzone dem Bild hinzugefügt, kann sie nicht mehr entfernt werden.</numerusform>
+            <numerusform>%n Dateien haben keine Zeitzoneninformationen zugeordnet und es wurde keine Zeitzone angegeben.
+Wenn Sie fortfahren, wird die Zeitzone Ihres Computers verwendet.
+
+Achtung: Wurde die Zeitzone dem Bild hinzugefügt, kann sie nicht mehr entfernt werden.</numerusform>
+        </translation>
     </message>
-    <message>
-        <source>%1 files would be assigned a recording time prior to the 1st of January 1972 00:00:00.
-The files system time can&apos;t be altered to times before this point.
-If you continue the files date/time according to your operating system might not be correct (i.e. displayed as a date in the future or simply stuck at the 1st of January 1972).
+    <message numerus="yes">
+        <source>%n files would be assigned a recording time prior to the 1st of January 1972 00:00:00.
+The file system time can&apos;t be altered to times before this point.
+If you continue, the files&apos; date/time according to your operating system might not be correct (i.e. displayed as a date in the future or simply stuck at the 1st of January 1972).
 The EXIF timestamps can handle this situation and dates prior to the 1st of January 1972 00:00:00 will be saved correctly.</source>
-        <translation>%1 Dateien würden ein Aufnahmedatum zugewiesen bekommen, das vor dem 01.01.1972 00:00:00 liegt.
+        <translation>
+            <numerusform>%n Datei würde ein Aufnahmedatum zugewiesen bekommen, das vor dem 01.01.1972 00:00:00 liegt.
 Die Zeiten des Dateisystems können nicht auf Werte vor diesem Zeitpunkt gesetzt werden.
-Wenn du fortfährst ist die Zeit die dein Betriebssystem anzeigt möglicherweise nicht korrekt (z.B. wird ein Datum in der Zukunft angezeigt oder das Datum auf den 01.01.1972 gesetzt).
-Die EXIF-Zeitstempel können mit einem Aufnahmedatum vor dem 01.01.1972 00:00:00 umgehen und werden korrekt gespeichert.</translation>
+Wenn Sie fortfahren, ist die Zeit, die Ihr Betriebssystem anzeigt, möglicherweise nicht korrekt (z.B. wird ein Datum in der Zukunft angezeigt oder das Datum auf den 01.01.1972 gesetzt).
+Die EXIF-Zeitstempel können mit einem Aufnahmedatum vor dem 01.01.1972 00:00:00 umgehen und werden korrekt gespeichert.</numerusform>
+            <numerusform>%n Dateien würden ein Aufnahmedatum zugewiesen bekommen, das vor dem 01.01.1972 00:00:00 liegt.
+Die Zeiten des Dateisystems können nicht auf Werte vor diesem Zeitpunkt gesetzt werden.
+Wenn Sie fortfahren, ist die Zeit, die Ihr Betriebssystem anzeigt, möglicherweise nicht korrekt (z.B. wird ein Datum in der Zukunft angezeigt oder das Datum auf den 01.01.1972 gesetzt).
+Die EXIF-Zeitstempel können mit einem Aufnahmedatum vor dem 01.01.1972 00:00:00 umgehen und werden korrekt gespeichert.</numerusform>
+        </translation>
     </message>
     <message>
         <source>%v of %m</source>
@@ -100,7 +112,7 @@ Die EXIF-Zeitstempel können mit einem Aufnahmedatum vor dem 01.01.1972 00:00:00
         <translation>Informationen über die Anwendung anzeigen</translation>
     </message>
     <message>
-        <source>Supported Files(%1)</source>
+        <source>Supported Files (%1)</source>
         <translation>Unterstützte Dateitypen (%1)</translation>
     </message>
     <message>
@@ -113,15 +125,21 @@ The application needs to be restarted to use the new language.</source>
         <translation>Die Sprache der Benutzeroberfläche wurde geändert.
 Die Anwendung muss neu gestartet werden um die neue Sprache zu verwenden.</translation>
     </message>
-    <message>
-        <source>The following %1 files could not be fixed:
-%2
+    <message numerus="yes">
+        <source>The following %n files could not be fixed:
+%1
 
  Do you want to keep the changes in the other files</source>
-        <translation>Die folgenden %1 Dateien konnten nicht Angepasst werden:
-%2
+        <translation>
+            <numerusform>Die folgende Datei konnte nicht angepasst werden:
+%1
 
- Möchtest du die Änderungen in den anderen Dateien behalten</translation>
+ Möchten Sie die Änderungen in den anderen Dateien behalten</numerusform>
+            <numerusform>Die folgenden %n Dateien konnten nicht angepasst werden:
+%1
+
+ Möchten Sie die Änderungen in den anderen Dateien behalten</numerusform>
+        </translation>
     </message>
     <message>
         <source>The fonts FreeSans and FreeSans Bold, used under the GNU GPL version 3 with the font exception.
@@ -135,13 +153,18 @@ https://exiftool.org/</source>
         <translation>Dieses Programm liest und schreibt alle Metadaten mit ExifTool von Phil Harvey, verwendet unter den Bedingungen von Perl selbst (Artistic License oder GNU GPL).
 https://exiftool.org/</translation>
     </message>
-    <message>
-        <source>Trying to alter/set timezone of %1 CR3 images.
+    <message numerus="yes">
+        <source>Trying to alter/set timezone of %n CR3 images.
 The CR3 format does not support timezone information.
 All other values except the timezone will work normally.</source>
-        <translation>Die Zeitzone von %1 Bildern im CR3 Format soll hinzugefügt oder angepasst werden.
+        <translation>
+            <numerusform>Die Zeitzone von %n Bild im CR3 Format soll hinzugefügt oder angepasst werden.
 Das CR3 Format unterstützt jedoch keine Zeitzoneninformationen.
-Alle anderen Werte können regulär durch Tavimo geändert werden.</translation>
+Alle anderen Werte können regulär durch Tavimo geändert werden.</numerusform>
+            <numerusform>Die Zeitzone von %n Bildern im CR3 Format soll hinzugefügt oder angepasst werden.
+Das CR3 Format unterstützt jedoch keine Zeitzoneninformationen.
+Alle anderen Werte können regulär durch Tavimo geändert werden.</numerusform>
+        </translation>
     </message>
     <message>
         <source>Undo Changes</source>
@@ -167,15 +190,21 @@ Wird es nicht fertig, halten Sie es an: Diese Datei gilt dann als fehlgeschlagen
         <source>Undo</source>
         <translation>Rückgängig</translation>
     </message>
-    <message>
-        <source>The following %1 files could not be restored:
-%2
+    <message numerus="yes">
+        <source>The following %n files could not be restored:
+%1
 
 Their old times are kept: press undo again to retry.</source>
-        <translation>Die folgenden %1 Dateien konnten nicht wiederhergestellt werden:
-%2
+        <translation>
+            <numerusform>Die folgende Datei konnte nicht wiederhergestellt werden:
+%1
 
-Ihre alten Zeiten bleiben erhalten: Drücken Sie erneut auf Rückgängig, um es noch einmal zu versuchen.</translation>
+Ihre alten Zeiten bleiben erhalten: Drücken Sie erneut auf Rückgängig, um es noch einmal zu versuchen.</numerusform>
+            <numerusform>Die folgenden %n Dateien konnten nicht wiederhergestellt werden:
+%1
+
+Ihre alten Zeiten bleiben erhalten: Drücken Sie erneut auf Rückgängig, um es noch einmal zu versuchen.</numerusform>
+        </translation>
     </message>
 </context>
 <context>
@@ -263,6 +292,45 @@ Die Anwendung muss neu gestartet werden um die neue Sprache zu verwenden.</trans
     <message>
         <source>Settings</source>
         <translation>Einstellungen</translation>
+    </message>
+</context>
+<context>
+    <name>run_note</name>
+    <message numerus="yes">
+        <source>%n files could not be changed.</source>
+        <translation>
+            <numerusform>%n Datei konnte nicht geändert werden.</numerusform>
+            <numerusform>%n Dateien konnten nicht geändert werden.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n files could not be restored.</source>
+        <translation>
+            <numerusform>%n Datei konnte nicht zurückgesetzt werden.</numerusform>
+            <numerusform>%n Dateien konnten nicht zurückgesetzt werden.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n photos changed.</source>
+        <translation>
+            <numerusform>%n Foto geändert.</numerusform>
+            <numerusform>%n Fotos geändert.</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>No photos changed.</source>
+        <translation>Keine Fotos geändert.</translation>
+    </message>
+    <message numerus="yes">
+        <source>Undo done: %n photos as before.</source>
+        <translation>
+            <numerusform>Rückgängig gemacht: %n Foto wie zuvor.</numerusform>
+            <numerusform>Rückgängig gemacht: %n Fotos wie zuvor.</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Undo is possible until Tavimo closes.</source>
+        <translation>Rückgängig machen ist möglich, bis Tavimo beendet wird.</translation>
     </message>
 </context>
 <context>

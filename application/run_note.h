@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QLabel>
+
+// One line in the window's top strip that says what the last fix or undo did. It is never
+// modal and stays until the next action clears it.
+class run_note : public QLabel {
+    Q_OBJECT
+public:
+    explicit run_note(QWidget* parent = nullptr);
+
+    // `changed` files written, `failed` refused.
+    void show_after_fix(int changed, int failed);
+    // `restored` files given back their old times, `failed` not.
+    void show_after_undo(int restored, int failed);
+
+public slots:
+    void clear();
+
+private:
+    void show_text(const QString& text);
+};

@@ -1,0 +1,117 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="en">
+<!-- English is the source language: this catalogue holds only the singular and plural forms of
+     the texts with a count, which the source text can give in one form only. -->
+<context>
+    <name>MainWindow</name>
+    <message numerus="yes">
+        <source>%n files do not have any timezone information set and you have not specified a timezone to use.
+If you continue, your computer&apos;s local timezone will be used.
+
+Warning: Adding the timezone to an image can not be undone.</source>
+        <translation>
+            <numerusform>%n file does not have any timezone information set and you have not specified a timezone to use.
+If you continue, your computer&apos;s local timezone will be used.
+
+Warning: Adding the timezone to an image can not be undone.</numerusform>
+            <numerusform>%n files do not have any timezone information set and you have not specified a timezone to use.
+If you continue, your computer&apos;s local timezone will be used.
+
+Warning: Adding the timezone to an image can not be undone.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n files would be assigned a recording time prior to the 1st of January 1972 00:00:00.
+The file system time can&apos;t be altered to times before this point.
+If you continue, the files&apos; date/time according to your operating system might not be correct (i.e. displayed as a date in the future or simply stuck at the 1st of January 1972).
+The EXIF timestamps can handle this situation and dates prior to the 1st of January 1972 00:00:00 will be saved correctly.</source>
+        <translation>
+            <numerusform>%n file would be assigned a recording time prior to the 1st of January 1972 00:00:00.
+The file system time can&apos;t be altered to times before this point.
+If you continue, the file&apos;s date/time according to your operating system might not be correct (i.e. displayed as a date in the future or simply stuck at the 1st of January 1972).
+The EXIF timestamps can handle this situation and dates prior to the 1st of January 1972 00:00:00 will be saved correctly.</numerusform>
+            <numerusform>%n files would be assigned a recording time prior to the 1st of January 1972 00:00:00.
+The file system time can&apos;t be altered to times before this point.
+If you continue, the files&apos; date/time according to your operating system might not be correct (i.e. displayed as a date in the future or simply stuck at the 1st of January 1972).
+The EXIF timestamps can handle this situation and dates prior to the 1st of January 1972 00:00:00 will be saved correctly.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>The following %n files could not be fixed:
+%1
+
+ Do you want to keep the changes in the other files</source>
+        <translation>
+            <numerusform>The following file could not be fixed:
+%1
+
+ Do you want to keep the changes in the other files</numerusform>
+            <numerusform>The following %n files could not be fixed:
+%1
+
+ Do you want to keep the changes in the other files</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>The following %n files could not be restored:
+%1
+
+Their old times are kept: press undo again to retry.</source>
+        <translation>
+            <numerusform>The following file could not be restored:
+%1
+
+Its old times are kept: press undo again to retry.</numerusform>
+            <numerusform>The following %n files could not be restored:
+%1
+
+Their old times are kept: press undo again to retry.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Trying to alter/set timezone of %n CR3 images.
+The CR3 format does not support timezone information.
+All other values except the timezone will work normally.</source>
+        <translation>
+            <numerusform>Trying to alter/set timezone of %n CR3 image.
+The CR3 format does not support timezone information.
+All other values except the timezone will work normally.</numerusform>
+            <numerusform>Trying to alter/set timezone of %n CR3 images.
+The CR3 format does not support timezone information.
+All other values except the timezone will work normally.</numerusform>
+        </translation>
+    </message>
+</context>
+<context>
+    <name>run_note</name>
+    <message numerus="yes">
+        <source>%n files could not be changed.</source>
+        <translation>
+            <numerusform>%n file could not be changed.</numerusform>
+            <numerusform>%n files could not be changed.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n files could not be restored.</source>
+        <translation>
+            <numerusform>%n file could not be restored.</numerusform>
+            <numerusform>%n files could not be restored.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n photos changed.</source>
+        <translation>
+            <numerusform>%n photo changed.</numerusform>
+            <numerusform>%n photos changed.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>Undo done: %n photos as before.</source>
+        <translation>
+            <numerusform>Undo done: %n photo as before.</numerusform>
+            <numerusform>Undo done: %n photos as before.</numerusform>
+        </translation>
+    </message>
+</context>
+</TS>
