@@ -23,6 +23,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QFileOpenEvent>
 #include <QFontDatabase>
@@ -292,6 +293,9 @@ void MainWindow::load_files(QStringList filenames)
     // added one by one, in order.
     const int ahead = 8;
     int prefetched = 0;
+    QElapsedTimer since_painted;
+    since_painted.start();
+    ui->tableView->setUpdatesEnabled(false);
     for (int i = 0; i < filenames.size(); ++i) {
         // A stopped ExifTool ends the load; what was read so far stays in the table.
         if (run_ends())
@@ -300,10 +304,18 @@ void MainWindow::load_files(QStringList filenames)
             model->prefetch(filenames[prefetched]);
         model->add_file(filenames[i], true);
         end_stall_notice();
-        load_images_progress_dialog->setValue(i + 1);
-        // Keeps the window painted while input waits for the end of the load.
-        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents, 50);
+        // Keeps the window painted while input waits for the end of the load; a few times a
+        // second is enough for the eye, and painting the table for every file would cost more
+        // than ExifTool's read of it.
+        if (since_painted.elapsed() >= 40 || i + 1 == filenames.size()) {
+            ui->tableView->setUpdatesEnabled(true);
+            load_images_progress_dialog->setValue(i + 1);
+            QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents, 50);
+            ui->tableView->setUpdatesEnabled(false);
+            since_painted.restart();
+        }
     }
+    ui->tableView->setUpdatesEnabled(true);
     model->drop_prefetched();
     model->resort();
     // An empty list never reaches the maximum that hides the dialog by itself.

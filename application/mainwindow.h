@@ -81,7 +81,8 @@ private:
     // the file that was loaded, and are its old values on disk? If not, it goes on
     // `failed_files` with the reason and must not be written.
     void setup_undo_journal();
-    bool journal_before_write(const QString& path, const QList<undo_entry>& undo, QStringList& failed_files);
+    bool journal_before_write(const QString& path, const QList<undo_entry>& undo, QStringList& failed_files,
+                              bool flush = true);
     // Before an undo write: the same check of the file, against what the load saw.
     bool same_file_as_loaded(const QString& path, QStringList& failed_files);
     void end_journal_run();

@@ -14,6 +14,7 @@
 
 #include <QCoreApplication>
 #include <QDateTime>
+#include <QElapsedTimer>
 #include <QMap>
 #include <QPair>
 #include <QTimer>
@@ -25,6 +26,8 @@ namespace {
 
 // Writes queued ahead of the one a run waits for: enough for every child to have its next one.
 constexpr int writes_ahead = 8;
+// Writes whose undo information goes to disk in one flush.
+constexpr int writes_at_once = 4;
 
 } // namespace
 
@@ -120,16 +123,32 @@ void MainWindow::on_button_fix_time_clicked()
     QCoreApplication::processEvents();
 
     // Writes go out a few files ahead, so that every ExifTool child works; they are taken back in
-    // row order. Each file's undo is on disk before its write goes out.
+    // row order. Each file's undo is on disk before its write goes out: a few files' undo
+    // information is flushed at once, then their writes are sent.
     struct pending_write {
         int row;
         QString path;
         QList<undo_entry> undo;
+        exif_tag_map values;
         ondo::exif_response* response;
     };
-    QList<pending_write> pending;
+    QList<pending_write> unsent, pending;
     QMap<int, QString> failures; // by row, so that they are listed in table order
     int finished = 0;
+    QElapsedTimer since_painted;
+    since_painted.start();
+    auto send = [&] {
+        if (!unsent.isEmpty() && !journal->flush()) {
+            for (const pending_write& write : qAsConst(unsent))
+                failures.insert(write.row, undo_journal::tr("%1 (its undo information could not be saved)").arg(write.path));
+            unsent.clear();
+        }
+        for (pending_write& write : unsent) {
+            write.response = ondo::exiftool::write_tags_async(write.path, write.values);
+            pending.append(write);
+        }
+        unsent.clear();
+    };
     auto finish_one = [&] {
         const pending_write write = pending.takeFirst();
         ondo::exif_error error = ondo::exif_error::none;
@@ -143,8 +162,13 @@ void MainWindow::on_button_fix_time_clicked()
             failures.insert(write.row, write.path);
         journal->written(write.path, kept);
         end_stall_notice();
-        tavimo_progress_dialog->setValue(++finished);
-        QCoreApplication::processEvents();
+        ++finished;
+        // Events between files, but painting a few times a second only: it costs more than a write.
+        if (since_painted.elapsed() >= 40 || pending.isEmpty()) {
+            tavimo_progress_dialog->setValue(finished);
+            QCoreApplication::processEvents();
+            since_painted.restart();
+        }
     };
     // A reset pressed between two files ends the run, and so does a stopped ExifTool.
     for (int row = 0; row < plan.size() && resets == resets_before && !run_ends(); ++row) {
@@ -161,13 +185,16 @@ void MainWindow::on_button_fix_time_clicked()
         const QList<undo_entry> undo = recording_tags::undo_entries(tags, cache->file_data[path], values);
 
         QStringList refused;
-        if (journal_before_write(path, undo, refused))
-            pending.append({row, path, undo, ondo::exiftool::write_tags_async(path, values)});
+        if (journal_before_write(path, undo, refused, false))
+            unsent.append({row, path, undo, values, nullptr});
         else
             failures.insert(row, refused.join(QLatin1Char('\n')));
+        if (unsent.size() >= writes_at_once)
+            send();
         if (pending.size() >= writes_ahead)
             finish_one();
     }
+    send();
     while (!pending.isEmpty())
         finish_one();
     const QStringList failed_files = failures.values();
@@ -203,6 +230,8 @@ void MainWindow::on_button_undo_clicked()
     QList<QPair<QString, ondo::exif_response*>> pending;
     QStringList failed_files;
     int done = 0;
+    QElapsedTimer since_painted;
+    since_painted.start();
     auto finish_one = [&] {
         const auto write = pending.takeFirst();
         // What could not be written back stays, so that the undo can be tried again.
@@ -211,8 +240,12 @@ void MainWindow::on_button_undo_clicked()
         else
             failed_files << write.first;
         end_stall_notice();
-        tavimo_progress_dialog->setValue(++done);
-        QCoreApplication::processEvents();
+        ++done;
+        if (since_painted.elapsed() >= 40 || pending.isEmpty()) {
+            tavimo_progress_dialog->setValue(done);
+            QCoreApplication::processEvents();
+            since_painted.restart();
+        }
     };
     const QStringList paths = undo_info.keys();
     for (const QString& path : paths) {

@@ -26,14 +26,15 @@ void MainWindow::setup_undo_journal()
     QTimer::singleShot(0, this, &MainWindow::offer_unfinished_runs);
 }
 
-bool MainWindow::journal_before_write(const QString& path, const QList<undo_entry>& undo, QStringList& failed_files)
+bool MainWindow::journal_before_write(const QString& path, const QList<undo_entry>& undo, QStringList& failed_files,
+                                      bool flush)
 {
     const file_identity loaded = file_identity::from_record(exif_cache::instance()->file_data[path]);
     if (!loaded.same_file(file_identity::of(path))) {
         failed_files << changed_since_loaded(path);
         return false;
     }
-    if (!journal->add(path, loaded, undo)) {
+    if (!journal->add(path, loaded, undo, flush)) {
         failed_files << undo_journal::tr("%1 (its undo information could not be saved)").arg(path);
         return false;
     }

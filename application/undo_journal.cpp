@@ -218,7 +218,7 @@ bool undo_journal::begin_run()
     return ok;
 }
 
-bool undo_journal::add(const QString& path, const file_identity& identity, const QList<undo_entry>& undo)
+bool undo_journal::add(const QString& path, const file_identity& identity, const QList<undo_entry>& undo, bool flush)
 {
     QJsonArray entries;
     for (const undo_entry& entry : undo) {
@@ -232,10 +232,18 @@ bool undo_journal::add(const QString& path, const file_identity& identity, const
     record[QStringLiteral("photo")] = path;
     put_identity(record, identity, false);
     record[QStringLiteral("undo")] = entries;
-    if (!append(record))
+    if (!append(record, flush))
         return false;
     loaded.insert(path, identity);
     return true;
+}
+
+bool undo_journal::flush()
+{
+    if (descriptor >= 0 && ::fsync(descriptor) == 0)
+        return true;
+    qWarning() << "Can't write undo information to" << run_file;
+    return false;
 }
 
 void undo_journal::written(const QString& path, bool success)

@@ -34,8 +34,11 @@ public:
     // can't be made; every add() then fails as well. Each call is matched by one end_run().
     bool begin_run();
     // Before the write of `path`: what the load saw of it and what gives its times back, on
-    // disk. False when that could not be flushed; the write must then not be sent.
-    bool add(const QString& path, const file_identity& loaded, const QList<undo_entry>& undo);
+    // disk. False when that could not be flushed; the write must then not be sent. Without
+    // `flush`, flush() must succeed before the write goes out.
+    bool add(const QString& path, const file_identity& loaded, const QList<undo_entry>& undo, bool flush = true);
+    // Puts what add() wrote on disk; false when it can't.
+    bool flush();
     // After the write of `path`: a success records the state the write left, so that a later
     // start sees whether anyone changed the photo since; a failure takes it out of the run.
     void written(const QString& path, bool success);

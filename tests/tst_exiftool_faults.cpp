@@ -18,6 +18,7 @@
 #include <QProgressDialog>
 #include <QPushButton>
 #include <QRandomGenerator>
+#include <QTableView>
 #include <QtTest>
 
 #include <csignal>
@@ -181,6 +182,65 @@ private slots:
         ondo::exiftool::shutdown(true);
         for (const qint64 pid : perl.pids())
             QTRY_VERIFY_WITH_TIMEOUT(!is_running(pid), 10000);
+    }
+
+    // Loading with three children gives the table that one child gives, row for row; a fix with
+    // three writes every good file once and lists the failures in table order.
+    void several_children_work_as_one()
+    {
+        QStringList paths;
+        for (int i = 0; i < 12; ++i) {
+            exif_tag_map tags;
+            if (i % 4 != 3)
+                tags["ExifIFD:DateTimeOriginal"] = QString("2017:06:%1 18:30:05").arg(10 + i);
+            if (i % 3 == 0)
+                tags["IFD0:ModifyDate"] = "2016:01:02 03:04:05";
+            if (i % 5 == 0)
+                tags["IFD0:Make"] = QString("Maker %1").arg(i);
+            paths << test_support::make_tagged_photo(dir->path(), QString("s%1.jpg").arg(i, 2, 10, QLatin1Char('0')), tags);
+        }
+        auto table = [this] {
+            QStringList rows;
+            QAbstractItemModel* model = window->findChild<QTableView*>()->model();
+            for (int row = 0; row < model->rowCount(); ++row)
+                rows << model->index(row, 0).data().toString() + " | " + model->index(row, 1).data().toString();
+            return rows;
+        };
+        auto load = [&](int children) {
+            ondo::exiftool::shutdown(false);
+            ondo::exiftool::set_pool_size(children);
+            delete window;
+            test_support::forget_files();
+            window = test_support::open_main_window();
+            window->load_files(paths);
+            return table();
+        };
+        const QStringList one = load(1);
+        QCOMPARE(one.size(), paths.size());
+        QCOMPARE(load(3), one);
+        QCOMPARE(ondo::workers.size(), 3);
+
+        // Crafted names and a vanished file between good ones: refused or failed, in row order.
+        const QString crafted = dir->filePath("a\n-if\n1.jpg");
+        const QString gone = dir->filePath("zz gone.jpg");
+        QVERIFY(QFile::copy(paths[0], crafted) && QFile::copy(paths[0], gone));
+        window->load_files({crafted, gone});
+        QVERIFY(QFile::remove(paths[4]) && QFile::remove(gone));
+        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
+        ondo::exiftool::verbose(true);
+        test_support::log_capture log;
+        const auto failed = test_support::answer_next_box("Keep changes");
+        test_support::button(window, fix_tip)->click();
+        failed->cancelled = true;
+        ondo::exiftool::verbose(false);
+        ondo::exiftool::set_pool_size(0);
+        const QString text = failed->text;
+        QVERIFY2(text.indexOf(crafted) >= 0 && text.indexOf(crafted) < text.indexOf(paths[4])
+                     && text.indexOf(paths[4]) < text.indexOf(gone), qPrintable(text));
+        const QStringList writes = log.lines().filter("Writing '").filter("-overwrite_original_in_place");
+        for (int i = 0; i < paths.size(); ++i)
+            if (i != 4 && i % 4 != 3) // the vanished one fails; the dateless have nothing to write
+                QCOMPARE(writes.filter("\n" + paths[i] + "\n").size(), 1);
     }
 
     // The real ExifTool is killed in the middle of a fix run over large photos: at most the file

@@ -12,6 +12,7 @@
 #include <QLoggingCategory>
 #include <QMutex>
 #include <QRegularExpression>
+#include <QSet>
 #include <QThread>
 
 namespace ondo {
@@ -357,30 +358,29 @@ bool exiftool::write_application_info_to_exif(const QString& file)
 
 exif_tag_map exiftool::remove_nonwriteable_tags(const exif_tag_map& tags, bool keep_file_tags)
 {
-    // Writable, but never to be carried from one image to another.
-    static const std::vector<QString> file_tags = {"FileName", "Directory"};
-    static const std::vector<QString> look_tags = {
-        "LookAmount", "LookGroup", "LookName", "LookParametersCameraProfile",
-        "LookParametersConvertToGrayscale", "LookParametersLookTable", "LookParametersProcessVersion",
-        "LookParametersToneCurvePV2012", "LookParametersToneCurvePV2012Blue",
-        "LookParametersToneCurvePV2012Green", "LookParametersToneCurvePV2012Red",
-        "LookParametersVersion", "LookSupportsAmount", "LookSupportsMonochrome",
-        "LookSupportsOutputReferred", "LookUuid", "OverrideLookVignette"};
-    static const std::vector<QString> derived_image_tags = {
-        "ThumbnailLength", "ThumbnailOffset", "ThumbnailImage", "PhotoshopThumbnail", "Compression",
-        "BitsPerSample", "SamplesPerPixel", "YCbCrPositioning", "YCbCrSubSampling",
-        "ComponentsConfiguration", "ImageHeight", "ImageWidth"};
+    // Writable, but never to be carried from one image to another: ExifTool's own list, the look
+    // and derived image tags. Built once, since a fix run asks for every file.
+    static const QSet<QString> never = [] {
+        QSet<QString> names = {
+            "LookAmount", "LookGroup", "LookName", "LookParametersCameraProfile",
+            "LookParametersConvertToGrayscale", "LookParametersLookTable", "LookParametersProcessVersion",
+            "LookParametersToneCurvePV2012", "LookParametersToneCurvePV2012Blue",
+            "LookParametersToneCurvePV2012Green", "LookParametersToneCurvePV2012Red",
+            "LookParametersVersion", "LookSupportsAmount", "LookSupportsMonochrome",
+            "LookSupportsOutputReferred", "LookUuid", "OverrideLookVignette",
+            "ThumbnailLength", "ThumbnailOffset", "ThumbnailImage", "PhotoshopThumbnail", "Compression",
+            "BitsPerSample", "SamplesPerPixel", "YCbCrPositioning", "YCbCrSubSampling",
+            "ComponentsConfiguration", "ImageHeight", "ImageWidth"};
+        for (const std::string_view name : exiftool_data::forbidden_tags)
+            names.insert(QString::fromUtf8(name.data(), int(name.size())));
+        return names;
+    }();
+    static const QSet<QString> file_tags = {"FileName", "Directory"};
 
-    exif_tag_map result = tags;
-    for (const std::string_view name : exiftool_data::forbidden_tags)
-        result.erase(QString::fromUtf8(name.data(), int(name.size())));
-    for (const QString& name : look_tags)
-        result.erase(name);
-    if (!keep_file_tags)
-        for (const QString& name : file_tags)
-            result.erase(name);
-    for (const QString& name : derived_image_tags)
-        result.erase(name);
+    exif_tag_map result;
+    for (const auto& [name, value] : tags)
+        if (!never.contains(name) && (keep_file_tags || !file_tags.contains(name)))
+            result.emplace_hint(result.end(), name, value);
     return result;
 }
 

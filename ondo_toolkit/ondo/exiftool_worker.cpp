@@ -19,6 +19,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #ifdef Q_OS_LINUX
+#include <sched.h>
 #include <sys/prctl.h>
 #endif
 
@@ -70,6 +71,17 @@ namespace {
 
 // Ends stay-open mode; ExifTool then exits after the command it is running.
 const QString close_command = QStringLiteral("-stay_open\n0\n");
+
+int usable_cores()
+{
+#ifdef Q_OS_LINUX
+    cpu_set_t allowed;
+    CPU_ZERO(&allowed);
+    if (::sched_getaffinity(0, sizeof(allowed), &allowed) == 0)
+        return CPU_COUNT(&allowed);
+#endif
+    return QThread::idealThreadCount();
+}
 
 qint64 now_ns()
 {
@@ -488,8 +500,9 @@ void exiftool_worker_init()
     qRegisterMetaType<ondo::exif_response*>("ondo::exif_response*");
     qRegisterMetaType<ondo::exif_error>("ondo::exif_error");
 
-    // One child per core, at most four: each takes about 20 MB, and ExifTool itself is the work.
-    const int count = pool_size > 0 ? pool_size.load() : qBound(1, QThread::idealThreadCount(), 4);
+    // One child per core the program may run on, at most four: each takes about 20 MB, and
+    // ExifTool itself is the work.
+    const int count = pool_size > 0 ? pool_size.load() : qBound(1, usable_cores(), 4);
     for (int i = 0; i < count; ++i) {
         auto* thread = new QThread;
         thread->setObjectName(QStringLiteral("Exiftol IO Worker"));
