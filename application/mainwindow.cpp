@@ -89,7 +89,7 @@ MainWindow::MainWindow(QWidget* parent)
     quit_watchdog = new QTimer(this);
     quit_watchdog->setSingleShot(true);
     quit_watchdog->setInterval(5000);
-    connect(quit_watchdog, &QTimer::timeout, this, &MainWindow::stop_exiftool);
+    connect(quit_watchdog, &QTimer::timeout, this, [this] { stop_exiftool(quit_watchdog->interval() - 1000); });
     ui->widget_time_adjust->init_focus();
     setup_undo_journal();
 }
@@ -231,7 +231,7 @@ ondo::progress_dialog* MainWindow::make_progress_dialog(const QString& label)
     // also says canceled.
     connect(dialog, &QProgressDialog::canceled, this, [this] {
         if (!ui->centralWidget->isEnabled())
-            stop_exiftool();
+            stop_exiftool(ondo::exiftool::time_limit() / 2);
     });
     dialog->setCancelButton(nullptr);
     dialog->setMinimumDuration(0);
@@ -361,10 +361,11 @@ void MainWindow::end_stall_notice()
     }
 }
 
-void MainWindow::stop_exiftool()
+void MainWindow::stop_exiftool(int busy_for_ms)
 {
     stop_requested = true;
-    ondo::exiftool::interrupt();
+    // Only the children that hold up the run: the others finish what they are writing.
+    ondo::exiftool::interrupt(busy_for_ms);
 }
 
 void MainWindow::on_button_load_images_clicked()

@@ -61,8 +61,9 @@ private:
     // that stops it. Until the file has answered, the rest of the window takes no input.
     void show_stall_notice(const QString& file);
     void end_stall_notice();
-    // Stops the child; the run under way counts its file as failed and ends before the next one.
-    void stop_exiftool();
+    // Stops each child that has been at its file for `busy_for_ms`; the run under way counts
+    // that file as failed and ends before the next one.
+    void stop_exiftool(int busy_for_ms);
     // The run under way stops before its next file: ExifTool was stopped, by the user or by the
     // quit's watchdog.
     bool run_ends() const { return stop_requested; }

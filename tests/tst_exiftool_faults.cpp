@@ -173,11 +173,12 @@ private slots:
         }
         stopper.stop();
         ondo::exiftool::set_time_limit(60000);
-        const QByteArray input = perl.input();
+        // Two children log their input line by line into one file, so lines are counted, not runs:
+        // each file is named once by its read and once by each write.
+        const QList<QByteArray> input = perl.input().split('\n');
         QVERIFY(input.contains(QFile::encodeName(paths[0])));
         if (run != "load")
-            QCOMPARE(input.count("\n" + QFile::encodeName(paths[2]) + "\n-overwrite_original_in_place"),
-                     run == "undo" ? 2 : 1);
+            QCOMPARE(int(input.count(QFile::encodeName(paths[2]))), run == "undo" ? 3 : 2);
         QVERIFY(window->findChild<QWidget*>("centralWidget")->isEnabled());
         ondo::exiftool::shutdown(true);
         for (const qint64 pid : perl.pids())

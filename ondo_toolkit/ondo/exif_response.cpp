@@ -36,10 +36,10 @@ void exif_response::mark_ready()
 
 void exif_response::mark_error(exif_error e)
 {
-    record_error(e, true);
+    record_error(e, then::clear_ready);
 }
 
-void exif_response::record_error(exif_error e, bool clear_ready)
+void exif_response::record_error(exif_error e, then change)
 {
     stop_timer();
     if (aborted_flag.load(std::memory_order_acquire))
@@ -48,8 +48,11 @@ void exif_response::record_error(exif_error e, bool clear_ready)
     error_code = e;
     emit error(e);
     emit finished();
-    if (clear_ready)
+    // Last, as in mark_ready: once the wait has ended the asker may delete this object.
+    if (change == then::clear_ready)
         ready_flag.store(false, std::memory_order_release);
+    else if (change == then::end_wait)
+        aborted_flag.store(true, std::memory_order_release);
     wake(waiter);
 }
 
@@ -66,7 +69,7 @@ void exif_response::timeout()
         return;
     // The ready mark stays: the worker may set it between the check above and here, and
     // clearing it then would leave await() waiting for an answer that has already come.
-    record_error(exif_error::timeout, false);
+    record_error(exif_error::timeout, then::keep_flags);
 }
 
 bool exif_response::is_ready() const
@@ -126,16 +129,7 @@ void exif_response::abort(exif_error e)
 
 void exif_response::fail(exif_error e)
 {
-    stop_timer();
-    if (aborted_flag.load(std::memory_order_acquire))
-        return;
-    QAbstractEventDispatcher* waiter = QAbstractEventDispatcher::instance(thread());
-    error_code = e;
-    emit error(e);
-    emit finished();
-    // Last, as in mark_ready: the asker may delete this object once it sees the flag.
-    aborted_flag.store(true, std::memory_order_release);
-    wake(waiter);
+    record_error(e, then::end_wait);
 }
 
 } // namespace ondo

@@ -66,8 +66,10 @@ signals:
 
 private:
     void stop_timer();
-    // Records `e` and emits error and finished; `clear_ready` also takes back a ready mark.
-    void record_error(exif_error e, bool clear_ready);
+    // What an error does to the flags the wait looks at, besides being recorded.
+    enum class then { keep_flags, clear_ready, end_wait };
+    // Records `e`, emits error and finished, and then changes the flags.
+    void record_error(exif_error e, then change);
     static void wake(QAbstractEventDispatcher* waiter);
 };
 
