@@ -277,7 +277,8 @@ private slots:
         exiftool::set_time_limit(60000);
 
         QVERIFY2(log.count(logged) == 1, qPrintable(log.lines().join('\n')));
-        QCOMPARE(overdue.size(), stop || !make.isEmpty() ? 1 : 0);
+        if (stop || !make.isEmpty()) // a flood may pass the short limit too on a slow build
+            QCOMPARE(overdue.size(), 1);
         QTEST(int(perl.starts().size()), "children");
         exiftool::shutdown(true);
         for (const qint64 pid : perl.pids())

@@ -206,8 +206,10 @@ exiftool_events* exiftool_events::instance()
 void exiftool::interrupt(int busy_for_ms)
 {
     QMutexLocker lock(&worker_mutex());
-    for (exiftool_worker* worker : qAsConst(workers))
+    for (exiftool_worker* worker : qAsConst(workers)) {
+        const queued_call_mark mark(worker);
         QMetaObject::invokeMethod(worker, "interrupt", Qt::QueuedConnection, Q_ARG(int, busy_for_ms));
+    }
 }
 
 void exiftool::set_time_limit(int ms)
