@@ -1,0 +1,80 @@
+// The keyboard's way through the window, and the offset taken from one photo whose true time is
+// known.
+#include "mainwindow.h"
+
+#include "dialog_correct_time.h"
+#include "table_data_model.h"
+#include "ui_mainwindow.h"
+
+#include <ondo/button_dark.h>
+#include <ondo/message_box.h>
+
+#include <QAction>
+#include <QFileInfo>
+#include <QLineEdit>
+#include <QMenu>
+#include <QRadioButton>
+
+void MainWindow::setup_keyboard()
+{
+    // Top to bottom, left to right, as the window reads.
+    QList<QWidget*> chain{button_settings, button_about,       button_help, button_fix_time,
+                          button_undo,     button_load_images, button_reset};
+    for (const char* name : {"lineedit_year", "lineedit_month", "lineedit_day", "lineedit_hour", "lineedit_minute",
+                             "lineedit_second", "lineedit_timezone"})
+        chain << ui->widget_time_adjust->findChild<QLineEdit*>(name);
+    for (QRadioButton* radio : ui->widget_datetime_format->findChildren<QRadioButton*>())
+        chain << radio;
+    chain << ui->tableView;
+    chain.removeAll(nullptr);
+    for (int i = 1; i < chain.size(); ++i)
+        setTabOrder(chain[i - 1], chain[i]);
+
+    // The form lets the table take the focus and one row; Tab leaves it.
+    QTableView* table = ui->tableView;
+    correct_time_action = new QAction(tr("Set the correct time of this photo…"), table);
+    correct_time_action->setShortcut(QKeySequence(Qt::Key_F2));
+    correct_time_action->setShortcutContext(Qt::WidgetShortcut);
+    table->addAction(correct_time_action);
+    connect(correct_time_action, &QAction::triggered, this, &MainWindow::correct_time_of_current_photo);
+    // Enter on a row, or a double click.
+    connect(table, &QAbstractItemView::activated, this, &MainWindow::correct_time_of_current_photo);
+
+    table->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(table, &QWidget::customContextMenuRequested, this, [this, table](const QPoint& position) {
+        const QModelIndex index = table->indexAt(position);
+        if (!index.isValid())
+            return;
+        table->setCurrentIndex(index);
+        QMenu menu(this);
+        menu.setStyleSheet("QMenu {background-color: rgb(47,47,47); color: rgb(198,213,210);"
+                           "border: 1px solid rgb(99,99,99); padding: 2px;}"
+                           "QMenu::item {padding: 4px 16px;}"
+                           "QMenu::item:selected {background-color: rgb(91,91,91); color: #f0f0f0;}");
+        menu.addAction(correct_time_action);
+        menu.exec(table->viewport()->mapToGlobal(position));
+    });
+}
+
+void MainWindow::correct_time_of_current_photo()
+{
+    // Not while a run reads the offset file by file.
+    if (runs_under_way > 0)
+        return;
+    const QModelIndex index = ui->tableView->currentIndex();
+    if (!index.isValid() || index.row() >= model->files.size())
+        return;
+    const QString path = model->files.at(index.row());
+    const QDateTime recorded = model->get_dt(path);
+    if (!recorded.isValid()) {
+        ondo::message_box::information(this, tr("Set the correct time of this photo…"),
+            tr("%1 has no recording time that an offset could start from.").arg(QFileInfo(path).fileName()));
+        return;
+    }
+    dialog_correct_time dialog(this, QFileInfo(path).fileName(), recorded, model->format);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    const recording_tags::shift offset = dialog.shift();
+    ui->widget_time_adjust->set_offset(offset.years, offset.months, offset.days, offset.hours, offset.minutes,
+                                       offset.seconds);
+}
