@@ -11,9 +11,43 @@
 
 #include <QAction>
 #include <QFileInfo>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QMenu>
 #include <QRadioButton>
+
+#include <functional>
+#include <utility>
+
+namespace {
+
+// Calls `action` for the key `key` pressed without modifiers in the watched widget.
+class key_handler : public QObject {
+public:
+    key_handler(QObject* parent, int key, std::function<void()> action)
+        : QObject(parent), key(key), action(std::move(action))
+    {
+    }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::KeyPress) {
+            auto* press = static_cast<QKeyEvent*>(event);
+            if (press->key() == key && press->modifiers() == Qt::NoModifier) {
+                action();
+                return true;
+            }
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    int key;
+    std::function<void()> action;
+};
+
+} // namespace
 
 void MainWindow::setup_keyboard()
 {
@@ -33,10 +67,12 @@ void MainWindow::setup_keyboard()
     // The form lets the table take the focus and one row; Tab leaves it.
     QTableView* table = ui->tableView;
     correct_time_action = new QAction(tr("Set the correct time of this photo…"), table);
+    // Shown in the menu; the key itself is taken by the table below.
     correct_time_action->setShortcut(QKeySequence(Qt::Key_F2));
-    correct_time_action->setShortcutContext(Qt::WidgetShortcut);
-    table->addAction(correct_time_action);
     connect(correct_time_action, &QAction::triggered, this, &MainWindow::correct_time_of_current_photo);
+    // F2 is the view's edit key, which it drops for a table that edits nothing; a shortcut
+    // would have to win over the view's own key handling.
+    table->installEventFilter(new key_handler(table, Qt::Key_F2, [this] { correct_time_of_current_photo(); }));
     // Enter on a row, or a double click.
     connect(table, &QAbstractItemView::activated, this, &MainWindow::correct_time_of_current_photo);
 
