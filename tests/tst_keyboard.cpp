@@ -60,6 +60,18 @@ private slots:
                                      "lineedit_timezone", "rb_ddmmyyyy_slash", "rb_hhmmss", "tableView"}));
     }
 
+    // A button reached by Tab must show it, or the keyboard's place is lost.
+    void a_focused_button_looks_different()
+    {
+        window = test_support::open_main_window();
+        QVERIFY(QTest::qWaitForWindowActive(window));
+        auto* button = window->findChild<QPushButton*>("button_help");
+        const QImage plain = button->grab().toImage();
+        button->setFocus(Qt::TabFocusReason);
+        QTRY_VERIFY(button->hasFocus());
+        QVERIFY(button->grab().toImage() != plain);
+    }
+
     void icon_buttons_have_names_for_screen_readers()
     {
         window = test_support::open_main_window();
