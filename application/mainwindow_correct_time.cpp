@@ -21,11 +21,12 @@
 
 namespace {
 
-// Calls `action` for the key `key` pressed without modifiers in the watched widget.
+// Calls `action` for any of `keys` pressed without modifiers (the keypad's Enter counts) in the
+// watched widget.
 class key_handler : public QObject {
 public:
-    key_handler(QObject* parent, int key, std::function<void()> action)
-        : QObject(parent), key(key), action(std::move(action))
+    key_handler(QObject* parent, QList<int> keys, std::function<void()> action)
+        : QObject(parent), keys(std::move(keys)), action(std::move(action))
     {
     }
 
@@ -34,7 +35,7 @@ protected:
     {
         if (event->type() == QEvent::KeyPress) {
             auto* press = static_cast<QKeyEvent*>(event);
-            if (press->key() == key && press->modifiers() == Qt::NoModifier) {
+            if (keys.contains(press->key()) && (press->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier) {
                 action();
                 return true;
             }
@@ -43,7 +44,7 @@ protected:
     }
 
 private:
-    int key;
+    QList<int> keys;
     std::function<void()> action;
 };
 
@@ -70,11 +71,13 @@ void MainWindow::setup_keyboard()
     // Shown in the menu; the key itself is taken by the table below.
     correct_time_action->setShortcut(QKeySequence(Qt::Key_F2));
     connect(correct_time_action, &QAction::triggered, this, &MainWindow::correct_time_of_current_photo);
-    // F2 is the view's edit key, which it drops for a table that edits nothing; a shortcut
-    // would have to win over the view's own key handling.
-    table->installEventFilter(new key_handler(table, Qt::Key_F2, [this] { correct_time_of_current_photo(); }));
-    // Enter on a row, or a double click.
-    connect(table, &QAbstractItemView::activated, this, &MainWindow::correct_time_of_current_photo);
+    // F2 is the view's edit key, which it drops for a table that edits nothing, and Enter would
+    // only activate the row; a shortcut would have to win over the view's own key handling. Not
+    // the view's activation: where the desktop activates on a single click, choosing a row
+    // would open the dialog.
+    table->installEventFilter(new key_handler(table, {Qt::Key_F2, Qt::Key_Return, Qt::Key_Enter},
+                                              [this] { correct_time_of_current_photo(); }));
+    connect(table, &QAbstractItemView::doubleClicked, this, &MainWindow::correct_time_of_current_photo);
 
     table->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(table, &QWidget::customContextMenuRequested, this, [this, table](const QPoint& position) {
