@@ -8,6 +8,7 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QTimer>
 
 #include <limits>
 
@@ -80,6 +81,14 @@ dialog_correct_time::dialog_correct_time(QWidget* parent, const QString& name, c
 
     edit->setFocus();
     setFixedWidth(440);
+}
+
+void dialog_correct_time::showEvent(QShowEvent* event)
+{
+    QDialog::showEvent(event);
+    // The hour is what a wrong camera clock most often gets wrong; after the field has taken
+    // the focus, which selects its first section.
+    QTimer::singleShot(0, edit, [this] { edit->setSelectedSection(QDateTimeEdit::HourSection); });
 }
 
 void dialog_correct_time::accept()

@@ -30,6 +30,9 @@ public slots:
     // Keeps the dialog open, with a word why, when the entered time can't be reached.
     void accept() override;
 
+protected:
+    void showEvent(QShowEvent* event) override;
+
 private:
     QDateTimeEdit* edit;
     QDateTime recorded;
