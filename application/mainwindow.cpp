@@ -118,31 +118,15 @@ bool MainWindow::event(QEvent* e)
         return QMainWindow::event(e);
     const QString path = static_cast<QFileOpenEvent*>(e)->file();
     const QFileInfo info(path);
-    // Not dropped in silence: the name was typed by a person or passed on by a program.
     if (!info.isFile() && !info.isDir()) {
-        note_not_loaded(names_not_loaded, path);
+        // Not dropped in silence: the name was typed by a person or passed on by a program.
+        if (names_not_loaded.isEmpty())
+            QTimer::singleShot(0, this, &MainWindow::report_names_not_loaded);
+        names_not_loaded << path;
         return true;
     }
-    QStringList files = drop_files_widget::regular_files(drop_files_widget::expand_directory(path));
-    // ExifTool takes one name a line, so the bridge refuses a name with a line break; such a file
-    // would show a row without its tags.
-    for (auto it = files.begin(); it != files.end();) {
-        if (it->contains(QLatin1Char('\n')) || it->contains(QLatin1Char('\r'))) {
-            note_not_loaded(names_unreadable, *it);
-            it = files.erase(it);
-        } else {
-            ++it;
-        }
-    }
-    load_files(files);
+    load_files(drop_files_widget::regular_files(drop_files_widget::expand_directory(path)));
     return true;
-}
-
-void MainWindow::note_not_loaded(QStringList& list, const QString& name)
-{
-    if (names_not_loaded.isEmpty() && names_unreadable.isEmpty())
-        QTimer::singleShot(0, this, &MainWindow::report_names_not_loaded);
-    list << name;
 }
 
 // Before the form: its setupUi connects each on_button_<name>_clicked slot to the button of that
@@ -186,30 +170,20 @@ void MainWindow::report_names_not_loaded()
         QTimer::singleShot(200, this, &MainWindow::report_names_not_loaded);
         return;
     }
-    // The box stays inside the screen however many names came.
-    auto listed = [this](QStringList names) {
-        const int shown = 8;
-        if (names.size() > shown + 1) {
-            const int more = names.size() - shown;
-            names = names.mid(0, shown);
-            names << tr("… and %1 more").arg(more);
-        }
-        for (QString& name : names)
-            name.replace(QLatin1Char('\n'), QStringLiteral("\\n")).replace(QLatin1Char('\r'), QStringLiteral("\\r"));
-        return names.join(QLatin1Char('\n'));
-    };
-    QStringList parts;
-    if (!names_not_loaded.isEmpty())
-        parts << tr("These names are neither files nor folders, so nothing was loaded from them:\n\n%1")
-                     .arg(listed(names_not_loaded));
-    if (!names_unreadable.isEmpty())
-        parts << tr("These files have a line break in their names, which can't be handed to ExifTool, so they "
-                    "were not loaded:\n\n%1")
-                     .arg(listed(names_unreadable));
+    QStringList names = names_not_loaded;
     names_not_loaded.clear();
-    names_unreadable.clear();
-    if (!parts.isEmpty())
-        ondo::message_box::warning(this, tr("Not loaded"), parts.join(QStringLiteral("\n\n")));
+    if (names.isEmpty())
+        return;
+    // The box stays inside the screen however many names came.
+    const int shown = 12;
+    if (names.size() > shown + 1) {
+        const int more = names.size() - shown;
+        names = names.mid(0, shown);
+        names << tr("… and %1 more").arg(more);
+    }
+    ondo::message_box::warning(this, tr("Not loaded"),
+        tr("These names are neither files nor folders, so nothing was loaded from them:\n\n%1")
+            .arg(names.join(QLatin1Char('\n'))));
 }
 
 void MainWindow::setup_layout()

@@ -74,7 +74,6 @@ private:
     // quit's watchdog.
     bool run_ends() const { return stop_requested; }
     void make_buttons();
-    void note_not_loaded(QStringList& list, const QString& name);
     void setup_layout();
     // Tab order, the table's rows by keys, and the correct-time action (mainwindow_correct_time.cpp).
     void setup_keyboard();
@@ -132,8 +131,6 @@ private:
     ondo::button_dark* button_reset = nullptr;
     // What the last fix or undo did, until the next action.
     run_note* note = nullptr;
-    // Opened names that were not loaded: neither file nor folder, or unreadable for ExifTool.
     QStringList names_not_loaded;
-    QStringList names_unreadable;
     QAction* correct_time_action = nullptr;
 };

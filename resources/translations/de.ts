@@ -219,14 +219,6 @@ Ihre alten Zeiten bleiben erhalten: Drücken Sie erneut auf Rückgängig, um es 
         <translation>Richtige Zeit dieses Fotos einstellen…</translation>
     </message>
     <message>
-        <source>These files have a line break in their names, which can&apos;t be handed to ExifTool, so they were not loaded:
-
-%1</source>
-        <translation>Diese Dateien haben einen Zeilenumbruch im Namen, der sich nicht an ExifTool übergeben lässt, daher wurden sie nicht geladen:
-
-%1</translation>
-    </message>
-    <message>
         <source>These names are neither files nor folders, so nothing was loaded from them:
 
 %1</source>
