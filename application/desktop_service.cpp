@@ -2,6 +2,8 @@
 
 #include <QCoreApplication>
 #include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
 #include <QDBusError>
 #include <QFileOpenEvent>
 #include <QGuiApplication>
@@ -43,6 +45,34 @@ bool desktop_service::offer(QWidget* window)
         return false;
     }
     return true;
+}
+
+bool desktop_service::open_in_running_copy(const QStringList& paths)
+{
+    const QString id = application_id();
+    // A connection of its own, not the shared session bus: that one starts with its delivery
+    // held back until an event loop runs, and this start may never run one.
+    const QString connection_name = QStringLiteral("tavimo hand-over");
+    bool handed_over = false;
+    {
+        QDBusConnection bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, connection_name);
+        // Asked first: a call to a name that no one owns would have the bus start a copy for it.
+        if (bus.isConnected() && bus.interface()->isServiceRegistered(id).value()) {
+            QStringList uris;
+            for (const QString& path : paths)
+                uris << QUrl::fromLocalFile(path).toString(QUrl::FullyEncoded);
+            QDBusMessage call = QDBusMessage::createMethodCall(id, object_path(id),
+                QStringLiteral("org.freedesktop.Application"), QStringLiteral("Open"));
+            call.setArguments({uris, QVariantMap()});
+            const QDBusMessage answer = bus.call(call, QDBus::Block, 10000);
+            handed_over = answer.type() == QDBusMessage::ReplyMessage;
+            if (!handed_over)
+                qInfo("The running copy did not take the files (%s); this one opens its own window.",
+                    qPrintable(answer.errorMessage()));
+        }
+    }
+    QDBusConnection::disconnectFromBus(connection_name);
+    return handed_over;
 }
 
 desktop_service::desktop_service(QWidget* window, QObject* parent) : QObject(parent), window(window) {}

@@ -27,6 +27,11 @@ public:
     // name was taken.
     static bool offer(QWidget* window);
 
+    // Hands `paths` to the copy that owns the application id on the session bus, as its Open.
+    // False when there is no bus, no copy runs (none is started for this), or it didn't answer
+    // within a few seconds; the caller then opens its own window.
+    static bool open_in_running_copy(const QStringList& paths);
+
     explicit desktop_service(QWidget* window, QObject* parent = nullptr);
 
     void activate();

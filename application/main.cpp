@@ -1,3 +1,4 @@
+#include "command_line.h"
 #include "desktop_service.h"
 #include "mainwindow.h"
 
@@ -7,6 +8,9 @@
 #include <ondo/message_handler.h>
 #include <ondo/style.h>
 #include <ondo/termination_signals.h>
+
+#include <QTextStream>
+#include <QTranslator>
 
 int main(int argc, char** argv)
 {
@@ -21,6 +25,23 @@ int main(int argc, char** argv)
 
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling, true);
 
+    QList<QTranslator*> translators;
+    QStringList paths;
+    {
+        // The command line is read under a plain application object: --help, --version and a
+        // wrong option need no display, and names for a copy that already runs open nothing here.
+        QCoreApplication reader(argc, argv);
+        translators = ondo::install_translators(ondo::get_language_suffix("lang"));
+        QTextStream out(stdout);
+        QTextStream err(stderr);
+        const command_line::request request = command_line::read(reader.arguments(), out, err);
+        if (request.end_now)
+            return request.exit_code;
+        if (!request.paths.isEmpty() && desktop_service::open_in_running_copy(request.paths))
+            return 0;
+        paths = request.paths;
+    }
+
     ondo::application<MainWindow> app(argc, argv);
     // A logout or Ctrl+C ends the program by the same road as its close control.
     ondo::quit_on_termination_signals();
@@ -29,10 +50,10 @@ int main(int argc, char** argv)
     style->set_tooltip_delay(2000);
     QApplication::setStyle(style);
 
-    const QString lang = ondo::get_language_suffix("lang");
-
-    // Installed once for the whole process and never removed.
-    ondo::install_translators(lang);
+    // Loaded once for the whole process and never removed; the language was read with the
+    // command line.
+    for (QTranslator* translator : translators)
+        QCoreApplication::installTranslator(translator);
 
     ondo::application_log::init(&app);
 
@@ -42,6 +63,7 @@ int main(int argc, char** argv)
     app.main_window->show();
     // Only now: the bus holds the desktop's open requests until the name is taken.
     desktop_service::offer(app.main_window);
+    command_line::open_in_window(paths);
 
     const int result = static_cast<int>(QApplication::exec());
     return result;

@@ -29,6 +29,7 @@
 #include <QFontDatabase>
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QIcon>
 #include <QProgressBar>
 #include <QShortcut>
 #include <QStandardPaths>
@@ -53,6 +54,10 @@ ondo::button_dark* make_button(QWidget* parent, int width, int height, const QSt
         button->set_type(type);
     button->set_icon(icon, -1, -1, icon_highlight, icon_normal);
     button->setToolTip(tool_tip);
+    // The icon says nothing to a screen reader; the tool tip does.
+    button->setAccessibleName(tool_tip);
+    // Reached by Tab, while a click leaves the focus where the typing goes on.
+    button->setFocusPolicy(Qt::TabFocus);
     return button;
 }
 
@@ -75,13 +80,21 @@ MainWindow::MainWindow(QWidget* parent)
     font.setPointSize(12);
     QApplication::setFont(ondo::design_font(font));
 
+    make_buttons();
     ui->setupUi(this);
+    // The desktop's icon, drawn by the program itself, for task bars and window lists; dialogs
+    // take it from their parent.
+    QIcon icon;
+    for (int size : {16, 24, 32, 48, 64, 128, 256})
+        icon.addFile(QString(":/images/icons/%1.png").arg(size), QSize(size, size));
+    setWindowIcon(icon);
     setup_layout();
     setup_tableview();
     setup_drop_files_widget();
     setup_tavimo_progress_dialog();
     setup_load_images_progress_dialog();
     setup_inter_widget_connections();
+    setup_keyboard();
     ondo::application_information_box::install(this, {});
     load_application_settings();
 
@@ -105,11 +118,21 @@ bool MainWindow::event(QEvent* e)
     if (e->type() != QEvent::FileOpen)
         return QMainWindow::event(e);
     const QString path = static_cast<QFileOpenEvent*>(e)->file();
+    const QFileInfo info(path);
+    if (!info.isFile() && !info.isDir()) {
+        // Not dropped in silence: the name was typed by a person or passed on by a program.
+        if (names_not_loaded.isEmpty())
+            QTimer::singleShot(0, this, &MainWindow::report_names_not_loaded);
+        names_not_loaded << path;
+        return true;
+    }
     load_files(drop_files_widget::regular_files(drop_files_widget::expand_directory(path)));
     return true;
 }
 
-void MainWindow::setup_layout()
+// Before the form: its setupUi connects each on_button_<name>_clicked slot to the button of that
+// object name, so the buttons must exist by then. Laid out later by setup_layout.
+void MainWindow::make_buttons()
 {
     button_fix_time = make_button(this, 120, 46, "header", ":/images/icon_fix_time.png",
                                   tr("Apply changes to the timestamps of the images"));
@@ -122,23 +145,56 @@ void MainWindow::setup_layout()
     button_about = make_button(this, 23, 22, QString(), ":/images/icon_about.png",
                                tr("Show information about the application"));
     button_load_images = make_button(this, 23, 22, QString(), ":/images/icon_open.png", tr("Load images"));
-    // Named for scripts that drive the window; the tool tips change with the language.
+    button_reset = make_button(this, 23, 22, QString(), ":/images/icon_undo_small.png",
+                               tr("Clear list of loaded images"));
+    // The names match the slots; scripts that drive the window find the buttons by them too,
+    // as the tool tips change with the language.
+    button_fix_time->setObjectName("button_fix_time");
+    button_undo->setObjectName("button_undo");
     button_settings->setObjectName("button_settings");
     button_help->setObjectName("button_help");
     button_about->setObjectName("button_about");
-    button_reset = make_button(this, 23, 22, QString(), ":/images/icon_undo_small.png",
-                               tr("Clear list of loaded images"));
+    button_load_images->setObjectName("button_load_images");
+    button_reset->setObjectName("button_reset");
 
+    note = new run_note(this);
+    // Connected before the form connects the buttons' own slots, so that a run's note comes
+    // after the clearing.
+    for (ondo::button_dark* button : {button_fix_time, button_undo, button_load_images, button_reset})
+        connect(button, &QPushButton::clicked, note, &run_note::clear);
+}
+
+void MainWindow::report_names_not_loaded()
+{
+    // After the loads that came with the names, not in the middle of one.
+    if (runs_under_way > 0) {
+        QTimer::singleShot(200, this, &MainWindow::report_names_not_loaded);
+        return;
+    }
+    QStringList names = names_not_loaded;
+    names_not_loaded.clear();
+    if (names.isEmpty())
+        return;
+    // The box stays inside the screen however many names came.
+    const int shown = 12;
+    if (names.size() > shown + 1) {
+        const int more = names.size() - shown;
+        names = names.mid(0, shown);
+        names << tr("… and %1 more").arg(more);
+    }
+    ondo::message_box::warning(this, tr("Not loaded"),
+        tr("These names are neither files nor folders, so nothing was loaded from them:\n\n%1")
+            .arg(names.join(QLatin1Char('\n'))));
+}
+
+void MainWindow::setup_layout()
+{
     auto* info = new QHBoxLayout(ui->widget_info);
     info->setContentsMargins(10, 4, 10, 4);
     info->setSpacing(4);
     info->addWidget(button_settings);
     info->addSpacing(8);
-    note = new run_note(ui->widget_info);
     info->addWidget(note, 1);
-    // Connected before the buttons' own slots, so that a run's note comes after the clearing.
-    for (ondo::button_dark* button : {button_fix_time, button_undo, button_load_images, button_reset})
-        connect(button, &QPushButton::clicked, note, &run_note::clear);
     info->addWidget(button_about);
     info->addWidget(button_help);
 
@@ -261,14 +317,6 @@ void MainWindow::setup_inter_widget_connections()
     model->datetime_format_changed(ui->widget_datetime_format->get_datetime_format());
     connect(ui->widget_time_adjust, &time_adjustment::time_offset_changed, model,
             &table_data_model::datetime_offset_changed);
-
-    connect(button_settings, &QPushButton::clicked, this, &MainWindow::on_button_settings_clicked);
-    connect(button_about, &QPushButton::clicked, this, &MainWindow::on_button_about_clicked);
-    connect(button_help, &QPushButton::clicked, this, &MainWindow::on_button_help_clicked);
-    connect(button_fix_time, &QPushButton::clicked, this, &MainWindow::on_button_fix_time_clicked);
-    connect(button_undo, &QPushButton::clicked, this, &MainWindow::on_button_undo_clicked);
-    connect(button_load_images, &QPushButton::clicked, this, &MainWindow::on_button_load_images_clicked);
-    connect(button_reset, &QPushButton::clicked, this, &MainWindow::on_button_reset_clicked);
 }
 
 void MainWindow::load_application_settings()

@@ -10,6 +10,7 @@
 #include <QString>
 #include <QStringList>
 
+class QAction;
 class QTimer;
 class Ui_MainWindow;
 class run_note;
@@ -55,6 +56,12 @@ protected:
 private slots:
     // Asks what to do with fix runs that an earlier start left unfinished, one at a time.
     void offer_unfinished_runs();
+    // Lists the opened names that were neither a file nor a folder, in one box once no run is
+    // under way.
+    void report_names_not_loaded();
+    // Asks for the true time of the table's current photo and puts the offset that takes its
+    // recording time there into the offset panel.
+    void correct_time_of_current_photo();
 
 private:
     // In the progress dialog of the run under way: ExifTool is still at `file`, with a button
@@ -67,7 +74,10 @@ private:
     // The run under way stops before its next file: ExifTool was stopped, by the user or by the
     // quit's watchdog.
     bool run_ends() const { return stop_requested; }
+    void make_buttons();
     void setup_layout();
+    // Tab order, the table's rows by keys, and the correct-time action (mainwindow_correct_time.cpp).
+    void setup_keyboard();
     void setup_tableview();
     void setup_drop_files_widget();
     void setup_tavimo_progress_dialog();
@@ -123,4 +133,6 @@ private:
     ondo::button_dark* button_reset = nullptr;
     // What the last fix or undo did, until the next action.
     run_note* note = nullptr;
+    QStringList names_not_loaded;
+    QAction* correct_time_action = nullptr;
 };

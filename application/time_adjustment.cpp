@@ -6,6 +6,8 @@
 #include <QIntValidator>
 #include <QLocale>
 
+#include <utility>
+
 namespace {
 
 // Hours of zone: the decimal sign may be a comma or a point in every locale. Under the C locale
@@ -54,6 +56,15 @@ void time_adjustment::clear()
     ui->lineedit_minute->setText(QString());
     ui->lineedit_second->setText(QString());
     ui->lineedit_timezone->setText(QString());
+}
+
+void time_adjustment::set_offset(int year, int month, int day, int hour, int minute, int second)
+{
+    const std::pair<QLineEdit*, int> fields[] = {{ui->lineedit_year, year},     {ui->lineedit_month, month},
+                                                 {ui->lineedit_day, day},       {ui->lineedit_hour, hour},
+                                                 {ui->lineedit_minute, minute}, {ui->lineedit_second, second}};
+    for (const auto& field : fields)
+        field.first->setText(field.second == 0 ? QString() : QString::number(field.second));
 }
 
 void time_adjustment::init_focus() { ui->lineedit_year->setFocus(Qt::OtherFocusReason); }

@@ -15,6 +15,9 @@ public:
     // Empties the fields from year to zone; each field that held text reports once.
     void clear();
     void init_focus();
+    // Fills the six integer fields, a 0 as an empty field; the zone field stays as it is. Each
+    // changed field reports, the last with the whole offset.
+    void set_offset(int year, int month, int day, int hour, int minute, int second);
     // True when the zone field holds any text, a typed "0" included.
     bool has_timezone_offset() const;
     void setWidgetsToolTip(QString const& text);

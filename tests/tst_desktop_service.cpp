@@ -77,6 +77,28 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(names(), QStringList{"a.jpg"}, 30000);
     }
 
+    // A start with names while this copy holds the bus name: the names come here, relative ones
+    // read against the new start's folder, and it ends by itself without a window.
+    void a_second_start_hands_over_its_names()
+    {
+        open_window_beside_album();
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert("HOME", dir->filePath("home"));
+        env.insert("XDG_CONFIG_HOME", dir->filePath("home/.config"));
+        // Long enough to be seen if it opened a window after all.
+        env.insert("TAVIMO_TEST_CLOSE_AFTER_MS", "20000");
+        QProcess copy;
+        copy.setProcessEnvironment(env);
+        copy.setWorkingDirectory(dir->path());
+        copy.start(TAVIMO_BIN_DIR "/tavimo_close_soon", {"a.jpg", "album"});
+        // This test's own loop answers the call, so it must keep running while the copy waits.
+        QTRY_VERIFY_WITH_TIMEOUT(copy.state() == QProcess::NotRunning, 15000);
+        QCOMPARE(copy.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(copy.exitCode(), 0);
+        QVERIFY(!copy.readAllStandardOutput().contains("visible:"));
+        QTRY_COMPARE_WITH_TIMEOUT(names(), (QStringList{"a.jpg", "c.jpg"}), 30000);
+    }
+
     // In place of window_test's: the service goes before the window it points to.
     void cleanup()
     {

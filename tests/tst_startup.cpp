@@ -14,9 +14,10 @@ using test_support::is_running;
 
 namespace {
 
-void launch(QProcess& process, const char* program, const QTemporaryDir& dir, const QMap<QString, QString>& vars)
+void launch(QProcess& process, const char* program, const QTemporaryDir& dir, const QMap<QString, QString>& vars,
+    const QStringList& arguments = {})
 {
-    test_support::launch(process, program, dir.path(), vars);
+    test_support::launch(process, program, dir.path(), vars, arguments);
 }
 
 QStringList gray_photos(const QTemporaryDir& dir, int count)
@@ -30,12 +31,16 @@ class tst_startup : public QObject {
     Q_OBJECT
 
 private slots:
-    // The driver closes the window after 1.5 s; with no file open, no ExifTool starts.
+    // The driver closes the window after 1.5 s; with no file open, no ExifTool starts. A start
+    // in a proper session logs no warning.
     void stays_up_until_closed_without_exiftool()
     {
         QTemporaryDir dir;
+        QVERIFY(QDir(dir.path()).mkdir("runtime"));
+        QFile(dir.filePath("runtime")).setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
         QProcess program;
-        launch(program, "tavimo_close_soon", dir, {{"TAVIMO_TEST_CLOSE_AFTER_MS", "1500"}});
+        launch(program, "tavimo_close_soon", dir,
+            {{"TAVIMO_TEST_CLOSE_AFTER_MS", "1500"}, {"XDG_RUNTIME_DIR", dir.filePath("runtime")}});
         QVERIFY(!program.waitForFinished(1000));
         QCOMPARE(child_of(program.processId()), qint64(0));
         QVERIFY(program.waitForFinished(30000));
@@ -43,6 +48,65 @@ private slots:
         QCOMPARE(program.exitCode(), 0);
         const QString out = QString::fromUtf8(program.readAllStandardOutput());
         QVERIFY2(out.contains("visible: MainWindow 800x700"), qPrintable(out));
+        const QString log = out + QString::fromUtf8(program.readAllStandardError());
+        QVERIFY2(!log.contains("Warning:") && !log.contains("Critical:"), qPrintable(log));
+    }
+
+    // Without a display and with a stand-in for perl: none of these needs a window or ExifTool.
+    void command_line_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<int>("exit_code");
+        QTest::addColumn<QString>("out");
+        QTest::addColumn<QString>("err");
+        QTest::newRow("help") << QStringList{"--help"} << 0 << "[FILE|FOLDER]..." << "";
+        QTest::newRow("help among names") << QStringList{"a.jpg", "-h"} << 0 << "--version" << "";
+        QTest::newRow("version") << QStringList{"--version"} << 0 << "Tavimo 2.1.2\n" << "";
+        QTest::newRow("unknown") << QStringList{"a.jpg", "--frobnicate"} << 2 << "" << "Unknown option 'frobnicate'.";
+        QTest::newRow("unknown letter") << QStringList{"-z"} << 2 << "" << "Unknown option 'z'.";
+    }
+
+    void command_line()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, out);
+        QFETCH(QString, err);
+        test_support::fake_perl perl;
+        QTemporaryDir dir;
+        QProcess program;
+        launch(program, "tavimo", dir, {{"QT_QPA_PLATFORM", "xcb"}, {"DISPLAY", ""}, {"WAYLAND_DISPLAY", ""}},
+            arguments);
+        QVERIFY(program.waitForFinished(30000));
+        const QString printed = QString::fromUtf8(program.readAllStandardOutput());
+        const QString complained = QString::fromUtf8(program.readAllStandardError());
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QTEST(program.exitCode(), "exit_code");
+        QVERIFY2(printed.contains(out), qPrintable(printed));
+        QVERIFY2(complained.contains(err), qPrintable(complained));
+        QVERIFY(perl.starts().isEmpty());
+    }
+
+    // A relative name, a folder that holds it and one more, and a name that is nothing: the rows
+    // come in once each, ExifTool runs for them, and a box lists the name that isn't there.
+    void names_on_the_command_line()
+    {
+        QTemporaryDir dir;
+        QVERIFY(QDir(dir.path()).mkdir("album"));
+        gray_photos(dir, 1);
+        test_support::photos(dir.filePath("album"), 2);
+        QProcess program;
+        // No bus, so that no copy elsewhere on this machine takes the names.
+        launch(program, "tavimo_close_soon", dir,
+            {{"TAVIMO_TEST_CLOSE_AFTER_MS", "5000"}, {"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"}},
+            {"p000.jpg", "album", "nothing here.jpg"});
+        QTRY_VERIFY_WITH_TIMEOUT(child_of(program.processId()) != 0, 30000);
+        QVERIFY(program.waitForFinished(30000));
+        QCOMPARE(program.exitCode(), 0);
+        const QString out = QString::fromUtf8(program.readAllStandardOutput());
+        QCOMPARE(out.count("row: "), 3);
+        QCOMPARE(out.count("row: p000.jpg"), 2);
+        QCOMPARE(out.count("row: p001.jpg"), 1);
+        QVERIFY2(out.contains("visible: ondo::message_box"), qPrintable(out));
     }
 
     // With a photo open, so that its ExifTool child runs; a killed program's child ends by itself.

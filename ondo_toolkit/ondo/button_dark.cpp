@@ -123,7 +123,7 @@ button_dark::paint_function button_dark::img_highlighter::get_custom_paint_ex(in
         const QImage* image = normal_image.get();
         if (!bd->isEnabled())
             image = disabled_image.get();
-        else if (bd->underMouse())
+        else if (bd->underMouse() || bd->hasFocus())
             image = highlight_image.get();
         else if (bd->isCheckable() && bd->isChecked() && bd->highlight_when_checked)
             image = highlight_image.get();
@@ -138,6 +138,13 @@ button_dark::paint_function button_dark::img_highlighter::get_custom_paint_ex(in
             const int w = bd->icon_scaled_width;
             const int h = qRound(double(image->height()) * w / image->width());
             painter.drawImage(QRect((bd->width() - w) / 2, (bd->height() - h) / 2, w, h), *image);
+        }
+
+        // A button that takes the keyboard focus shows it with a thin frame beside the lit icon.
+        if (bd->hasFocus()) {
+            painter.setBrush(Qt::NoBrush);
+            painter.setPen(QPen(QColor(129, 136, 133), 1));
+            painter.drawRect(QRectF(bd->rect()).adjusted(0.5, 0.5, -0.5, -0.5));
         }
 
         if (bd->check_frame && bd->isCheckable() && bd->isChecked()) {

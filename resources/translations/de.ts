@@ -206,6 +206,30 @@ Ihre alten Zeiten bleiben erhalten: Drücken Sie erneut auf Rückgängig, um es 
 Ihre alten Zeiten bleiben erhalten: Drücken Sie erneut auf Rückgängig, um es noch einmal zu versuchen.</numerusform>
         </translation>
     </message>
+    <message>
+        <source>%1 has no recording time that an offset could start from.</source>
+        <translation>%1 hat keinen Aufnahmezeitpunkt, von dem eine Verschiebung ausgehen könnte.</translation>
+    </message>
+    <message>
+        <source>Not loaded</source>
+        <translation>Nicht geladen</translation>
+    </message>
+    <message>
+        <source>Set the correct time of this photo…</source>
+        <translation>Richtige Zeit dieses Fotos einstellen…</translation>
+    </message>
+    <message>
+        <source>These names are neither files nor folders, so nothing was loaded from them:
+
+%1</source>
+        <translation>Diese Namen sind weder Dateien noch Ordner, daher wurde nichts aus ihnen geladen:
+
+%1</translation>
+    </message>
+    <message>
+        <source>… and %1 more</source>
+        <translation>… und %1 weitere</translation>
+    </message>
 </context>
 <context>
     <name>QObject</name>
@@ -226,6 +250,29 @@ Ihre alten Zeiten bleiben erhalten: Drücken Sie erneut auf Rückgängig, um es 
 The application needs to be restarted to use the new language.</source>
         <translation>Die Sprache der Benutzeroberfläche wurde geändert.
 Die Anwendung muss neu gestartet werden um die neue Sprache zu verwenden.</translation>
+    </message>
+</context>
+<context>
+    <name>command_line</name>
+    <message>
+        <source>Corrects the recording times of photos and videos.</source>
+        <translation>Korrigiert die Aufnahmezeitpunkte von Fotos und Videos.</translation>
+    </message>
+    <message>
+        <source>FILE|FOLDER</source>
+        <translation>DATEI|ORDNER</translation>
+    </message>
+    <message>
+        <source>Photos and videos to load, or folders whose files are loaded (not their subfolders).</source>
+        <translation>Zu ladende Fotos und Videos, oder Ordner, deren Dateien geladen werden (ohne ihre Unterordner).</translation>
+    </message>
+    <message>
+        <source>Try &apos;%1 --help&apos; for the options.</source>
+        <translation>„%1 --help“ zeigt die Optionen.</translation>
+    </message>
+    <message>
+        <source>[FILE|FOLDER]...</source>
+        <translation>[DATEI|ORDNER]...</translation>
     </message>
 </context>
 <context>
@@ -281,6 +328,37 @@ Die Anwendung muss neu gestartet werden um die neue Sprache zu verwenden.</trans
     <message>
         <source>hh:mm:ss</source>
         <translation>Std:Min:Sek</translation>
+    </message>
+</context>
+<context>
+    <name>dialog_correct_time</name>
+    <message>
+        <source>Camera time:</source>
+        <translation>Zeit der Kamera:</translation>
+    </message>
+    <message>
+        <source>Correct time:</source>
+        <translation>Richtige Zeit:</translation>
+    </message>
+    <message>
+        <source>Every photo in the list moves by the same offset. The time zone field stays as it is.</source>
+        <translation>Alle Fotos der Liste werden um dieselbe Verschiebung geändert. Das Feld der Zeitzone bleibt, wie es ist.</translation>
+    </message>
+    <message>
+        <source>No offset takes this photo&apos;s time to %1.</source>
+        <translation>Keine Verschiebung bringt die Zeit dieses Fotos auf %1.</translation>
+    </message>
+    <message>
+        <source>Set the correct time of this photo</source>
+        <translation>Richtige Zeit dieses Fotos einstellen</translation>
+    </message>
+    <message>
+        <source>This computer&apos;s clock skips %1: daylight saving time begins then. Please enter a time outside the skipped hour.</source>
+        <translation>Die Uhr dieses Computers überspringt %1, weil dann die Sommerzeit beginnt. Bitte geben Sie eine Zeit außerhalb der übersprungenen Stunde ein.</translation>
+    </message>
+    <message>
+        <source>When was %1 really taken? Enter the true time of this photo, for example the time on the clock it shows.</source>
+        <translation>Wann wurde %1 wirklich aufgenommen? Geben Sie die richtige Zeit dieses Fotos ein, zum Beispiel die Zeit der Uhr, die darauf zu sehen ist.</translation>
     </message>
 </context>
 <context>

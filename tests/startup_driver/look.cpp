@@ -1,13 +1,16 @@
 // Linked with the program's own main.cpp into the screenshot driver that the README describes:
 // it opens TAVIMO_LOOK_FILES, types TAVIMO_LOOK_HOURS and TAVIMO_LOOK_ZONE, presses the button that
-// TAVIMO_LOOK_PRESS names, and after TAVIMO_LOOK_QUIT_AFTER_MS refuses the open box and closes the
-// window, so that ExifTool ends with it.
+// TAVIMO_LOOK_PRESS names (or with "correct" opens the first row's correct-time dialog), and after
+// TAVIMO_LOOK_QUIT_AFTER_MS refuses the open box and closes the window, so that ExifTool ends
+// with it.
+#include <QAction>
 #include <QApplication>
 #include <QFileOpenEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QTableView>
 #include <QTest>
 #include <QTimer>
 
@@ -39,6 +42,18 @@ static void look()
         // Queued, so that the box or dialog runs from the event loop and not inside this timer.
         if (QPushButton* button = press.isEmpty() ? nullptr : find_button(press))
             QTimer::singleShot(0, button, &QPushButton::click);
+        // The first row's correct-time dialog, by its key.
+        if (press == "correct")
+            QTimer::singleShot(0, qApp, [] {
+                for (QWidget* w : QApplication::topLevelWidgets())
+                    if (auto* table = w->findChild<QTableView*>()) {
+                        table->setCurrentIndex(table->model()->index(0, 0));
+                        // Its key needs an active window, which a bare X server gives no one.
+                        for (QAction* action : table->findChildren<QAction*>())
+                            if (action->shortcut() == QKeySequence(Qt::Key_F2))
+                                action->trigger();
+                    }
+            });
         if (press == "credits")
             QTimer::singleShot(500, qApp, [] {
                 if (QWidget* about = QApplication::activeModalWidget())

@@ -103,7 +103,8 @@ QList<qint64> fake_perl::pids() const
     return result;
 }
 
-void launch(QProcess& process, const QString& program, const QString& dir, const QMap<QString, QString>& vars)
+void launch(QProcess& process, const QString& program, const QString& dir, const QMap<QString, QString>& vars,
+    const QStringList& arguments)
 {
     QVERIFY(QDir(dir).mkpath("home"));
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
@@ -113,7 +114,8 @@ void launch(QProcess& process, const QString& program, const QString& dir, const
     for (auto it = vars.begin(); it != vars.end(); ++it)
         env.insert(it.key(), it.value());
     process.setProcessEnvironment(env);
-    process.start(TAVIMO_BIN_DIR "/" + program, QStringList());
+    process.setWorkingDirectory(dir);
+    process.start(TAVIMO_BIN_DIR "/" + program, arguments);
     QVERIFY(process.waitForStarted());
 }
 

@@ -37,8 +37,10 @@ private:
     QByteArray old_path;
 };
 
-// Starts `program` from the build's bin folder, offscreen, with a home of its own below `dir`.
-void launch(QProcess& process, const QString& program, const QString& dir, const QMap<QString, QString>& vars);
+// Starts `program` from the build's bin folder, offscreen, with a home of its own below `dir`,
+// which is also its working directory.
+void launch(QProcess& process, const QString& program, const QString& dir, const QMap<QString, QString>& vars,
+    const QStringList& arguments = {});
 
 // `count` plain grey JPEGs, or with `large` noise at quality 95 of 2400 by 1600 (2 to 3 MB each),
 // as a camera writes them; named p000.jpg and on.
