@@ -137,6 +137,8 @@ private slots:
         // Clicks Stop once the stall notice offers it.
         QTimer stopper;
         connect(&stopper, &QTimer::timeout, &stopper, [this] {
+            if (!window)
+                return;
             for (QProgressDialog* dialog : window->findChildren<QProgressDialog*>())
                 for (QPushButton* stop : dialog->findChildren<QPushButton*>())
                     if (dialog->isVisible() && stop->isVisible() && stop->text() == "Stop")

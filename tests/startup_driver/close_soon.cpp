@@ -10,6 +10,9 @@
 
 static void close_soon()
 {
+    // The command line is read first under a plain QCoreApplication; only the window's counts.
+    if (!qobject_cast<QApplication*>(QCoreApplication::instance()))
+        return;
     const int delay = qEnvironmentVariableIntValue("TAVIMO_TEST_CLOSE_AFTER_MS");
     QTimer::singleShot(delay, qApp, [] {
         for (QWidget* w : QApplication::topLevelWidgets()) {

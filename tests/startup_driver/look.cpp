@@ -27,6 +27,9 @@ static QPushButton* find_button(const QString& press)
 
 static void look()
 {
+    // The command line is read first under a plain QCoreApplication; only the window's counts.
+    if (!qobject_cast<QApplication*>(QCoreApplication::instance()))
+        return;
     QTimer::singleShot(500, qApp, [] {
         for (const QString& file : qEnvironmentVariable("TAVIMO_LOOK_FILES").split(':', Qt::SkipEmptyParts)) {
             QFileOpenEvent open(file);
