@@ -31,7 +31,7 @@ datetime_format::datetime_format(QWidget* parent) : QWidget(parent), ui(new Ui_d
     setAttribute(Qt::WA_StyledBackground);
     load_settings();
     QFont heading("FreeSansBold");
-    heading.setWeight(75);
+    heading.setWeight(QFont::Bold);
     heading.setPointSize(11);
     heading = ondo::design_font(heading);
     ui->label->setFont(heading);

@@ -460,7 +460,7 @@ void MainWindow::on_button_settings_clicked()
         tr("The application language has been changed.\nThe application needs to be restarted to use the new language."),
         tr("Continue working"), tr("Quit now"), QMessageBox::Yes);
     if (answer == QMessageBox::No)
-        QCoreApplication::quit();
+        QCoreApplication::exit(0);
 }
 
 void MainWindow::on_button_about_clicked()

@@ -184,7 +184,7 @@ float utc_offset_hours(const QString& zone)
 
 table_data_model::table_data_model(QObject* parent)
     : QAbstractTableModel(parent)
-    , header_font(ondo::design_font(QFont(QStringLiteral("FreeSansBold"), 14, 75)))
+    , header_font(ondo::design_font(QFont(QStringLiteral("FreeSansBold"), 14, QFont::Bold)))
 {
 }
 

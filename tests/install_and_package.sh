@@ -1,7 +1,8 @@
 #!/bin/sh
 # Installs the build in folder $1 into a DESTDIR, checks what is there and that the installed
 # program finds its libraries, runs the desktop validators where they are installed, then makes
-# the Debian package and checks its dependencies and contents. $2 is the application's id.
+# the Debian package and checks its dependencies and contents. $2 is the application's id,
+# $3 the major version of Qt it was built against (5 by default).
 set -eu
 build=$1
 id=$2
@@ -38,7 +39,11 @@ fi
     || { cat "$work/cpack.log"; fail "cpack"; }
 deb=$(ls "$work"/package/*.deb)
 depends=$(dpkg-deb -f "$deb" Depends)
-for package in libqt5widgets5 libqt5dbus5 libimage-exiftool-perl fonts-freefont-ttf qttranslations5-l10n; do
+case "${3:-5}" in
+6) qt_packages="libqt6widgets6 libqt6dbus6 qt6-translations-l10n qt6-qpa-plugins" ;;
+*) qt_packages="libqt5widgets5 libqt5dbus5 qttranslations5-l10n" ;;
+esac
+for package in $qt_packages libimage-exiftool-perl fonts-freefont-ttf; do
     echo "$depends" | tr ',' '\n' | grep -q "^ *$package\( \|$\)" || fail "$package is not among the dependencies"
 done
 dpkg-deb -c "$deb" | grep -q " ./usr/bin/tavimo\$" || fail "the program is not in the package"

@@ -5,6 +5,7 @@
 
 #include <ondo/application.h>
 #include <ondo/language.h>
+#include <ondo/qt_compat.h>
 
 #include <QFileDialog>
 #include <QHeaderView>
@@ -182,7 +183,7 @@ private slots:
     {
         QFETCH(QString, lang);
         QFETCH(QStringList, buttons);
-        if (lang == "de" && !QFile::exists(QLibraryInfo::location(QLibraryInfo::TranslationsPath) + "/qtbase_de.qm"))
+        if (lang == "de" && !QFile::exists(ondo::qt_compat::translations_path() + "/qtbase_de.qm"))
             QSKIP("Qt's German catalogue (qttranslations5-l10n) is not installed");
         QSettings().setValue("lang", lang);
         const installed_catalogues catalogues(lang);

@@ -21,7 +21,6 @@
 #include <QShortcut>
 #include <QStandardPaths>
 #include <QTabWidget>
-#include <QTextCodec>
 #include <QTextEdit>
 
 #include <iostream>
@@ -98,7 +97,7 @@ void application_log::init(QObject* parent)
 application_log* application_log::instance() { return instance_pointer(); }
 
 application_log::application_log(QObject* parent)
-    : QObject(parent), poll_timer(this), decoder(QTextCodec::codecForName("UTF-8")->makeDecoder())
+    : QObject(parent), poll_timer(this)
 {
     poll_timer.setInterval(100);
     connect(&poll_timer, &QTimer::timeout, this, &application_log::drain);
@@ -202,7 +201,7 @@ void application_log::drain()
         bytes = capture.str();
         capture.str(std::string());
     }
-    const QString text = decoder->toUnicode(bytes.data(), static_cast<int>(bytes.size()));
+    const QString text = decoder.decode(bytes.data(), static_cast<qsizetype>(bytes.size()));
     if (!text.isEmpty())
         add_data(QCoreApplication::applicationName(), text);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ondo/qt_compat.h"
+
 #include <QMap>
 #include <QObject>
 #include <QString>
@@ -17,7 +19,6 @@ class QHostAddress;
 class QLineEdit;
 class QPushButton;
 class QTabWidget;
-class QTextDecoder;
 class QTextEdit;
 class QWidget;
 
@@ -169,7 +170,7 @@ private:
     QMap<QString, log_tab> log_tabs;
     std::map<QString, log_command> commands;
     // Keeps a character whose UTF-8 bytes were split between two drains whole.
-    std::unique_ptr<QTextDecoder> decoder;
+    qt_compat::utf8_decoder decoder;
     // Whether the window has been given its place on the screen.
     bool placed = false;
 };

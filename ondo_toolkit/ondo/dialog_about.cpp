@@ -1,6 +1,7 @@
 #include "ondo/dialog_about.h"
 
 #include "ondo/git_version.h"
+#include "ondo/qt_compat.h"
 #include "ondo/style.h"
 #include "ondo/thread.h"
 #include "ondo/widgets.h"
@@ -47,7 +48,7 @@ dialog_about::dialog_about(QWidget* parent, bool, const QString& logo_style_shee
     font.setPointSize(12);
     setFont(design_font(font));
     QFont bold("FreeSansBold");
-    bold.setWeight(75);
+    bold.setWeight(QFont::Bold);
     bold.setPointSize(14);
     bold = design_font(bold);
 
@@ -204,7 +205,7 @@ void dialog_3rd_part_lib_info::add(const third_party_entry& entry)
         QFile file(entry.license_resource);
         if (file.open(QIODevice::ReadOnly)) {
             QTextStream stream(&file);
-            stream.setCodec("UTF-8");
+            qt_compat::use_utf8(stream);
             text->setPlainText(stream.readAll());
         } else {
             text->setPlainText("Could not open license text resource at " + entry.license_resource);

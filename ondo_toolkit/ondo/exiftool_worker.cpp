@@ -51,7 +51,7 @@ QString exiftool_script_path()
 }
 
 #ifdef Q_OS_LINUX
-void exiftool_process::setupChildProcess()
+void exiftool_process::setup_child()
 {
     // In the child, before perl runs: in stay-open mode ExifTool outlives a closed standard
     // input, so it is told to end when the thread that started it goes, however the program

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ondo/qt_compat.h"
+
 #include <QByteArray>
 #include <QCoreApplication>
 #include <QIODevice>
@@ -28,13 +30,13 @@ const QLoggingCategory& exiftool_log();
 QString exiftool_script_path();
 
 // The child's process; on Linux the child ends with the thread that started it.
-class exiftool_process : public QProcess {
+class exiftool_process : public qt_compat::process_with_child_setup {
 public:
-    explicit exiftool_process(QObject* parent) : QProcess(parent) {}
+    explicit exiftool_process(QObject* parent) : process_with_child_setup(parent) {}
 
 protected:
 #ifdef Q_OS_LINUX
-    void setupChildProcess() override;
+    void setup_child() override;
 
 private:
     const qint64 parent_pid = QCoreApplication::applicationPid();

@@ -1,6 +1,7 @@
 #include "ondo/help.h"
 
 #include "ondo/language.h"
+#include "ondo/qt_compat.h"
 
 #include <QCoreApplication>
 #include <QDebug>
@@ -44,7 +45,7 @@ void show_help_page(const QString& path, const QString& text)
     QFile target(path);
     target.open(QIODevice::WriteOnly);
     QTextStream stream(&target);
-    stream.setCodec("UTF-8");
+    qt_compat::use_utf8(stream);
     stream << text;
     stream.flush();
     target.close();

@@ -1,6 +1,7 @@
 #include "ondo/language.h"
 
 #include "ondo/message_box.h"
+#include "ondo/qt_compat.h"
 
 #include <QCoreApplication>
 #include <QLibraryInfo>
@@ -48,9 +49,9 @@ QList<QTranslator*> install_translators(const QString& lang)
     if (!installed_translators)
         installed_translators = new QList<QTranslator*>;
     // Qt's own texts (the file dialog's buttons and columns) come from Debian's
-    // qttranslations5-l10n; without it they stay English.
+    // qttranslations5-l10n or qt6-translations-l10n; without it they stay English.
     const QString catalogues[3][2] = {
-        {"qtbase_" + lang, QLibraryInfo::location(QLibraryInfo::TranslationsPath)},
+        {"qtbase_" + lang, qt_compat::translations_path()},
         {":/translations/" + lang, QString()},
         {":/translations/toolkit_" + lang, QString()},
     };
@@ -61,7 +62,7 @@ QList<QTranslator*> install_translators(const QString& lang)
         // shows through. The application's English one stands in for a language without its
         // own, as it holds the singular forms of the texts with a count.
         if (!translator->load(catalogue[0], catalogue[1]) && catalogue[0] == ":/translations/" + lang)
-            translator->load(":/translations/en");
+            (void)translator->load(":/translations/en");
         QCoreApplication::installTranslator(translator);
         translators << translator;
     }
@@ -81,7 +82,8 @@ bool ask_for_application_restart_if_language_changed(QWidget* parent, const QStr
         QObject::tr("Quit now"), QObject::tr("Continue working"), QMessageBox::No);
     if (answer != QMessageBox::Yes)
         return false;
-    QCoreApplication::quit();
+    // Ends the loop as Qt 5's quit() did; Qt 6's quit() closes every window first.
+    QCoreApplication::exit(0);
     return true;
 }
 

@@ -17,9 +17,9 @@ bool operator<(const cell_position& a, const cell_position& b)
     return a.row != b.row ? a.row < b.row : a.column < b.column;
 }
 
-QWidget* cell_item::widget()
+QWidget* cell_item::widget() ONDO_LAYOUT_ITEM_WIDGET_CONST
 {
-    return static_cast<cell*>(this)->widget;
+    return static_cast<const cell*>(this)->widget;
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ondo/property.h"
+#include "ondo/qt_compat.h"
 
 #include <QAbstractButton>
 #include <QLayout>
@@ -30,7 +31,7 @@ bool operator<(const cell_position& a, const cell_position& b);
 // name its field `widget`.
 class cell_item : public QLayoutItem {
 public:
-    QWidget* widget() override;
+    QWidget* widget() ONDO_LAYOUT_ITEM_WIDGET_CONST override;
 };
 
 // One place of the grid, a record with public fields. The QLayoutItem sizes are placeholders

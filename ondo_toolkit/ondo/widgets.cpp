@@ -143,7 +143,7 @@ void clickable_label::apply_style(bool underline)
                       .arg(underline ? "underline" : "none"));
 }
 
-void clickable_label::enterEvent(QEvent*)
+void clickable_label::enterEvent(qt_compat::enter_event*)
 {
     if (clickable)
         apply_style(true);

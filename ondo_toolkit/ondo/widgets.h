@@ -3,6 +3,8 @@
 // Thin subclasses of the standard widgets that carry the dark theme in their own style sheets,
 // so that a form only has to name the class. Selectors write a class as ondo--lineedit.
 
+#include "ondo/qt_compat.h"
+
 #include <QCheckBox>
 #include <QColor>
 #include <QComboBox>
@@ -83,7 +85,7 @@ signals:
     void clicked();
 
 protected:
-    void enterEvent(QEvent* event) override;
+    void enterEvent(qt_compat::enter_event* event) override;
     void leaveEvent(QEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
