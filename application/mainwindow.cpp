@@ -341,8 +341,7 @@ void MainWindow::load_files(QStringList filenames)
     // added one by one, in order.
     const int ahead = 8;
     int prefetched = 0;
-    QElapsedTimer since_painted;
-    since_painted.start();
+    paint_pacer pacer;
     ui->tableView->setUpdatesEnabled(false);
     for (int i = 0; i < filenames.size(); ++i) {
         // A stopped ExifTool ends the load; what was read so far stays in the table.
@@ -352,15 +351,12 @@ void MainWindow::load_files(QStringList filenames)
             model->prefetch(filenames[prefetched]);
         model->add_file(filenames[i], true);
         end_stall_notice();
-        // Keeps the window painted while input waits for the end of the load; a few times a
-        // second is enough for the eye, and painting the table for every file would cost more
-        // than ExifTool's read of it.
-        if (since_painted.elapsed() >= 40 || i + 1 == filenames.size()) {
+        // Keeps the window painted while input waits for the end of the load.
+        if (pacer.due(i + 1 == filenames.size())) {
             ui->tableView->setUpdatesEnabled(true);
             load_images_progress_dialog->setValue(i + 1);
             QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents, 50);
             ui->tableView->setUpdatesEnabled(false);
-            since_painted.restart();
         }
     }
     ui->tableView->setUpdatesEnabled(true);

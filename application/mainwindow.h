@@ -4,6 +4,7 @@
 
 #include <ondo/main_window.h>
 
+#include <QElapsedTimer>
 #include <QList>
 #include <QMap>
 #include <QSettings>
@@ -97,6 +98,23 @@ private:
     // Before an undo write: the same check of the file, against what the load saw.
     bool same_file_as_loaded(const QString& path, QStringList& failed_files);
     void end_journal_run();
+
+    // When a run paints again: a few times a second, and after its last file. That is enough for
+    // the eye; painting after every file would cost more than ExifTool's work on it.
+    class paint_pacer {
+    public:
+        paint_pacer() { clock.start(); }
+        bool due(bool last)
+        {
+            if (!last && clock.elapsed() < 40)
+                return false;
+            clock.restart();
+            return true;
+        }
+
+    private:
+        QElapsedTimer clock;
+    };
 
     // Held by each load, fix and undo run. A close during a run hides the window at once; its
     // deletion waits until the outermost run has returned, so no run goes on in a deleted window.

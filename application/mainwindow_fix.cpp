@@ -14,7 +14,6 @@
 
 #include <QCoreApplication>
 #include <QDateTime>
-#include <QElapsedTimer>
 #include <QMap>
 #include <QPair>
 #include <QTimer>
@@ -135,8 +134,7 @@ void MainWindow::on_button_fix_time_clicked()
     QList<pending_write> unsent, pending;
     QMap<int, QString> failures; // by row, so that they are listed in table order
     int finished = 0;
-    QElapsedTimer since_painted;
-    since_painted.start();
+    paint_pacer pacer;
     auto send = [&] {
         if (!unsent.isEmpty() && !journal->flush()) {
             for (const pending_write& write : qAsConst(unsent))
@@ -163,11 +161,10 @@ void MainWindow::on_button_fix_time_clicked()
         journal->written(write.path, kept);
         end_stall_notice();
         ++finished;
-        // Events between files, but painting a few times a second only: it costs more than a write.
-        if (since_painted.elapsed() >= 40 || pending.isEmpty()) {
+        // Events between files, so that buttons work during the run.
+        if (pacer.due(pending.isEmpty())) {
             tavimo_progress_dialog->setValue(finished);
             QCoreApplication::processEvents();
-            since_painted.restart();
         }
     };
     // A reset pressed between two files ends the run, and so does a stopped ExifTool.
@@ -230,8 +227,7 @@ void MainWindow::on_button_undo_clicked()
     QList<QPair<QString, ondo::exif_response*>> pending;
     QStringList failed_files;
     int done = 0;
-    QElapsedTimer since_painted;
-    since_painted.start();
+    paint_pacer pacer;
     auto finish_one = [&] {
         const auto write = pending.takeFirst();
         // What could not be written back stays, so that the undo can be tried again.
@@ -241,10 +237,9 @@ void MainWindow::on_button_undo_clicked()
             failed_files << write.first;
         end_stall_notice();
         ++done;
-        if (since_painted.elapsed() >= 40 || pending.isEmpty()) {
+        if (pacer.due(pending.isEmpty())) {
             tavimo_progress_dialog->setValue(done);
             QCoreApplication::processEvents();
-            since_painted.restart();
         }
     };
     const QStringList paths = undo_info.keys();

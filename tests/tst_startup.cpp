@@ -12,21 +12,6 @@
 using test_support::child_of;
 using test_support::is_running;
 
-namespace {
-
-void launch(QProcess& process, const char* program, const QTemporaryDir& dir, const QMap<QString, QString>& vars,
-    const QStringList& arguments = {})
-{
-    test_support::launch(process, program, dir.path(), vars, arguments);
-}
-
-QStringList gray_photos(const QTemporaryDir& dir, int count)
-{
-    return test_support::photos(dir.path(), count);
-}
-
-} // namespace
-
 class tst_startup : public QObject {
     Q_OBJECT
 
@@ -39,7 +24,7 @@ private slots:
         QVERIFY(QDir(dir.path()).mkdir("runtime"));
         QFile(dir.filePath("runtime")).setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
         QProcess program;
-        launch(program, "tavimo_close_soon", dir,
+        test_support::launch(program, "tavimo_close_soon", dir.path(),
             {{"TAVIMO_TEST_CLOSE_AFTER_MS", "1500"}, {"XDG_RUNTIME_DIR", dir.filePath("runtime")}});
         QVERIFY(!program.waitForFinished(1000));
         QCOMPARE(child_of(program.processId()), qint64(0));
@@ -74,7 +59,7 @@ private slots:
         test_support::fake_perl perl;
         QTemporaryDir dir;
         QProcess program;
-        launch(program, "tavimo", dir, {{"QT_QPA_PLATFORM", "xcb"}, {"DISPLAY", ""}, {"WAYLAND_DISPLAY", ""}},
+        test_support::launch(program, "tavimo", dir.path(), {{"QT_QPA_PLATFORM", "xcb"}, {"DISPLAY", ""}, {"WAYLAND_DISPLAY", ""}},
             arguments);
         QVERIFY(program.waitForFinished(30000));
         const QString printed = QString::fromUtf8(program.readAllStandardOutput());
@@ -92,11 +77,11 @@ private slots:
     {
         QTemporaryDir dir;
         QVERIFY(QDir(dir.path()).mkdir("album"));
-        gray_photos(dir, 1);
+        test_support::photos(dir.path(), 1);
         test_support::photos(dir.filePath("album"), 2);
         QProcess program;
         // No bus, so that no copy elsewhere on this machine takes the names.
-        launch(program, "tavimo_close_soon", dir,
+        test_support::launch(program, "tavimo_close_soon", dir.path(),
             {{"TAVIMO_TEST_CLOSE_AFTER_MS", "5000"}, {"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"}},
             {"p000.jpg", "album", "nothing here.jpg"});
         QTRY_VERIFY_WITH_TIMEOUT(child_of(program.processId()) != 0, 30000);
@@ -122,7 +107,7 @@ private slots:
         QFETCH(int, signal);
         QTemporaryDir dir;
         QProcess program;
-        launch(program, "tavimo_look", dir, {{"TAVIMO_LOOK_FILES", gray_photos(dir, 1).first()}});
+        test_support::launch(program, "tavimo_look", dir.path(), {{"TAVIMO_LOOK_FILES", test_support::photos(dir.path(), 1).first()}});
         qint64 child = 0;
         QTRY_VERIFY_WITH_TIMEOUT((child = child_of(program.processId())) != 0, 30000);
         QTest::qWait(300); // the load's read has come back
@@ -143,11 +128,11 @@ private slots:
     void a_run_ends_before_the_program()
     {
         QTemporaryDir dir;
-        const QStringList paths = gray_photos(dir, 150);
+        const QStringList paths = test_support::photos(dir.path(), 150);
         test_support::run(TAVIMO_EXIFTOOL_SCRIPT, QStringList{"-q", "-overwrite_original",
             "-ExifIFD:DateTimeOriginal=2017:06:21 18:30:05"} + paths);
         QProcess program;
-        launch(program, "tavimo_look", dir, {{"TAVIMO_LOOK_FILES", paths.join(':')}, {"TAVIMO_LOOK_PRESS", "fix"}});
+        test_support::launch(program, "tavimo_look", dir.path(), {{"TAVIMO_LOOK_FILES", paths.join(':')}, {"TAVIMO_LOOK_PRESS", "fix"}});
         // The run has begun once a file carries its new time as its modification time.
         QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(paths.first()).lastModified().date().year() == 2017, 60000);
         ::kill(pid_t(program.processId()), SIGTERM);
