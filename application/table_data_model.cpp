@@ -355,13 +355,14 @@ void table_data_model::sort(int column, Qt::SortOrder order)
 
 void table_data_model::add_file(const QString& path, bool notify)
 {
-    if (files.contains(path))
+    if (loaded.contains(path))
         return;
 
     const int row = files.size();
     if (notify)
         beginInsertRows(QModelIndex(), row, row);
     files.append(path);
+    loaded.insert(path);
     if (notify)
         endInsertRows();
 
@@ -414,6 +415,7 @@ void table_data_model::clear()
 {
     beginResetModel();
     files.clear();
+    loaded.clear();
     endResetModel();
 }
 

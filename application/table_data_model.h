@@ -10,6 +10,7 @@
 #include <QDateTime>
 #include <QFont>
 #include <QList>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 
@@ -88,6 +89,8 @@ public:
     recording_tags::shift current_shift() const;
 
     QList<QString> files;
+    // The same paths, for the duplicate check of add_file: a list search made a large load quadratic.
+    QSet<QString> loaded;
     Qt::SortOrder sort_order = Qt::AscendingOrder;
     int sort_column = -1;
     QString format;
