@@ -1,6 +1,8 @@
 #include "test_support.h"
 
+#include <ondo/exif_response.h>
 #include <ondo/exiftool.h>
+#include <ondo/exiftool_worker.h>
 
 #include <QFile>
 #include <QFileInfo>
@@ -98,6 +100,45 @@ private slots:
         QCOMPARE(read_back(path).at("IFD0:Make"), QString("Canon"));
         QVERIFY(leftover.open(QIODevice::ReadOnly));
         QCOMPARE(leftover.readAll(), QByteArray("earlier"));
+    }
+
+    // Reads queued behind one another go to one child in one command; each file gets what it
+    // gets alone, whatever its name holds, and a file that is gone gets nothing.
+    void joined_reads_answer_each_file_alone()
+    {
+        exiftool::shutdown(true);
+        exiftool::set_pool_size(1);
+        const QStringList paths = {
+            make_tagged_photo(dir.path(), "j0.jpg", {{"IFD0:Make", "Canon"}, {"ExifIFD:DateTimeOriginal", "2017:06:21 18:30:05"}}),
+            make_tagged_photo(dir.path(), "======== j1.jpg", {{"IFD0:Model", "EOS"}}),
+            dir.filePath("j2 gone.jpg"),
+            make_tagged_photo(dir.path(), "j3 {ready3}.jpg", {{"XMP-dc:Title", "{ready3}"}}),
+            make_tagged_photo(dir.path(), "j4.jpg", {{"IFD0:Artist", "a=b"}}),
+        };
+        std::vector<exif_tag_map> alone;
+        for (const QString& path : paths)
+            alone.push_back(exiftool::read_tags(path, true, false));
+
+        ondo::exiftool::verbose(true);
+        test_support::log_capture log;
+        std::vector<ondo::exif_response*> reads;
+        for (const QString& path : paths)
+            reads.push_back(exiftool::read_tags_async(path, true));
+        for (size_t i = 0; i < reads.size(); ++i) {
+            exif_tag_map got = exiftool::read_result(reads[i]);
+            // The access time may move between the two reads.
+            got.erase("System:FileAccessDate");
+            alone[i].erase("System:FileAccessDate");
+            QCOMPARE(got, alone[i]);
+        }
+        ondo::exiftool::verbose(false);
+        QVERIFY(alone[2].empty() && alone[0].at("IFD0:Make") == "Canon" && alone[3].at("XMP-dc:Title") == "{ready3}" && alone[1].at("IFD0:Model") == "EOS");
+        // The first two went out alone, as nothing was queued behind them; the rest together.
+        const QStringList joined = log.lines().filter("Writing '").filter(paths[2]);
+        QVERIFY2(joined.size() == 1 && joined[0].contains(paths[3]) && joined[0].contains(paths[4]),
+                 qPrintable(log.lines().join('\n')));
+        exiftool::shutdown(true);
+        exiftool::set_pool_size(0);
     }
 
 private:

@@ -284,6 +284,54 @@ private slots:
         for (const qint64 pid : perl.pids())
             QTRY_VERIFY_WITH_TIMEOUT(!test_support::is_running(pid), 10000);
     }
+
+    // Five reads at once: 0 and 1 go out alone, 2 to 4 in one command behind them. A child that
+    // ends in that command has each of its files read again alone, so only a file that ends the
+    // child again fails; one stopped by the program fails the three and sends nothing again.
+    void joined_reads_data()
+    {
+        QTest::addColumn<QStringList>("rules");
+        QTest::addColumn<bool>("stop");
+        QTest::addColumn<QString>("answered"); // one letter a read: C for Canon, - for nothing
+        QTest::addColumn<int>("commands");     // -execute lines the children got
+        QTest::newRow("answers split by file") << QStringList{} << false << "CCCCC" << 3;
+        QTest::newRow("child exits in the joined read") << QStringList{"plain", "-Make=Ca", "exit", "1"} << false
+                                                        << "CC-CC" << 6;
+        QTest::newRow("child stopped in the joined read") << QStringList{"plain", ""} << true << "CC---" << 3;
+    }
+
+    void joined_reads()
+    {
+        QFETCH(QStringList, rules);
+        QFETCH(bool, stop);
+        fake_perl perl;
+        perl.rule("delay", "0", "300");
+        for (int i = 0; i + 1 < rules.size(); i += 2)
+            perl.rule(rules[i], "2", rules[i + 1]);
+        perl.rule("reply", "*", "-Make=Canon\n");
+        ondo::next_task_id = 0;
+        std::vector<ondo::exif_response*> reads;
+        for (const char* file : {"/p/a.jpg", "/p/b.jpg", "/p/c.jpg", "/p/d.jpg", "/p/e.jpg"})
+            reads.push_back(exiftool::read_tags_async(file, false));
+        QString answered;
+        QMetaObject::Connection stopper;
+        for (size_t i = 0; i < reads.size(); ++i) {
+            // The program's Stop, for the joined read only.
+            if (i == 2 && stop) {
+                exiftool::set_time_limit(300);
+                stopper = connect(ondo::exiftool_events::instance(), &ondo::exiftool_events::overdue,
+                                  [] { exiftool::interrupt(); });
+            }
+            answered += exiftool::read_result(reads[i]).count("Make") ? "C" : "-";
+        }
+        disconnect(stopper);
+        exiftool::set_time_limit(60000);
+        QTEST(answered, "answered");
+        QTEST(int(perl.input().count("\n-execute")), "commands");
+        exiftool::shutdown(true);
+        for (const qint64 pid : perl.pids())
+            QTRY_VERIFY_WITH_TIMEOUT(!test_support::is_running(pid), 10000);
+    }
 };
 
 QTEST_GUILESS_MAIN(tst_exiftool_worker)

@@ -254,9 +254,14 @@ void exiftool_worker::execute_task()
             stuck = true;
             return;
         }
-        task.sent_at_ns = now_ns();
-        task.temporary_existed = !task.file.isEmpty() && exists_as_anything(temporary_file_of(task.file));
-        const WriteResult result = write(QString::fromUtf8(task.data + gen_execute(task.id)));
+        join_reads(in_flight);
+        exiftool_task& sent = task_queue[in_flight];
+        sent.sent_at_ns = now_ns();
+        sent.temporary_existed = !sent.file.isEmpty() && exists_as_anything(temporary_file_of(sent.file));
+        QByteArray command = sent.data;
+        for (const exiftool_task& other : sent.joined)
+            command += other.file.toUtf8() + '\n';
+        const WriteResult result = write(QString::fromUtf8(command + gen_execute(sent.id)));
         if (result != ok)
             qCCritical(exiftool_log(), "%s: Failed to write data to exiftool process. result=%d.", Q_FUNC_INFO,
                        int(result));
@@ -271,7 +276,78 @@ void exiftool_worker::execute_task()
         }
         // An incomplete write waits for its marker all the same.
         if (in_flight++ == 0)
-            head_started_ns = task.sent_at_ns;
+            head_started_ns = sent.sent_at_ns;
+    }
+}
+
+namespace {
+
+// A read's options: its command without the file on its last line; empty for any other task.
+QByteArray read_options(const exiftool_task& task)
+{
+    const QByteArray file_line = task.file.toUtf8() + '\n';
+    if (task.operation != QLatin1String("read") || task.alone || task.file.isEmpty() || !task.data.endsWith(file_line))
+        return {};
+    return task.data.left(task.data.size() - file_line.size());
+}
+
+} // namespace
+
+void exiftool_worker::join_reads(int index)
+{
+    const QByteArray options = read_options(task_queue[index]);
+    if (options.isEmpty())
+        return;
+    while (int(task_queue[index].joined.size()) + 1 < max_files_per_read && index + 1 < task_queue.size()) {
+        const exiftool_task& next = task_queue[index + 1];
+        // A task whose asker is gone stays in the queue, where it stops the worker as before.
+        if (!next.response || read_options(next) != options)
+            break;
+        task_queue[index].joined.push_back(task_queue.takeAt(index + 1));
+    }
+}
+
+void exiftool_worker::hand_out_joined_answer(exiftool_task& task, const QByteArray& answer)
+{
+    // ExifTool opens each file's part of the answer with "======== <file>\n", the file as it was
+    // sent. Only ExifTool begins a line so, as it prints a line break inside a value as ".". A file
+    // it could not read has no part, and gets an empty answer, as it would alone.
+    static const QByteArray opener = QByteArrayLiteral("======== ");
+    static const QByteArray next_opener = '\n' + opener;
+    std::vector<exiftool_task*> members{&task};
+    for (exiftool_task& other : task.joined)
+        members.push_back(&other);
+    std::vector<QByteArray> parts(members.size());
+    std::vector<bool> given(members.size(), false);
+    int at = answer.startsWith(opener) ? 0 : answer.indexOf(next_opener);
+    if (at > 0)
+        ++at;
+    while (at >= 0) {
+        const int name_end = answer.indexOf('\n', at);
+        if (name_end < 0)
+            break;
+        const QByteArray name = answer.mid(at + opener.size(), name_end - at - opener.size());
+        const int next = answer.indexOf(next_opener, name_end);
+        const int end = next < 0 ? answer.size() : next + 1;
+        size_t i = 0;
+        while (i < members.size() && (given[i] || members[i]->file.toUtf8() != name))
+            ++i;
+        if (i < members.size()) {
+            parts[i] = answer.mid(name_end + 1, end - name_end - 1);
+            given[i] = true;
+        } else {
+            qCWarning(exiftool_log(), "%s: Dropping an answer for '%s', which task %d did not ask for.", Q_FUNC_INFO,
+                      name.constData(), task.id);
+        }
+        at = next < 0 ? -1 : next + 1;
+    }
+    for (size_t i = 0; i < members.size(); ++i) {
+        exif_response* response = members[i]->response.data();
+        members[i]->response.clear();
+        if (response) {
+            response->data = parts[i];
+            response->mark_ready();
+        }
     }
 }
 
@@ -335,7 +411,8 @@ void exiftool_worker::take_answers(int searched_up_to)
         exiftool_task& head = task_queue.first();
         // The marker counts only on a line of its own: a tag value, file or folder name that ends
         // in "{ready<id>}" ends a line with it too, but never begins one, since every line of an
-        // answer begins with "-" or a blank and ExifTool prints a line break inside a value as ".".
+        // answer begins with "-", a blank or the "========" before a file's name, and ExifTool
+        // prints a line break inside a value as ".".
         // Only new bytes can complete it, so the search starts a marker's length in front of
         // them: a marker split across two reads is found, and a long answer isn't searched over
         // and over.
@@ -354,10 +431,7 @@ void exiftool_worker::take_answers(int searched_up_to)
                     qCWarning(exiftool_log(), "%s: The answer for '%s' is larger than %d bytes; the task fails.",
                               Q_FUNC_INFO, qUtf8Printable(head.file), max_answer_bytes);
                     head.failed = true;
-                    exif_response* response = head.response.data();
-                    head.response.clear();
-                    if (response)
-                        response->fail(exif_error::too_large);
+                    fail_task(head, exif_error::too_large);
                 }
                 output_buffer = output_buffer.right(line.size() - 1);
             }
@@ -367,10 +441,12 @@ void exiftool_worker::take_answers(int searched_up_to)
         // delete it, and the guard's count must not be touched after that.
         exiftool_task task = task_queue.takeFirst();
         --in_flight;
-        --pending;
+        pending -= 1 + int(task.joined.size());
         exif_response* response = task.response.data();
-        task.response.clear();
-        if (response) {
+        if (!task.joined.empty()) {
+            hand_out_joined_answer(task, output_buffer.left(at));
+        } else if (response) {
+            task.response.clear();
             response->data = output_buffer.left(at);
             response->mark_ready();
         } else if (!task.failed) {
@@ -393,23 +469,38 @@ void exiftool_worker::process_ended(int code, QProcess::ExitStatus status)
 {
     kill_timer->stop();
     output_buffer.clear();
+    const bool asked = interrupting;
+    interrupting = false;
     if (in_flight == 0)
         return;
-    exiftool_task task = task_queue.takeFirst();
-    --pending;
-    exif_response* response = task.response.data();
-    task.response.clear();
     // ExifTool begins a task only when it has finished the one before: those written behind the
     // failed one never began, and go to the next child.
     in_flight = 0;
+    if (!task_queue.first().joined.empty() && !asked) {
+        // Which of the joined files ended the child is unknown: each is read again alone, so that
+        // one that ends it again fails by itself.
+        exiftool_task task = task_queue.takeFirst();
+        std::vector<exiftool_task> again = std::move(task.joined);
+        task.joined.clear();
+        again.insert(again.begin(), std::move(task));
+        for (auto it = again.rbegin(); it != again.rend(); ++it) {
+            it->alone = true;
+            task_queue.prepend(std::move(*it));
+        }
+        qCWarning(exiftool_log(), "%s: ExifTool ended in a read of %d files; each is read again alone.", Q_FUNC_INFO,
+                  int(again.size()));
+        execute_task();
+        return;
+    }
+    exiftool_task task = task_queue.takeFirst();
+    pending -= 1 + int(task.joined.size());
     const QString how = status == QProcess::CrashExit ? QString("by signal %1").arg(code)
                                                         : QString("with exit code %1").arg(code);
     qCWarning(exiftool_log(), "%s: ExifTool ended %s while working on '%s' (%s); the task fails.", Q_FUNC_INFO,
               qUtf8Printable(how), qUtf8Printable(task.file), qUtf8Printable(task.operation));
     if (task.operation == QLatin1String("write") && !task.file.isEmpty())
         clean_up_after_write(task);
-    if (response)
-        response->fail(exif_error::ended);
+    fail_task(task, exif_error::ended);
     // The next task starts a new child.
     execute_task();
 }
@@ -428,6 +519,7 @@ void exiftool_worker::interrupt(int busy_for_ms)
         return;
     qCWarning(exiftool_log(), "%s: Stopping ExifTool.", Q_FUNC_INFO);
     // A stopped child acts on nothing until it is continued.
+    interrupting = true;
     signal_child(SIGCONT);
     signal_child(SIGINT);
     kill_timer->start(interrupt_grace_ms);
@@ -453,8 +545,23 @@ bool exiftool_worker::send_restart()
     return process->state() == QProcess::Running;
 }
 
+void exiftool_worker::fail_task(exiftool_task& task, exif_error error)
+{
+    std::vector<exiftool_task*> members{&task};
+    for (exiftool_task& other : task.joined)
+        members.push_back(&other);
+    for (exiftool_task* member : members) {
+        exif_response* response = member->response.data();
+        member->response.clear();
+        if (response)
+            response->fail(error);
+    }
+}
+
 bool exiftool_worker::shutdown()
 {
+    // Reads in flight end with the child rather than go out again.
+    interrupting = true;
     // A task in flight gets longer to finish before the child is signalled.
     const int wait = in_flight > 0 ? 1000 : 200;
     const int rounds = in_flight > 0 ? 5 : 25;

@@ -12,6 +12,7 @@
 #include <QString>
 
 #include <atomic>
+#include <vector>
 
 class QLoggingCategory;
 class QMutex;
@@ -21,6 +22,7 @@ class QTimer;
 namespace ondo {
 
 class exif_response;
+enum class exif_error : int;
 
 // The category "exiftool", for every log line of the bridge.
 const QLoggingCategory& exiftool_log();
@@ -55,6 +57,10 @@ struct exiftool_task {
     bool temporary_existed = false;
     // The response has been ended with an error; what is left of the answer is dropped.
     bool failed = false;
+    // Reads sent in this task's command behind its own file; their answers come in its answer.
+    std::vector<exiftool_task> joined;
+    // Sent alone again after a child ended in a joined read; never joined again.
+    bool alone = false;
 };
 
 // The largest answer a task may have. Far above any real one (a value of 10 MB is real); a
@@ -65,12 +71,17 @@ constexpr int interrupt_grace_ms = 3000;
 // Tasks written to one child at a time: the one it works on and the next, so that the child
 // never waits for the worker between two tasks.
 constexpr int max_in_flight = 2;
+// Reads with the same options that go out in one command, queued one behind the other: ExifTool's
+// fixed cost per command (reading the arguments, a new object, its options) is then paid once.
+constexpr int max_files_per_read = 4;
 
 // Owns one stay-open ExifTool child. Lives on a thread "Exiftol IO Worker" of its own; every
 // slot runs there and is reached through QMetaObject::invokeMethod. Up to max_in_flight tasks
 // are written to the child at once; ExifTool answers them in order, each answer ending at the
 // marker "{ready<id>}\n" standing on a line of its own. A child that ends while it works on a
-// task ends that task with an error; the tasks written behind it go to the next child.
+// task ends that task with an error; the tasks written behind it go to the next child. Reads
+// queued behind one another go out together, and their answer is split by file; a child that ends
+// in such a read sends each of them again alone, unless it was told to stop.
 class exiftool_worker : public QObject {
     Q_OBJECT
 public:
@@ -112,6 +123,8 @@ public:
     bool stuck = false;
     QByteArray output_buffer;
     QTimer* kill_timer = nullptr;
+    // The child's end was asked for by interrupt().
+    bool interrupting = false;
 
 private:
     // Hands every complete answer in output_buffer to its task, in order; the search for the
@@ -119,6 +132,11 @@ private:
     void take_answers(int searched_up_to);
     void process_ended(int code, QProcess::ExitStatus status);
     void signal_child(int signal);
+    // Takes the reads queued behind the task at `index` into its command, if they have its options.
+    void join_reads(int index);
+    // Ends the task and the reads joined to it with `error`.
+    void fail_task(exiftool_task& task, exif_error error);
+    void hand_out_joined_answer(exiftool_task& task, const QByteArray& answer);
     WriteResult write(const QString& text);
     QByteArray gen_execute(int id) const;
     QByteArray gen_marker(int id) const;

@@ -33,11 +33,15 @@ append('pids', "$$\n");
 if (%{rules()->{deaf}}) { $SIG{$_} = 'IGNORE' for qw(TERM INT); }
 binmode STDIN; binmode STDOUT; STDOUT->autoflush(1);
 my $previous = '';
+my @files;
 while (my $line = <STDIN>) {
     append('input', $line);
     exit 0 if $previous eq "-stay_open\n" && $line eq "0\n" && !%{rules()->{deaf}};
     $previous = $line;
+    push @files, $line if $line =~ m{^/};
     next unless $line =~ /^-execute(\d+)\n\z/;
+    my @named = @files;
+    @files = ();
     my ($id, $r) = ($1, rules());
     sleep($r->{delay}{$id} / 1000) if $r->{delay}{$id};
     print STDERR 'w' x $r->{stderr}{$id} if $r->{stderr}{$id};
@@ -46,6 +50,8 @@ while (my $line = <STDIN>) {
         for (my $n = 0; $n < $r->{huge}{$id}; $n += length $block) { print $block; }
     }
     my $text = $r->{reply}{$id} // $r->{reply}{'*'} // $r->{plain}{$id} // '';
+    # As ExifTool answers a command that names several files: each file's part under its name.
+    $text = join('', map { "======== $_$text" } @named) if @named > 1 && !exists $r->{plain}{$id};
     $text .= "{ready$id}\n" unless exists $r->{plain}{$id};
     my @parts = split /\|/, $text, -1;
     print shift(@parts) // '';
