@@ -93,8 +93,8 @@ private slots:
         QTest::newRow("undo, the last line cut") << "Undo" << true;
     }
 
-    // 200 photos, a crash after 25 or a few more of them: the next start gives back exactly those
-    // and the few whose writes had gone out ahead of the crash, or keeps them.
+    // 200 photos, a crash after 25 or more of them: the next start gives back exactly those and
+    // the ones whose writes had gone out ahead of the crash, or keeps them.
     void a_crashed_run_is_offered_at_the_next_start()
     {
         QFETCH(QString, answer);
@@ -117,9 +117,10 @@ private slots:
         const auto shown = test_support::answer_next_box(answer);
         window = test_support::open_main_window();
         QTRY_VERIFY(shown->answered);
-        // Every photo whose write had gone out counts, written or not.
+        // Every photo whose write had gone out counts, written or not: at most the 64 writes a
+        // run queues ahead and one group of 32 undo lines more than were done.
         const int offered = QRegularExpression("changed: (\\d+)\n").match(shown->text).captured(1).toInt();
-        QVERIFY2(offered >= shifted - (cut ? 1 : 0) && offered <= shifted + 12, qPrintable(shown->text));
+        QVERIFY2(offered >= shifted - (cut ? 1 : 0) && offered <= shifted + 96, qPrintable(shown->text));
         QCOMPARE(shown->buttons, QStringList({"Undo", "Keep"}));
         QVERIFY(journals().isEmpty());
         QVERIFY(!test_support::button(window, undo_tip)->isEnabled());
