@@ -339,7 +339,7 @@ void MainWindow::load_files(QStringList filenames)
 
     // Reads go out a few files ahead, so that every ExifTool child works while the rows are
     // added one by one, in order.
-    const int ahead = 16;
+    const int ahead = 32;
     int prefetched = 0;
     paint_pacer pacer;
     ui->tableView->setUpdatesEnabled(false);

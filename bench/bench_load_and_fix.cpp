@@ -85,6 +85,14 @@ double own_cpu_ms()
     return (usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) * 1e3 + (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e3;
 }
 
+// CPU time of this process's children that have ended and been waited for: the floor's.
+double ended_children_cpu_ms()
+{
+    rusage usage {};
+    ::getrusage(RUSAGE_CHILDREN, &usage);
+    return (usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) * 1e3 + (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e3;
+}
+
 // CPU time of this process's ExifTool children while they live, from /proc.
 double children_cpu_ms()
 {
@@ -160,12 +168,16 @@ int main(int argc, char** argv)
     const double fix_child_cpu = children_cpu_ms() - child_cpu;
 
     // The same options the bridge reads with, and the same lines a fix run sends for such a file.
+    double floor_cpu = ended_children_cpu_ms();
     const double load_floor = floor_ms({"-charset", "filename=utf8", "-args", "-sort", "-G1", "-a", "-fast"},
                                        floor_paths, cores);
+    const double load_floor_cpu = ended_children_cpu_ms() - floor_cpu;
+    floor_cpu = ended_children_cpu_ms();
     const double fix_floor = floor_ms({"-q", "-overwrite_original_in_place", "-m", "-ExifIFD:CreateDate=" + shifted,
                                        "-ExifIFD:DateTimeOriginal=" + shifted, "-IFD0:ModifyDate=" + shifted,
                                        "-System:FileModifyDate=" + shifted},
                                       floor_paths, cores);
+    const double fix_floor_cpu = ended_children_cpu_ms() - floor_cpu;
 
     std::printf("files: %d, cores: %d\n", count, cores);
     std::printf("load through the window:   %8.2f ms per file, floor %6.2f, ratio %5.2f (goal: at most 1.2)\n",
@@ -174,6 +186,8 @@ int main(int argc, char** argv)
                 fix_ms / count, fix_floor / count, fix_ms / fix_floor);
     std::printf("CPU time per file of the program: load %.2f, fix %.2f ms; of its ExifTool children: load %.2f, fix %.2f ms\n",
                 load_cpu / count, fix_cpu / count, load_child_cpu / count, fix_child_cpu / count);
+    std::printf("CPU time per file of the floor's ExifTool processes: load %.2f, fix %.2f ms\n",
+                load_floor_cpu / count, fix_floor_cpu / count);
     std::printf("peak memory of the program: %ld MB\n", peak_memory_kb() / 1024);
 
     delete window;
