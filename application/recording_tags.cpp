@@ -34,8 +34,17 @@ bool exif_directory(const QString& group)
 }
 
 // Dates that read as the local clock, zoned or not.
+// Every date tag below has "Date" or "Time" in its name; most of a photo's tags have neither,
+// and are let go without splitting their names.
+bool may_be_date_tag(const QString& tag)
+{
+    return tag.contains(QLatin1String("Date")) || tag.contains(QLatin1String("Time"));
+}
+
 bool local_date_tag(const QString& tag)
 {
+    if (!may_be_date_tag(tag))
+        return false;
     static const QStringList named = {
         QStringLiteral("XMP-exif:DateTimeOriginal"), QStringLiteral("XMP-exif:DateTimeDigitized"),
         QStringLiteral("XMP-xmp:CreateDate"),        QStringLiteral("XMP-xmp:ModifyDate"),
@@ -51,6 +60,8 @@ bool local_date_tag(const QString& tag)
 // The movie's and every track's dates, which the format keeps in UTC.
 bool utc_date_tag(const QString& tag)
 {
+    if (!may_be_date_tag(tag))
+        return false;
     static const QRegularExpression track(QStringLiteral("^Track\\d+$"));
     static const QStringList movie_names = {QStringLiteral("CreateDate"), QStringLiteral("ModifyDate")};
     static const QStringList track_names = {QStringLiteral("TrackCreateDate"), QStringLiteral("TrackModifyDate"),
