@@ -408,8 +408,10 @@ void MainWindow::end_stall_notice()
 void MainWindow::stop_exiftool(int busy_for_ms)
 {
     stop_requested = true;
-    // Only the children that hold up the run: the others finish what they are writing.
+    // Only the children that hold up the run: the others finish what they are writing. What the
+    // run queued ahead and no child has begun is not started.
     ondo::exiftool::interrupt(busy_for_ms);
+    ondo::exiftool::drop_unsent();
 }
 
 void MainWindow::on_button_load_images_clicked()

@@ -180,7 +180,8 @@ void MainWindow::on_button_fix_time_clicked()
         const bool kept = written || error == ondo::exif_error::ended;
         if (kept)
             undo_info.insert(write.path, write.undo);
-        if (!written)
+        // A write the stop dropped before any child had it is left, as rows after the stop are.
+        if (!written && error != ondo::exif_error::dropped)
             failures.insert(write.row, write.path);
         journal->written(write.path, kept);
         end_stall_notice();
@@ -217,6 +218,12 @@ void MainWindow::on_button_fix_time_clicked()
             send();
         while (!pending.isEmpty() && (pending.size() >= syncs.ahead() || pending_bytes >= bytes_ahead))
             finish_one();
+    }
+    // A stop leaves the photos whose writes were not sent yet as they are.
+    if (run_ends()) {
+        for (const pending_write& write : qAsConst(unsent))
+            journal->written(write.path, false);
+        unsent.clear();
     }
     send();
     while (!pending.isEmpty())

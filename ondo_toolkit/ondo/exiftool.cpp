@@ -212,6 +212,15 @@ void exiftool::interrupt(int busy_for_ms)
     }
 }
 
+void exiftool::drop_unsent()
+{
+    QMutexLocker lock(&worker_mutex());
+    for (exiftool_worker* worker : qAsConst(workers)) {
+        const queued_call_mark mark(worker);
+        QMetaObject::invokeMethod(worker, "drop_unsent", Qt::QueuedConnection);
+    }
+}
+
 void exiftool::set_time_limit(int ms)
 {
     wait_limit_ms = ms;

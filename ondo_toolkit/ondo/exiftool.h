@@ -48,6 +48,9 @@ public:
     // way (SIGCONT and SIGINT, SIGKILL a few seconds later if it is still there). That task ends
     // with an error; the next one starts a new child.
     static void interrupt(int busy_for_ms = 0);
+    // Ends every task that no child has been given yet with exif_error::dropped: what a run
+    // queued ahead is not started once the user has stopped it.
+    static void drop_unsent();
     // How many children the bridge starts next time: 0 (the default) for one per core, at most four.
     static void set_pool_size(int children);
     // The time after which a synchronous wait tells exiftool_events::overdue (60 s). The wait

@@ -525,6 +525,15 @@ void exiftool_worker::interrupt(int busy_for_ms)
     kill_timer->start(interrupt_grace_ms);
 }
 
+void exiftool_worker::drop_unsent()
+{
+    while (task_queue.size() > in_flight) {
+        exiftool_task task = task_queue.takeLast();
+        pending -= 1 + int(task.joined.size());
+        fail_task(task, exif_error::dropped);
+    }
+}
+
 bool exiftool_worker::send_restart()
 {
     while (process->state() != QProcess::NotRunning) {

@@ -103,6 +103,8 @@ public slots:
     // of and removes its temporary file; SIGKILL only if it is still there interrupt_grace_ms
     // later. The task then ends with exif_error::ended. An idle child is left alone.
     void interrupt(int busy_for_ms = 0);
+    // Ends the tasks not yet written to the child with exif_error::dropped.
+    void drop_unsent();
     void verbose(bool value = true);
     void do_ping(bool value = true);
 
