@@ -1,3 +1,4 @@
+#include "processes.h"
 #include "test_support.h"
 
 #include <ondo/exif_response.h>
@@ -10,6 +11,7 @@
 #include <QtTest>
 
 #include <sys/stat.h>
+#include <csignal>
 
 using ondo::exiftool;
 using test_support::make_tagged_photo;
@@ -121,9 +123,15 @@ private slots:
 
         ondo::exiftool::verbose(true);
         test_support::log_capture log;
+        // The child is held while the reads are queued, so that the first two are sent and the
+        // others wait behind them.
+        const qint64 child = test_support::child_of(QCoreApplication::applicationPid());
+        QVERIFY(child > 0);
+        ::kill(pid_t(child), SIGSTOP);
         std::vector<ondo::exif_response*> reads;
         for (const QString& path : paths)
             reads.push_back(exiftool::read_tags_async(path, true));
+        ::kill(pid_t(child), SIGCONT);
         for (size_t i = 0; i < reads.size(); ++i) {
             exif_tag_map got = exiftool::read_result(reads[i]);
             // The access time may move between the two reads.
