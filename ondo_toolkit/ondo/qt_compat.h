@@ -5,6 +5,7 @@
 // place that asks for the version.
 
 #include <QtGlobal>
+#include <QCoreApplication>
 #include <QEvent>
 #include <QLibraryInfo>
 #include <QPalette>
@@ -28,6 +29,9 @@ namespace ondo::qt_compat {
 
 // The argument of QWidget::enterEvent.
 using enter_event = QEnterEvent;
+
+// Qt 6 always scales by the screen's device pixel ratio; the attribute is gone.
+inline void enable_high_dpi_scaling() {}
 
 // QLayoutItem::widget() became const.
 #define ONDO_LAYOUT_ITEM_WIDGET_CONST const
@@ -67,6 +71,9 @@ private:
 #else
 
 using enter_event = QEvent;
+
+// Before the application object: scales by the screen's device pixel ratio.
+inline void enable_high_dpi_scaling() { QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling, true); }
 
 #define ONDO_LAYOUT_ITEM_WIDGET_CONST
 
