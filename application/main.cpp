@@ -6,6 +6,7 @@
 #include <ondo/application_log.h>
 #include <ondo/language.h>
 #include <ondo/message_handler.h>
+#include <ondo/qt_compat.h>
 #include <ondo/style.h>
 #include <ondo/termination_signals.h>
 
@@ -23,7 +24,7 @@ int main(int argc, char** argv)
     QCoreApplication::setApplicationName("Tavimo");
     QCoreApplication::setApplicationVersion("2.1.2");
 
-    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling, true);
+    ondo::qt_compat::enable_high_dpi_scaling();
 
     QList<QTranslator*> translators;
     QStringList paths;

@@ -1,3 +1,6 @@
+#include <ondo/style.h>
+
+#include <QApplication>
 #include <QDirIterator>
 #include <QImage>
 #include <QtTest>
@@ -22,7 +25,61 @@ private slots:
         }
     }
 
+    // Each finer drawing has a partner at its own density, exactly half as large both ways, or
+    // the picture would jump in size between screens.
+    void every_finer_drawing_is_twice_its_picture()
+    {
+        int finer = 0;
+        for (const QString& root : {QString(":/gui"), QString(":/images")}) {
+            QDirIterator it(root, QDirIterator::Subdirectories);
+            while (it.hasNext()) {
+                const QString path = it.next();
+                if (!path.endsWith("@2x.png"))
+                    continue;
+                ++finer;
+                const QImage fine(path);
+                const QImage plain(QString(path).replace("@2x.png", ".png"));
+                QVERIFY2(!plain.isNull(), qPrintable(path));
+                QCOMPARE(fine.size(), plain.size() * 2);
+            }
+        }
+        QVERIFY(finer > 0);
+    }
+
+    // This program runs as on a screen scaled by 2 (see main): the window's icons and glyphs come
+    // sharp at their own size; a picture without a finer drawing comes as it is.
+    void artwork_for_a_dense_screen_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<qreal>("ratio");
+        for (const char* name : {"icon_fix_time", "icon_undo", "icon_undo_small", "icon_open", "icon_settings",
+                 "icon_about", "icon_help", "logo_small", "head_medium_dark_without_shadow", "Head"})
+            QTest::newRow(name) << QString(":/images/%1.png").arg(name) << qreal(2);
+        for (const char* name : {"radio/checked", "radio/disabled_unchecked", "checkbox/checked", "combobox/arrow"})
+            QTest::newRow(name) << QString(":/gui/%1.png").arg(name) << qreal(2);
+        QTest::newRow("drop picture, by its anchor") << ":/images/drop_images_here_en.png" << qreal(1);
+        QTest::newRow("button frame, stretched") << ":/gui/button/dark_normal.png" << qreal(1);
+    }
+
+    void artwork_for_a_dense_screen()
+    {
+        QFETCH(QString, path);
+        QFETCH(qreal, ratio);
+        QCOMPARE(qApp->devicePixelRatio(), qreal(2));
+        const QImage plain(path);
+        const QImage loaded = ondo::load_artwork(path);
+        QCOMPARE(loaded.devicePixelRatio(), ratio);
+        QCOMPARE(loaded.size(), plain.size() * ratio);
+    }
 };
 
-QTEST_MAIN(tst_resources)
+int main(int argc, char** argv)
+{
+    // Pictures are asked for as on a screen scaled by 2.
+    qputenv("QT_SCALE_FACTOR", "2");
+    QApplication app(argc, argv);
+    tst_resources test;
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "tst_resources.moc"

@@ -3,6 +3,18 @@
 #include <QSignalSpy>
 #include <QtTest>
 
+// The lightest pixel inside the frame of `edit`: the core of its glyphs.
+static QRgb lightest_inside(QWidget& edit)
+{
+    const QImage image = edit.grab().toImage();
+    QRgb lightest = 0;
+    for (int y = 2; y < image.height() - 2; ++y)
+        for (int x = 2; x < image.width() - 2; ++x)
+            if (qGray(image.pixel(x, y)) > qGray(lightest))
+                lightest = image.pixel(x, y);
+    return lightest;
+}
+
 class tst_widgets : public QObject {
     Q_OBJECT
 private slots:
@@ -51,6 +63,41 @@ private slots:
         if (clicks)
             QCOMPARE(at_click, Qt::ControlModifier);
         QCOMPARE(label.modifiers, Qt::NoModifier);
+    }
+
+    // An empty field's placeholder looks like the same text typed, in each state and after the
+    // sheet is built anew for a new border colour.
+    void lineedit_placeholder_data()
+    {
+        QTest::addColumn<bool>("enabled");
+        QTest::addColumn<bool>("restyled");
+        QTest::newRow("enabled") << true << false;
+        QTest::newRow("disabled") << false << false;
+        QTest::newRow("enabled, restyled") << true << true;
+        QTest::newRow("disabled, restyled") << false << true;
+    }
+
+    void lineedit_placeholder()
+    {
+        QFETCH(bool, enabled);
+        QFETCH(bool, restyled);
+        ondo::lineedit typed;
+        typed.setText("0");
+        ondo::lineedit empty;
+        empty.setPlaceholderText("0");
+        for (ondo::lineedit* edit : {&typed, &empty}) {
+            edit->resize(60, 22);
+            edit->setEnabled(enabled);
+            edit->show();
+            QVERIFY(QTest::qWaitForWindowExposed(edit));
+            if (restyled) {
+                edit->border = QColor(200, 0, 0);
+                edit->update_style();
+            }
+        }
+        const QRgb text = lightest_inside(typed);
+        QVERIFY(qGray(text) > 90);
+        QCOMPARE(QColor(lightest_inside(empty)), QColor(text));
     }
 };
 

@@ -33,9 +33,15 @@ const QColor field_color(38, 38, 38);
 const QColor control_border(99, 99, 99);
 const QColor link_color(0x72, 0x8a, 0x84);
 
+// 1 for the pictures themselves; 2 while their twice-as-fine drawings for high-density screens
+// are made, which the same code draws in the same coordinates and saves as name@2x.png.
+qreal ratio = 1.0;
+
 void save(const QImage& image, const QString& relative_path)
 {
-    const QString path = output_dir + "/" + relative_path;
+    QString path = output_dir + "/" + relative_path;
+    if (ratio != 1.0)
+        path.insert(path.lastIndexOf('.'), QString("@%1x").arg(ratio));
     QDir().mkpath(QFileInfo(path).absolutePath());
     if (!image.convertToFormat(QImage::Format_ARGB32).save(path, "PNG")) {
         std::fprintf(stderr, "cannot write %s\n", qPrintable(path));
@@ -43,9 +49,11 @@ void save(const QImage& image, const QString& relative_path)
     }
 }
 
+// A transparent picture of `width` by `height` in drawing coordinates, `ratio` times as many pixels.
 QImage canvas(int width, int height)
 {
-    QImage image(width, height, QImage::Format_ARGB32_Premultiplied);
+    QImage image(qRound(width * ratio), qRound(height * ratio), QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(ratio);
     image.fill(Qt::transparent);
     return image;
 }
@@ -443,13 +451,13 @@ QImage logo(qreal scale)
 QImage header(int height, bool shadow)
 {
     // Only vertical shading: the sheet tiles it across the window's width.
-    QImage image(64, height, QImage::Format_ARGB32_Premultiplied);
+    QImage image = canvas(64, height);
     draw(image, [&](QPainter& p) {
         QLinearGradient g(0, 0, 0, height);
         g.setColorAt(0, QColor(64, 66, 66));
         g.setColorAt(0.5, QColor(42, 44, 44));
         g.setColorAt(1, QColor(24, 25, 25));
-        p.fillRect(image.rect(), g);
+        p.fillRect(0, 0, 64, height, g);
         p.fillRect(0, 0, 64, 1, QColor(86, 90, 89));
         p.fillRect(0, height - 1, 64, 1, QColor(8, 8, 8));
         if (shadow) {
@@ -515,16 +523,12 @@ QImage application_icon(int size)
     return image;
 }
 
-void draw_application_pictures()
+// The pictures that the window shows at their own size; the desktop icon comes in sizes of its own.
+void draw_window_pictures()
 {
-    for (int size : {16, 24, 32, 48, 64, 128, 256, 512})
-        save(application_icon(size), QString("icons/%1.png").arg(size));
     save(logo(1.0), "images/logo_small.png");
-    save(logo(2.0), "images/logo.png");
     save(header(66, false), "images/head_medium_dark_without_shadow.png");
     save(header(97, true), "images/Head.png");
-    save(drop_picture("Drop images here"), "images/drop_images_here_en.png");
-    save(drop_picture(QString::fromUtf8("Bilder hier ablegen")), "images/drop_images_here_de.png");
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -761,7 +765,23 @@ int main(int argc, char** argv)
     save(panel_border(true), "gui/panel/border_topless.png");
     draw_indicators();
     draw_icons();
-    draw_application_pictures();
+    for (int size : {16, 24, 32, 48, 64, 128, 256, 512})
+        save(application_icon(size), QString("icons/%1.png").arg(size));
+    // The about box scales this one down, so it is sharp on any screen.
+    save(logo(2.0), "images/logo.png");
+    // Only at their own density: a sheet places a background by its pixels, not by its size, so
+    // a finer drop picture would stand off its bottom-centre anchor.
+    save(drop_picture("Drop images here"), "images/drop_images_here_en.png");
+    save(drop_picture(QString::fromUtf8("Bilder hier ablegen")), "images/drop_images_here_de.png");
+    draw_window_pictures();
     draw_toolkit_families();
+
+    // What the window shows, again at twice the density, so that a screen scaled by 2 (or 1.5)
+    // gets sharp pictures instead of stretched ones. The 3-pixel frames are left out: they are
+    // stretched by their sheets anyway and keep their lines whole at any factor.
+    ratio = 2.0;
+    draw_indicators();
+    draw_icons();
+    draw_window_pictures();
     return failures == 0 ? 0 : 1;
 }

@@ -1,6 +1,7 @@
 #include "ondo/button_dark.h"
 
 #include "ondo/assertion.h"
+#include "ondo/style.h"
 
 #include <QButtonGroup>
 #include <QDragEnterEvent>
@@ -41,6 +42,9 @@ void ensure_argb32(QImage& image)
 
 std::uint8_t clamp_byte(int value) { return std::uint8_t(std::clamp(value, 0, 255)); }
 
+// The size a picture paints at: a drawing for a denser screen has more pixels than that.
+QSize logical_size(const QImage& image) { return (QSizeF(image.size()) / image.devicePixelRatio()).toSize(); }
+
 } // namespace
 
 // ---------------------------------------------------------------------------------------------
@@ -50,11 +54,12 @@ void button_dark::img_highlighter::update()
 {
     if (path.isEmpty())
         return;
-    normal_image = std::make_unique<QImage>(path);
-    highlight_image = std::make_unique<QImage>(path);
-    disabled_image = std::make_unique<QImage>(path);
+    const QImage picture = load_artwork(path);
+    normal_image = std::make_unique<QImage>(picture);
+    highlight_image = std::make_unique<QImage>(picture);
+    disabled_image = std::make_unique<QImage>(picture);
     create_images(*normal_image, *highlight_image, *disabled_image);
-    width = normal_image->width();
+    width = logical_size(*normal_image).width();
 }
 
 void button_dark::img_highlighter::create_images(
@@ -129,8 +134,9 @@ button_dark::paint_function button_dark::img_highlighter::get_custom_paint_ex(in
             image = highlight_image.get();
 
         if (!bd->icon_scaled) {
-            const int px = x == -1 ? (bd->width() - image->width()) / 2 : x;
-            const int py = y == -1 ? (bd->height() - image->height()) / 2 : y;
+            const QSize size = logical_size(*image);
+            const int px = x == -1 ? (bd->width() - size.width()) / 2 : x;
+            const int py = y == -1 ? (bd->height() - size.height()) / 2 : y;
             painter.drawImage(QPoint(px, py), *image);
         } else if (bd->icon_scaled_width < 1) {
             painter.drawImage(bd->rect(), *image);

@@ -5,11 +5,14 @@
 // place that asks for the version.
 
 #include <QtGlobal>
+#include <QCoreApplication>
 #include <QEvent>
 #include <QLibraryInfo>
+#include <QPalette>
 #include <QProcess>
 #include <QString>
 #include <QTextStream>
+#include <QWidget>
 
 #if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
 #include <QStringDecoder>
@@ -27,10 +30,31 @@ namespace ondo::qt_compat {
 // The argument of QWidget::enterEvent.
 using enter_event = QEnterEvent;
 
+// Qt 6 always scales by the screen's device pixel ratio; the attribute is gone.
+inline void enable_high_dpi_scaling() {}
+
 // QLayoutItem::widget() became const.
 #define ONDO_LAYOUT_ITEM_WIDGET_CONST const
 
 inline QString translations_path() { return QLibraryInfo::path(QLibraryInfo::TranslationsPath); }
+
+// Qt 6's style sheets paint a line edit's placeholder in the sheet's text colour at half strength,
+// Qt 5's at full strength. Gives `edit` Qt 5's look; call it each time the sheet has been applied
+// (polish, style change), since a new sheet brings back the sheet's own palette.
+inline void placeholder_in_text_colour(QWidget* edit)
+{
+    QPalette palette = edit->palette();
+    bool changed = false;
+    for (const QPalette::ColorGroup group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
+        const QColor text = palette.color(group, QPalette::Text);
+        if (palette.color(group, QPalette::PlaceholderText) != text) {
+            palette.setColor(group, QPalette::PlaceholderText, text);
+            changed = true;
+        }
+    }
+    if (changed)
+        edit->setPalette(palette);
+}
 
 // Qt 6's streams read and write UTF-8 unless told otherwise.
 inline void use_utf8(QTextStream& stream) { stream.setEncoding(QStringConverter::Utf8); }
@@ -48,9 +72,14 @@ private:
 
 using enter_event = QEvent;
 
+// Before the application object: scales by the screen's device pixel ratio.
+inline void enable_high_dpi_scaling() { QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling, true); }
+
 #define ONDO_LAYOUT_ITEM_WIDGET_CONST
 
 inline QString translations_path() { return QLibraryInfo::location(QLibraryInfo::TranslationsPath); }
+
+inline void placeholder_in_text_colour(QWidget*) {}
 
 inline void use_utf8(QTextStream& stream) { stream.setCodec("UTF-8"); }
 

@@ -1,6 +1,7 @@
 #include "ondo/style.h"
 
 #include <QApplication>
+#include <QFileInfo>
 #include <QFontDatabase>
 #include <QScreen>
 #include <QScrollBar>
@@ -98,5 +99,20 @@ void style_scrollbars(T* view)
 
 template void style_scrollbars<QTableView>(QTableView*);
 template void style_scrollbars<QTextEdit>(QTextEdit*);
+
+QImage load_artwork(const QString& path)
+{
+    // The same rule as style sheets follow for their url()s, so icons and sheets agree.
+    if (qApp && qApp->devicePixelRatio() > 1.0) {
+        const int dot = path.lastIndexOf('.');
+        const QString fine = dot > path.lastIndexOf('/') ? QString(path).insert(dot, "@2x") : path + "@2x";
+        QImage image(fine);
+        if (!image.isNull()) {
+            image.setDevicePixelRatio(2.0);
+            return image;
+        }
+    }
+    return QImage(path);
+}
 
 } // namespace ondo

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QFont>
+#include <QImage>
 #include <QProxyStyle>
 
 class QString;
@@ -42,6 +43,11 @@ QFont design_font(QFont font);
 // does so on Linux). Where no family `name` exists, lets a font asked for by `name` find `family`,
 // so that with a bold weight it gets the bold face rather than some other family's.
 void alias_font_family(const QString& name, const QString& family);
+
+// The picture at `path`. Where a screen has a device pixel ratio above 1 and a drawing twice as
+// fine stands beside it ("icon.png" and "icon@2x.png"), that one instead, with a ratio of 2, so
+// that it paints at the same size but sharp. A null image if neither can be read.
+QImage load_artwork(const QString& path);
 
 // Gives both scroll bars of `view` the dark sheet, on a fusion style owned by `view` (native
 // macOS scroll bars ignore style sheets). Instantiated for QTableView and QTextEdit.

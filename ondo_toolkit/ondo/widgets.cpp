@@ -121,6 +121,16 @@ void lineedit::update_style()
         + tooltip_rule);
 }
 
+bool lineedit::event(QEvent* event)
+{
+    const bool handled = QLineEdit::event(event);
+    // The theme shows a placeholder like typed text. The sheet has just set the palette, and a
+    // new sheet sets it anew, so this follows both.
+    if (event->type() == QEvent::Polish || event->type() == QEvent::StyleChange)
+        qt_compat::placeholder_in_text_colour(this);
+    return handled;
+}
+
 // ---------------------------------------------------------------------------------------------
 // clickable_label
 

@@ -66,6 +66,9 @@ public:
 
     QColor default_border{99, 99, 99, 255};
     QColor border{default_border};
+
+protected:
+    bool event(QEvent* event) override;
 };
 
 // A label that emits clicked() on a left press. Only a clickable one shows the hand cursor and
