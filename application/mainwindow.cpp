@@ -115,6 +115,8 @@ bool MainWindow::event(QEvent* e)
         delete_after_run = true;
         return true;
     }
+    if (e->type() == QEvent::Show)
+        closed = false;
     if (e->type() != QEvent::FileOpen)
         return QMainWindow::event(e);
     const QString path = static_cast<QFileOpenEvent*>(e)->file();
@@ -373,6 +375,7 @@ void MainWindow::closeEvent(QCloseEvent* e)
         quit_watchdog->start();
     }
     ondo::main_window::closeEvent(e);
+    closed = closed || e->isAccepted();
 }
 
 void MainWindow::show_stall_notice(const QString& file)

@@ -129,6 +129,8 @@ private:
     int resets = 0;
     bool stop_requested = false;
     bool quitting = false;
+    // The window was closed (by the user or a termination signal) since it was last shown.
+    bool closed = false;
     QTimer* quit_watchdog = nullptr;
 
     QSettings settings;

@@ -123,6 +123,11 @@ void MainWindow::on_button_fix_time_clicked()
             return;
     }
 
+    // A window closed while a question was open (a termination signal closes every window, and
+    // with it the box) starts no run: nothing is written while the program ends.
+    if (closed)
+        return;
+
     const run_guard guard(this);
     const int resets_before = resets;
     stop_requested = false;

@@ -170,6 +170,9 @@ private slots:
             << "" << "Abort" << "2 files do not have any timezone information set";
         QTest::newRow("a second before 1972, continued") << QStringList{"a.jpg|" + dto + "1972:01:01 00:00:00"} << ""
                                                          << "Continue" << "1 files would be assigned";
+        // As a termination signal does: every window closes, the box with them; nothing is written.
+        QTest::newRow("a second before 1972, program ending") << QStringList{"a.jpg|" + dto + "1972:01:01 00:00:00"} << ""
+                                                              << "ending" << "1 files would be assigned";
     }
 
     void questions_before_the_run()
@@ -183,13 +186,22 @@ private slots:
             paths << photo(entry.section('|', 0, 0), entry.section('|', 1));
         load_and_type(paths, "lineedit_second", "-1", zone);
         // With no question expected, an answer is armed all the same, to catch one that comes.
-        const auto shown = test_support::answer_next_box(answer.isEmpty() ? "Continue" : answer);
+        const bool ending = answer == "ending";
+        QGuiApplication::setQuitOnLastWindowClosed(false);
+        const auto shown = test_support::answer_next_box(
+            answer.isEmpty() ? "Continue" : ending ? "close" : answer,
+            [ending](QDialog*) {
+                if (ending)
+                    QApplication::closeAllWindows();
+            });
         const auto writes = press(fix_tip);
         shown->cancelled = true;
+        QGuiApplication::setQuitOnLastWindowClosed(true);
 
         const QString asked = shown->answered ? shown->text.left(question.size()) + " / " + shown->title + " / " + shown->buttons.join(",") : "";
-        QCOMPARE(asked, question.isEmpty() ? QString() : question + " / Continue? / Continue,Abort");
-        const bool aborted = answer == "Abort";
+        // The closed box shows its buttons no more.
+        QCOMPARE(asked, question.isEmpty() ? QString() : question + " / Continue? / " + (ending ? "" : "Continue,Abort"));
+        const bool aborted = answer == "Abort" || ending;
         QCOMPARE(writes.size(), aborted ? 0 : paths.size());
         QCOMPARE(button(undo_tip)->isEnabled(), !aborted && !paths.isEmpty());
         // An abort leaves table and offset as they were; a run ends with both cleared.
