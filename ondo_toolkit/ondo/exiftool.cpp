@@ -303,7 +303,10 @@ exif_tag_map exiftool::read_result(exif_response* response, bool log_result)
         result = parse_args_output(QString::fromUtf8(response->data));
     if (log_result && exiftool_log().isDebugEnabled())
         qCDebug(exiftool_log()) << response->file << result;
-    response->deleteLater();
+    // At once, not deleteLater(): the runs wait in nested event loops, where deferred deletes
+    // pile up until the run ends and every posted-event pass walks them all. Once the wait is
+    // over the worker no longer touches the response.
+    delete response;
     return result;
 }
 
@@ -348,7 +351,7 @@ bool exiftool::write_result(exif_response* response, exif_error* error)
         qCWarning(exiftool_log(), "%s: Failed to execute command on '%s': '%s'.",
                   "static bool ondo::exiftool::write_tags(const QString &, const exif_tag_map &)",
                   qUtf8Printable(response->file), qUtf8Printable(output));
-    response->deleteLater();
+    delete response;
     return result;
 }
 
