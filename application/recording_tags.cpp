@@ -33,7 +33,6 @@ bool exif_directory(const QString& group)
     return directory.match(group).hasMatch();
 }
 
-// Dates that read as the local clock, zoned or not.
 // Every date tag below has "Date" or "Time" in its name; most of a photo's tags have neither,
 // and are let go without splitting their names.
 bool may_be_date_tag(const QString& tag)
@@ -41,6 +40,7 @@ bool may_be_date_tag(const QString& tag)
     return tag.contains(QLatin1String("Date")) || tag.contains(QLatin1String("Time"));
 }
 
+// Dates that read as the local clock, zoned or not.
 bool local_date_tag(const QString& tag)
 {
     if (!may_be_date_tag(tag))

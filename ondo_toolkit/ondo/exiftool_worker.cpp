@@ -314,9 +314,10 @@ void exiftool_worker::hand_out_joined_answer(exiftool_task& task, const QByteArr
     // it could not read has no part, and gets an empty answer, as it would alone.
     static const QByteArray opener = QByteArrayLiteral("======== ");
     static const QByteArray next_opener = '\n' + opener;
-    std::vector<exiftool_task*> members{&task};
-    for (exiftool_task& other : task.joined)
-        members.push_back(&other);
+    const std::vector<exiftool_task*> members = task.members();
+    std::vector<QByteArray> names;
+    for (const exiftool_task* member : members)
+        names.push_back(member->file.toUtf8());
     std::vector<QByteArray> parts(members.size());
     std::vector<bool> given(members.size(), false);
     int at = answer.startsWith(opener) ? 0 : answer.indexOf(next_opener);
@@ -330,7 +331,7 @@ void exiftool_worker::hand_out_joined_answer(exiftool_task& task, const QByteArr
         const int next = answer.indexOf(next_opener, name_end);
         const int end = next < 0 ? answer.size() : next + 1;
         size_t i = 0;
-        while (i < members.size() && (given[i] || members[i]->file.toUtf8() != name))
+        while (i < members.size() && (given[i] || names[i] != name))
             ++i;
         if (i < members.size()) {
             parts[i] = answer.mid(name_end + 1, end - name_end - 1);
@@ -442,10 +443,9 @@ void exiftool_worker::take_answers(int searched_up_to)
         exiftool_task task = task_queue.takeFirst();
         --in_flight;
         pending -= 1 + int(task.joined.size());
-        exif_response* response = task.response.data();
         if (!task.joined.empty()) {
             hand_out_joined_answer(task, output_buffer.left(at));
-        } else if (response) {
+        } else if (exif_response* response = task.response.data()) {
             task.response.clear();
             response->data = output_buffer.left(at);
             response->mark_ready();
@@ -556,10 +556,7 @@ bool exiftool_worker::send_restart()
 
 void exiftool_worker::fail_task(exiftool_task& task, exif_error error)
 {
-    std::vector<exiftool_task*> members{&task};
-    for (exiftool_task& other : task.joined)
-        members.push_back(&other);
-    for (exiftool_task* member : members) {
+    for (exiftool_task* member : task.members()) {
         exif_response* response = member->response.data();
         member->response.clear();
         if (response)

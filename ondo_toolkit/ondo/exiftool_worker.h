@@ -61,6 +61,15 @@ struct exiftool_task {
     std::vector<exiftool_task> joined;
     // Sent alone again after a child ended in a joined read; never joined again.
     bool alone = false;
+
+    // This task and the reads joined to it, its own first.
+    std::vector<exiftool_task*> members()
+    {
+        std::vector<exiftool_task*> all{this};
+        for (exiftool_task& other : joined)
+            all.push_back(&other);
+        return all;
+    }
 };
 
 // The largest answer a task may have. Far above any real one (a value of 10 MB is real); a
