@@ -247,12 +247,17 @@ QDateTime moved(const QDateTime& time, const shift& offset)
 {
     if (!time.isValid())
         return time;
-    QDateTime result = time.addYears(offset.years);
-    result = result.addMonths(offset.months);
-    result = result.addDays(offset.days);
-    result = result.addSecs(qint32(qint64(offset.hours) * 3600)); // wraps like a 32-bit product
-    result = result.addSecs(qint64(offset.minutes) * 60);
-    return result.addSecs(offset.seconds);
+    // Each step of a local time asks the C library for the zone; parts that are zero are skipped.
+    QDateTime result = time;
+    if (offset.years)
+        result = result.addYears(offset.years);
+    if (offset.months)
+        result = result.addMonths(offset.months);
+    if (offset.days)
+        result = result.addDays(offset.days);
+    // The hours wrap like a 32-bit product; seconds added in steps or at once come out the same.
+    const qint64 seconds = qint32(qint64(offset.hours) * 3600) + qint64(offset.minutes) * 60 + offset.seconds;
+    return seconds ? result.addSecs(seconds) : result;
 }
 
 source recording_time(const exif_tag_map& tags)

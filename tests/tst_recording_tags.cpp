@@ -129,6 +129,36 @@ private slots:
         }
     }
 
+    // The shown new time: calendar steps keep the clock, the rest goes through Berlin's
+    // daylight saving rules.
+    void moves_a_time_by_the_clock_rules_data()
+    {
+        QTest::addColumn<QString>("from");
+        QTest::addColumn<offset>("change");
+        QTest::addColumn<QString>("to");
+        QTest::newRow("an hour into the spring gap") << "2017:03:26 01:30:00" << offset{0, 0, 0, 1} << "2017:03:26 03:30:00";
+        QTest::newRow("an hour out of the autumn hour") << "2017:10:29 01:30:00" << offset{0, 0, 0, 1} << "2017:10:29 02:30:00";
+        QTest::newRow("a day across the autumn change") << "2017:10:28 12:00:00" << offset{0, 0, 1} << "2017:10:29 12:00:00";
+        QTest::newRow("a month from the 31st") << "2017:01:31 10:00:00" << offset{0, 1} << "2017:02:28 10:00:00";
+        QTest::newRow("a year back from a leap day") << "2020:02:29 10:00:00" << offset{-1} << "2019:02:28 10:00:00";
+        QTest::newRow("nothing, in the autumn hour") << "2017:10:29 02:30:00" << offset{0, 0, 0, 0} << "2017:10:29 02:30:00";
+        QTest::newRow("back an hour, on half an hour") << "2018:01:01 00:10:00" << offset{0, 0, 0, -1, 30, 5}
+                                                       << "2017:12:31 23:40:05";
+        QTest::newRow("hours wrap like a 32-bit product") << "2017:06:21 18:30:05" << offset{0, 0, 0, 600000}
+                                                          << "1949:10:26 11:01:49";
+    }
+
+    void moves_a_time_by_the_clock_rules()
+    {
+        QFETCH(QString, from);
+        QFETCH(offset, change);
+        QFETCH(QString, to);
+        const QString format = "yyyy:MM:dd hh:mm:ss";
+        const recording_tags::shift shift{change.value(0), change.value(1), change.value(2),
+                                          change.value(3), change.value(4), change.value(5)};
+        QCOMPARE(recording_tags::moved(QDateTime::fromString(from, format), shift).toString(format), to);
+    }
+
     // The movie's UTC date, read on the file's zone or on the machine's for that date.
     void movie_time_on_the_local_clock_data()
     {
