@@ -25,6 +25,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -41,8 +42,15 @@ QProcess* start_exiftool(const QStringList& arguments)
     return process;
 }
 
-// Runs one ExifTool per core over its share of `paths`, all at once; returns milliseconds.
-double floor_ms(const QStringList& options, const QStringList& paths, int cores)
+// The lines a fix run sends for one of these files.
+const QStringList fix_lines = {"-overwrite_original_in_place", "-m", "-ExifIFD:CreateDate=" + shifted,
+                               "-ExifIFD:DateTimeOriginal=" + shifted, "-IFD0:ModifyDate=" + shifted,
+                               "-System:FileModifyDate=" + shifted};
+
+// Runs one ExifTool per core over its share of `paths`, all at once, with the arguments
+// `arguments` makes of that share; returns milliseconds.
+double floor_ms(const QStringList& paths, int cores,
+                const std::function<QStringList(const QStringList& share, int core)>& arguments)
 {
     QElapsedTimer clock;
     clock.start();
@@ -51,38 +59,23 @@ double floor_ms(const QStringList& options, const QStringList& paths, int cores)
         QStringList share;
         for (int i = core; i < paths.size(); i += cores)
             share << paths[i];
-        processes.emplace_back(start_exiftool(options + share));
+        processes.emplace_back(start_exiftool(arguments(share, core)));
     }
     for (auto& process : processes)
         process->waitForFinished(-1);
     return clock.nsecsElapsed() / 1e6;
 }
 
-// ExifTool alone writing each file's own values, as a fix must: one stay-open ExifTool per core
-// over its share, one command per file with the lines a fix run sends, read from a file of
-// commands so that no program stands between. Returns milliseconds.
-double own_values_floor_ms(const QStringList& paths, int cores, const QString& dir)
+// ExifTool alone writing each file's own values, as a fix must: a stay-open ExifTool reads one
+// command per file from a file of commands, so that no program stands between.
+QStringList own_values_arguments(const QStringList& share, const QString& commands_path)
 {
-    std::vector<std::unique_ptr<QProcess>> processes;
-    QElapsedTimer clock;
-    clock.start();
-    for (int core = 0; core < cores; ++core) {
-        QFile commands(QDir(dir).filePath(QString("commands_%1.args").arg(core)));
-        commands.open(QIODevice::WriteOnly);
-        for (int i = core; i < paths.size(); i += cores) {
-            QString command = "\n" + paths[i] + "\n-overwrite_original_in_place\n-m\n";
-            for (const char* tag : {"ExifIFD:CreateDate", "ExifIFD:DateTimeOriginal", "IFD0:ModifyDate", "System:FileModifyDate"})
-                command += QString("-%1=%2\n").arg(tag, shifted);
-            commands.write((command + QString("\n-execute%1\n").arg(i)).toUtf8());
-        }
-        commands.write("-stay_open\n0\n");
-        commands.close();
-        processes.emplace_back(start_exiftool({"-stay_open", "1", "-@", commands.fileName(), "-common_args", "-charset",
-                                               "filename=utf8", "-args", "-sort"}));
-    }
-    for (auto& process : processes)
-        process->waitForFinished(-1);
-    return clock.nsecsElapsed() / 1e6;
+    QFile commands(commands_path);
+    commands.open(QIODevice::WriteOnly);
+    for (int i = 0; i < share.size(); ++i)
+        commands.write(("\n" + share[i] + "\n" + fix_lines.join('\n') + QString("\n\n-execute%1\n").arg(i)).toUtf8());
+    commands.write("-stay_open\n0\n");
+    return {"-stay_open", "1", "-@", commands_path, "-common_args", "-charset", "filename=utf8", "-args", "-sort"};
 }
 
 // `count` small JPEGs with the EXIF time tags a camera writes and a few others, in `dir`.
@@ -196,17 +189,19 @@ int main(int argc, char** argv)
 
     // The same options the bridge reads with, and the same lines a fix run sends for such a file.
     double floor_cpu = ended_children_cpu_ms();
-    const double load_floor = floor_ms({"-charset", "filename=utf8", "-args", "-sort", "-G1", "-a", "-fast"},
-                                       floor_paths, cores);
+    const double load_floor = floor_ms(floor_paths, cores, [](const QStringList& share, int) {
+        return QStringList{"-charset", "filename=utf8", "-args", "-sort", "-G1", "-a", "-fast"} + share;
+    });
     const double load_floor_cpu = ended_children_cpu_ms() - floor_cpu;
     floor_cpu = ended_children_cpu_ms();
-    const double fix_floor = floor_ms({"-q", "-overwrite_original_in_place", "-m", "-ExifIFD:CreateDate=" + shifted,
-                                       "-ExifIFD:DateTimeOriginal=" + shifted, "-IFD0:ModifyDate=" + shifted,
-                                       "-System:FileModifyDate=" + shifted},
-                                      floor_paths, cores);
+    const double fix_floor = floor_ms(floor_paths, cores, [](const QStringList& share, int) {
+        return QStringList{"-q"} + fix_lines + share;
+    });
     const double fix_floor_cpu = ended_children_cpu_ms() - floor_cpu;
     floor_cpu = ended_children_cpu_ms();
-    const double own_values_floor = own_values_floor_ms(floor_paths, cores, floor_dir.path());
+    const double own_values_floor = floor_ms(floor_paths, cores, [&](const QStringList& share, int core) {
+        return own_values_arguments(share, QDir(floor_dir.path()).filePath(QString("commands_%1.args").arg(core)));
+    });
     const double own_values_floor_cpu = ended_children_cpu_ms() - floor_cpu;
 
     std::printf("files: %d, cores: %d\n", count, cores);

@@ -24,6 +24,12 @@ QString joined(const exif_tag_map& map)
     return pairs.join(';');
 }
 
+recording_tags::shift to_shift(const offset& change, const QString& zone = QString())
+{
+    return {change.value(0), change.value(1), change.value(2), change.value(3),
+            change.value(4), change.value(5), !zone.isEmpty(), zone.toDouble()};
+}
+
 } // namespace
 
 // What a shift writes into each time tag of a file, on the Berlin clock; the tags are given as
@@ -108,8 +114,7 @@ private slots:
         QFETCH(QString, file_zone);
         QFETCH(QString, written);
         const exif_tag_map map = test_support::tag_map(tags);
-        const recording_tags::shift shift{change.value(0), change.value(1), change.value(2), change.value(3),
-                                          change.value(4), change.value(5), !zone.isEmpty(), zone.toDouble()};
+        const recording_tags::shift shift = to_shift(change, zone);
         const recording_tags::source own = recording_tags::recording_time(map);
         QCOMPARE(own.tag, source);
         QCOMPARE(recording_tags::file_zone(map), file_zone);
@@ -154,9 +159,7 @@ private slots:
         QFETCH(offset, change);
         QFETCH(QString, to);
         const QString format = "yyyy:MM:dd hh:mm:ss";
-        const recording_tags::shift shift{change.value(0), change.value(1), change.value(2),
-                                          change.value(3), change.value(4), change.value(5)};
-        QCOMPARE(recording_tags::moved(QDateTime::fromString(from, format), shift).toString(format), to);
+        QCOMPARE(recording_tags::moved(QDateTime::fromString(from, format), to_shift(change)).toString(format), to);
     }
 
     // The movie's UTC date, read on the file's zone or on the machine's for that date.
