@@ -51,12 +51,10 @@ private slots:
         const QString zoneless = "%n files do not have any timezone information set and you have not specified a "
                                  "timezone to use.\nIf you continue, your computer's local timezone will be used.\n\n"
                                  "Warning: Adding the timezone to an image can not be undone.";
-        const QString early = "%n files would be assigned a recording time prior to the 1st of January 1972 00:00:00.\n"
-                              "The file system time can't be altered to times before this point.\nIf you continue, the "
-                              "files' date/time according to your operating system might not be correct (i.e. displayed "
-                              "as a date in the future or simply stuck at the 1st of January 1972).\nThe EXIF timestamps "
-                              "can handle this situation and dates prior to the 1st of January 1972 00:00:00 will be "
-                              "saved correctly.";
+        const QString early = "%n files would be assigned a recording time before 1 January 1972.\nTheir metadata holds such a "
+                              "time correctly. Their file-system time may not: a FAT or exFAT memory card holds no date "
+                              "before 1980, and some systems none before 1970. A file time that can't be set is noted in "
+                              "the log; the photo is fixed all the same.";
         const QString cr3 = "Trying to alter/set timezone of %n CR3 images.\nThe CR3 format does not support timezone "
                             "information.\nAll other values except the timezone will work normally.";
         const QString failed = "The following %n files could not be fixed:\n%1\n\n Do you want to keep the changes in "
@@ -70,9 +68,9 @@ private slots:
         row("de zoneless", "de", "MainWindow", zoneless, "1 Datei hat keine Zeitzoneninformationen",
             "2 Dateien haben keine Zeitzoneninformationen", "Wenn Sie fortfahren, wird die Zeitzone Ihres Computers");
         row("en early", "en", "MainWindow", early, "1 file would be assigned", "2 files would be assigned",
-            "The file system time can't");
-        row("de early", "de", "MainWindow", early, "1 Datei würde ein Aufnahmedatum", "2 Dateien würden ein Aufnahmedatum",
-            "Wenn Sie fortfahren, ist die Zeit, die Ihr Betriebssystem");
+            "a FAT or exFAT memory card");
+        row("de early", "de", "MainWindow", early, "1 Datei würde eine Aufnahmezeit", "2 Dateien würden eine Aufnahmezeit",
+            "Eine FAT- oder exFAT-Speicherkarte");
         row("en CR3", "en", "MainWindow", cr3, "Trying to alter/set timezone of 1 CR3 image.\n",
             "Trying to alter/set timezone of 2 CR3 images.\n", "");
         row("de CR3", "de", "MainWindow", cr3, "Die Zeitzone von 1 Bild im CR3 Format",

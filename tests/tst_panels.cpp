@@ -10,6 +10,13 @@
 
 using offset = QList<QVariant>;
 
+namespace {
+
+// A report of the zone field alone: whether it holds a zone, and that zone in hours.
+offset zone(bool stated, double hours) { return offset{0, 0, 0, 0, 0, 0, stated, hours}; }
+
+} // namespace
+
 class tst_panels : public QObject {
     Q_OBJECT
 
@@ -17,23 +24,38 @@ private slots:
     void init() { test_support::clear_settings(); }
     void cleanup() { QLocale::setDefault(QLocale::c()); }
 
+    // `shown` is what the field holds after the keys, the validator having dropped the rest;
+    // `refused` a text in the zone field that is no zone and must look so.
     void typing_reports_the_whole_offset_data()
     {
         QTest::addColumn<QString>("locale");
         QTest::addColumn<QString>("field");
         QTest::addColumn<QString>("keys");
+        QTest::addColumn<QString>("shown");
         QTest::addColumn<offset>("expected");
+        QTest::addColumn<bool>("refused");
 
-        auto zone = [](bool stated, double hours) { return offset{0, 0, 0, 0, 0, 0, stated, hours}; };
-        QTest::newRow("negative month") << "C" << "lineedit_month" << "-14" << offset{0, -14, 0, 0, 0, 0, false, 0.0};
-        QTest::newRow("lone minus is 0") << "C" << "lineedit_hour" << "-" << zone(false, 0.0);
+        QTest::newRow("negative month") << "C" << "lineedit_month" << "-14" << "-14"
+                                        << offset{0, -14, 0, 0, 0, 0, false, 0.0} << false;
+        QTest::newRow("lone minus is 0") << "C" << "lineedit_hour" << "-" << "-" << zone(false, 0.0) << false;
         // Either decimal sign in either locale: C is what containers and many sessions run under.
+        const QList<QPair<QString, double>> zones{
+            {"2", 2.0},      {"+2", 2.0},      {"-3.5", -3.5},     {"-3,5", -3.5},   {"\u22123,5", -3.5},
+            {"+02:00", 2.0}, {"5:30", 5.5},    {"-03:30", -3.5},   {"5,75", 5.75},   {"-0.25", -0.25},
+            {"+14:00", 14.0}, {"-12", -12.0},  {"0", 0.0}};
         for (const char* locale : {"C", "de_DE"}) {
-            for (const char* keys : {"-3,5", "-3.5"})
-                QTest::addRow("zone %s under %s", keys, locale) << locale << "lineedit_timezone" << keys << zone(true, -3.5);
-            QTest::addRow("zone 5,75 under %s", locale) << locale << "lineedit_timezone" << "5,75" << zone(true, 5.75);
+            for (const auto& typed : zones)
+                QTest::addRow("zone %s under %s", qUtf8Printable(typed.first), locale)
+                    << locale << "lineedit_timezone" << typed.first << typed.first << zone(true, typed.second) << false;
+            QTest::addRow("no zone -12,5 under %s", locale) << locale << "lineedit_timezone" << "-12,5" << "-12,5"
+                                                         << zone(false, 0.0) << true;
         }
-        QTest::newRow("zone lone minus") << "C" << "lineedit_timezone" << "-" << zone(true, 0.0);
+        for (const char* wrong : {"99", "+15", "-12.5", "5.3", "5:20", "+14:30", "-", "+02:", "+0530"})
+            QTest::addRow("no zone %s", wrong) << "C" << "lineedit_timezone" << wrong << wrong << zone(false, 0.0) << true;
+        QTest::newRow("letters dropped") << "C" << "lineedit_timezone" << "abc" << "" << zone(false, 0.0) << false;
+        QTest::newRow("blank and letter dropped") << "C" << "lineedit_timezone" << "+ 2h" << "+2" << zone(true, 2.0) << false;
+        QTest::newRow("second decimal sign dropped") << "C" << "lineedit_timezone" << "1.5.5" << "1.55" << zone(false, 0.0) << true;
+        QTest::newRow("long text cut") << "C" << "lineedit_timezone" << "-3.500000" << "-3.5000" << zone(true, -3.5) << false;
     }
 
     void typing_reports_the_whole_offset()
@@ -41,18 +63,48 @@ private slots:
         QFETCH(QString, locale);
         QFETCH(QString, field);
         QFETCH(QString, keys);
+        QFETCH(QString, shown);
         QFETCH(offset, expected);
+        QFETCH(bool, refused);
         QLocale::setDefault(QLocale(locale)); // before the validators take their locale
         time_adjustment panel;
+        panel.setWidgetsToolTip("offset tip");
         QSignalSpy spy(&panel, &time_adjustment::time_offset_changed);
         auto* edit = panel.findChild<QLineEdit*>(field);
         QVERIFY(edit);
-        QTest::keyClicks(edit, keys);
+        // One key at a time; keyClicks sends Latin-1 only, which has no minus sign (U+2212).
+        for (QChar key : keys)
+            QTest::sendKeyEvent(QTest::Click, edit, Qt::Key(key.toUpper().unicode()), QString(key), Qt::NoModifier);
 
-        QCOMPARE(edit->text(), keys); // the validator let every key through
-        QCOMPARE(spy.count(), keys.size());
-        QCOMPARE(spy.last(), expected);
+        QCOMPARE(edit->text(), shown);
+        QCOMPARE(spy.count(), shown.size()); // each key that landed reported once
+        if (!spy.isEmpty())
+            QCOMPARE(spy.last(), expected);
         QCOMPARE(panel.has_timezone_offset(), expected.at(6).toBool());
+        QCOMPARE(panel.zone_refused(), refused);
+
+        // A text that is no zone shows in the field's colour and says why in its tooltip; the
+        // zone field and its label otherwise keep their own tooltip, not the offset fields' one.
+        auto* year = panel.findChild<QLineEdit*>("lineedit_year");
+        auto* zone_label = panel.findChild<QWidget*>("label_timezone");
+        auto looks_refused = [&] {
+            edit->ensurePolished();
+            year->ensurePolished();
+            return edit->palette().color(QPalette::Text) != year->palette().color(QPalette::Text);
+        };
+        QCOMPARE(looks_refused(), refused);
+        QVERIFY(zone_label->toolTip() != "offset tip");
+        if (refused)
+            QVERIFY2(edit->toolTip().startsWith('"' + shown + "\" is not a time zone."), qPrintable(edit->toolTip()));
+        else
+            QCOMPARE(edit->toolTip(), field == "lineedit_timezone" ? zone_label->toolTip() : QString("offset tip"));
+
+        panel.clear();
+        if (!shown.isEmpty())
+            QCOMPARE(spy.last(), zone(false, 0.0));
+        QVERIFY(!panel.zone_refused());
+        QVERIFY(!looks_refused());
+        QCOMPARE(panel.findChild<QLineEdit*>("lineedit_timezone")->toolTip(), zone_label->toolTip());
     }
 
     // `preset` is a stored date format from before the panel is made.

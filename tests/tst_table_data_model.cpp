@@ -72,7 +72,7 @@ private slots:
         row("skipped hour is invalid", "", spring + "2:30:00", "", {0, 0, 0, 1, 0, 0}, "-", "-");
         row("entered zero is a zone", "", dto, "0", {}, "@", "@  UTC+00:00");
         row("zone behind the recording text is dropped", "", "ExifIFD:DateTimeOriginal=2017:06:21 18:30:05+02:00", "", {}, "@", "@");
-        row("+05:30 with 1.5", "", dto + "IPTC:TimeCreated=18:30:05+05:30", "1.5", {}, "@  UTC+05:30", "@  UTC+07:00");
+        row("+05:30, 1.5 entered is the new zone", "", dto + "IPTC:TimeCreated=18:30:05+05:30", "1.5", {}, "@  UTC+05:30", "@  UTC+01:30");
         row("invalid time shows no zone", "", "ExifIFD:DateTimeOriginal=0000:00:00 00:00:00;IPTC:TimeCreated=18:30:05+02:00", "1",
             {}, "-", "-");
         row("DateTimeOriginal before the other dates", "", "ExifIFD:CreateDate=2010:10:10 10:10:10;IPTC:DateCreated=2011:11:11;"
@@ -80,12 +80,14 @@ private slots:
         row("zeros give way, zone of a date", "", "ExifIFD:DateTimeOriginal=0000:00:00 00:00:00;"
             "XMP-xmp:CreateDate=2017:06:21 18:30:05.25-03:30", "", {}, "@  UTC-03:30", "@  UTC-03:30");
         row("zone from EXIF, 1 entered", "", dto + "ExifIFD:OffsetTimeOriginal=+02:00", "1", {0, 0, 0, 1}, "@  UTC+02:00",
-            "2017-06-21 19:30:05  UTC+03:00");
+            "2017-06-21 19:30:05  UTC+01:00");
         row("ExifIFD and IFD0: the ExifIFD one counts", "both.jpg", dto + old, "", {}, "@", "@");
         row("only IFD0", "ifd0.jpg", old, "", {}, "2001-01-01 01:01:01", "2001-01-01 01:01:01");
         row("IPTC time with zone", "iptc.jpg", dto + "IPTC:TimeCreated=18:30:05-05:00", "", {}, "@  UTC-05:00", "@  UTC-05:00", "-05:00");
         row("IPTC time stored without zone", "iptc_plain.jpg", dto + "IPTC:TimeCreated#=183005", "", {}, "@  UTC", "@  UTC", "?");
-        row("date without time", "date.jpg", "ExifIFD:DateTimeOriginal#=2017:06:21", "", {}, "2017-06-21 00:00:00", "2017-06-21 00:00:00");
+        row("date without time", "date.jpg", "ExifIFD:DateTimeOriginal#=2017:06:21", "", {}, "2017-06-21", "2017-06-21");
+        row("a date alone moves by days only, with no zone", "", "IPTC:DateCreated=2004:02:26", "2", {0, 0, 1, 1, 0, 0},
+            "2004-02-26", "2004-02-27");
     }
 
     void shown_times()

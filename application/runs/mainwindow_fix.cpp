@@ -4,6 +4,7 @@
 #include "file_identity.h"
 #include "run_note.h"
 #include "table_data_model.h"
+#include "time_adjustment.h"
 #include "ui_mainwindow.h"
 #include "undo_journal.h"
 
@@ -16,10 +17,12 @@
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <QMap>
 #include <QPair>
 #include <QTimer>
 #include <QVector>
+#include <QtDebug>
 
 #include <algorithm>
 
@@ -68,6 +71,13 @@ QList<undo_entry> MainWindow::create_undo_info(const QString& path)
 void MainWindow::on_button_fix_time_clicked()
 {
     const auto cache = exif_cache::instance();
+    // A zone no clock can have is refused with a word rather than written.
+    if (ui->widget_time_adjust->zone_refused()) {
+        ondo::message_box::warning(ui->centralWidget, tr("Time zone"),
+            tr("The time zone field holds no time zone.\nEnter hours from -12 to +14 in whole, half or quarter "
+               "hours, such as 2, -3.5 or +05:30, or leave the field empty to keep each photo's own zone."));
+        return;
+    }
     auto ask = [this](const QString& text) {
         return ondo::message_box::question(ui->centralWidget, tr("Continue?"), text, tr("Continue"),
                    tr("Abort"), QMessageBox::NoButton)
@@ -87,7 +97,8 @@ void MainWindow::on_button_fix_time_clicked()
     const recording_tags::shift shift = model->current_shift();
 
     // Nothing is written before the questions are through, so "Abort" leaves everything as it was.
-    // With a zone entered only CR3 files are asked about; without one, missing zones and 1972.
+    // With a zone entered, CR3 files that have nowhere to keep it are asked about; without one,
+    // files whose IPTC time states no zone; and in either case times before 1972.
     if (model->has_timezone) {
         // A CR3 with EXIF gets the zone as EXIF offsets; one without has nowhere to keep it.
         const auto cr3_files = std::count_if(plan.begin(), plan.end(), [&cache](const planned_file& file) {
@@ -99,17 +110,13 @@ void MainWindow::on_button_fix_time_clicked()
                         nullptr, int(cr3_files))))
             return;
     } else {
-        const QDateTime bound(QDate(1972, 1, 1), QTime(0, 0, 0, 0), Qt::LocalTime);
-        int early_files = 0;
         int zoneless_files = 0;
         for (const planned_file& file : plan) {
-            if (file.new_time.isValid() && file.new_time < bound)
-                ++early_files;
             if (file.time.isValid() && file.new_time.isValid()) {
                 const exif_tag_map tags = cache->file_tags[file.path];
                 exif_tag_map record = cache->file_data[file.path];
                 if ((tags.count(QStringLiteral("IPTC:DateCreated")) || tags.count(QStringLiteral("IPTC:TimeCreated")))
-                    && record[QStringLiteral("file_timezone")].isEmpty())
+                    && record[QStringLiteral("file_timezone")].isEmpty() && !model->date_only(file.path))
                     ++zoneless_files;
             }
         }
@@ -117,11 +124,15 @@ void MainWindow::on_button_fix_time_clicked()
             && !ask(tr("%n files do not have any timezone information set and you have not specified a timezone to use.\nIf you continue, your computer's local timezone will be used.\n\nWarning: Adding the timezone to an image can not be undone.",
                         nullptr, zoneless_files)))
             return;
-        if (early_files > 0
-            && !ask(tr("%n files would be assigned a recording time prior to the 1st of January 1972 00:00:00.\nThe file system time can't be altered to times before this point.\nIf you continue, the files' date/time according to your operating system might not be correct (i.e. displayed as a date in the future or simply stuck at the 1st of January 1972).\nThe EXIF timestamps can handle this situation and dates prior to the 1st of January 1972 00:00:00 will be saved correctly.",
-                        nullptr, early_files)))
-            return;
     }
+    const QDateTime bound(QDate(1972, 1, 1), QTime(0, 0, 0, 0), Qt::LocalTime);
+    const int early_files = int(std::count_if(plan.begin(), plan.end(), [&bound](const planned_file& file) {
+        return file.new_time.isValid() && file.new_time < bound;
+    }));
+    if (early_files > 0
+        && !ask(tr("%n files would be assigned a recording time before 1 January 1972.\nTheir metadata holds such a time correctly. Their file-system time may not: a FAT or exFAT memory card holds no date before 1980, and some systems none before 1970. A file time that can't be set is noted in the log; the photo is fixed all the same.",
+                    nullptr, early_files)))
+        return;
 
     // A window closed while a question was open (a termination signal closes every window, and
     // with it the box) starts no run: nothing is written while the program ends.
@@ -134,6 +145,7 @@ void MainWindow::on_button_fix_time_clicked()
 
     // Only the last run can be undone.
     undo_info.clear();
+    model->clear_failures();
     journal->begin_run();
     button_undo->setEnabled(false);
     tavimo_progress_dialog->setRange(0, plan.size());
@@ -154,6 +166,15 @@ void MainWindow::on_button_fix_time_clicked()
     QList<pending_write> unsent, pending;
     qint64 unsent_bytes = 0, pending_bytes = 0;
     QMap<int, QString> failures; // by row, so that they are listed in table order
+    QVector<QPair<QString, exif_tag_map>> written_values;
+    // Marks the row of `path` with why it failed: what the listing says behind the path.
+    auto fail = [&](int row, const QString& path, const QString& listed) {
+        failures.insert(row, listed);
+        QString reason = listed.mid(path.size()).trimmed();
+        if (reason.startsWith(QLatin1Char('(')) && reason.endsWith(QLatin1Char(')')))
+            reason = reason.mid(1, reason.size() - 2);
+        model->refresh(path, {}, reason.isEmpty() ? tr("ExifTool could not write it") : reason);
+    };
     int finished = 0;
     paint_pacer pacer;
     sync_pacer syncs;
@@ -162,7 +183,7 @@ void MainWindow::on_button_fix_time_clicked()
         sync.start();
         if (!unsent.isEmpty() && !journal->flush()) {
             for (const pending_write& write : qAsConst(unsent))
-                failures.insert(write.row, undo_journal::tr("%1 (its undo information could not be saved)").arg(write.path));
+                fail(write.row, write.path, undo_journal::tr("%1 (its undo information could not be saved)").arg(write.path));
             unsent.clear();
         }
         if (!unsent.isEmpty())
@@ -185,9 +206,17 @@ void MainWindow::on_button_fix_time_clicked()
         const bool kept = written || error == ondo::exif_error::ended;
         if (kept)
             undo_info.insert(write.path, write.undo);
-        // A write the stop dropped before any child had it is left, as rows after the stop are.
-        if (!written && error != ondo::exif_error::dropped)
-            failures.insert(write.row, write.path);
+        if (written) {
+            // Shown once the run is through: until the offset is cleared, the new times would be
+            // moved again in the last column.
+            written_values.append({write.path, write.values});
+            note_unset_file_time(write.path, write.values);
+        } else if (error == ondo::exif_error::ended) {
+            fail(write.row, write.path, tr("%1 (ExifTool ended while writing it)").arg(write.path));
+        } else if (error != ondo::exif_error::dropped) {
+            // A write the stop dropped before any child had it is left, as rows after the stop are.
+            fail(write.row, write.path, write.path);
+        }
         journal->written(write.path, kept);
         end_stall_notice();
         ++finished;
@@ -212,12 +241,14 @@ void MainWindow::on_button_fix_time_clicked()
         const QList<undo_entry> undo = recording_tags::undo_entries(tags, cache->file_data[path], values);
 
         QStringList refused;
-        if (journal_before_write(path, undo, refused, false)) {
+        if (values.empty()) {
+            fail(row, path, tr("%1 (nothing to write)").arg(path));
+        } else if (journal_before_write(path, undo, refused, false)) {
             const qint64 size = qMax(qint64(0), file_identity::from_record(cache->file_data[path]).size);
             unsent.append({row, path, undo, values, size, nullptr});
             unsent_bytes += size;
         } else {
-            failures.insert(row, refused.join(QLatin1Char('\n')));
+            fail(row, path, refused.join(QLatin1Char('\n')));
         }
         if (unsent.size() >= syncs.group || unsent_bytes >= bytes_ahead / 2)
             send();
@@ -233,6 +264,13 @@ void MainWindow::on_button_fix_time_clicked()
     send();
     while (!pending.isEmpty())
         finish_one();
+    // The table keeps its photos, now with the times written, so that the result can be checked
+    // and a second correction can follow at once; the offset starts again from nothing.
+    for (const auto& [path, values] : qAsConst(written_values))
+        model->refresh(path, values);
+    written_values.clear();
+    ui->widget_time_adjust->clear();
+    model->resort();
     const QStringList failed_files = failures.values();
     // Skipped rows at the end leave the bar short of its maximum, where it would stay up.
     tavimo_progress_dialog->reset();
@@ -251,29 +289,55 @@ void MainWindow::on_button_fix_time_clicked()
     }
     button_undo->setEnabled(!undo_info.isEmpty());
     end_journal_run();
-    on_button_reset_clicked();
+}
+
+void MainWindow::note_unset_file_time(const QString& path, const exif_tag_map& values)
+{
+    const auto written = values.find(QStringLiteral("System:FileModifyDate"));
+    if (written == values.end())
+        return;
+    const QDateTime wanted = recording_tags::moment(written->second);
+    const QDateTime kept = QFileInfo(path).lastModified();
+    // FAT keeps file times to two seconds.
+    if (wanted.isValid() && qAbs(kept.secsTo(wanted)) > 2)
+        qInfo().noquote() << QStringLiteral("The file system did not take the file time %1 for %2; it shows %3. The "
+                                            "photo's metadata holds its time all the same.")
+                                 .arg(wanted.toString(Qt::ISODate), path, kept.toString(Qt::ISODate));
 }
 
 void MainWindow::on_button_undo_clicked()
 {
     const run_guard guard(this);
     stop_requested = false;
+    model->clear_failures();
+    // The label the stall notice goes back to, too.
+    const QString fixing = tavimo_progress_dialog->property("plain_label").toString();
+    tavimo_progress_dialog->setProperty("plain_label", tr("Undoing…"));
+    tavimo_progress_dialog->setLabelText(tr("Undoing…"));
     tavimo_progress_dialog->setRange(0, undo_info.size());
     tavimo_progress_dialog->setValue(0);
     QCoreApplication::processEvents();
 
     // As in the fix run: writes go out a few files ahead and are taken back in order.
-    QList<QPair<QString, ondo::exif_response*>> pending;
+    struct pending_undo {
+        QString path;
+        exif_tag_map values;
+        ondo::exif_response* response;
+    };
+    QList<pending_undo> pending;
     QStringList failed_files;
     int done = 0;
     paint_pacer pacer;
     auto finish_one = [&] {
-        const auto write = pending.takeFirst();
+        const pending_undo write = pending.takeFirst();
         // What could not be written back stays, so that the undo can be tried again.
-        if (ondo::exiftool::write_result(write.second))
-            undo_info.remove(write.first);
-        else
-            failed_files << write.first;
+        if (ondo::exiftool::write_result(write.response)) {
+            undo_info.remove(write.path);
+            model->refresh(write.path, write.values);
+        } else {
+            failed_files << write.path;
+            model->refresh(write.path, {}, tr("the undo could not write it"));
+        }
         end_stall_notice();
         ++done;
         if (pacer.due(pending.isEmpty())) {
@@ -286,14 +350,14 @@ void MainWindow::on_button_undo_clicked()
         if (run_ends())
             break;
         // An empty value deletes the tag: that is how tags the run added go away again.
-        exif_tag_map tags;
-        for (const undo_entry& entry : undo_info.value(path))
-            tags[entry.tag] = entry.value;
+        const exif_tag_map tags = recording_tags::undo_values(undo_info.value(path));
         // A path that is no longer the file loaded is listed with its reason; nothing is sent.
-        if (same_file_as_loaded(path, failed_files))
-            pending.append({path, ondo::exiftool::write_tags_async(path, tags)});
-        else
+        if (same_file_as_loaded(path, failed_files)) {
+            pending.append({path, tags, ondo::exiftool::write_tags_async(path, tags)});
+        } else {
+            model->refresh(path, {}, undo_journal::tr("changed since it was loaded"));
             tavimo_progress_dialog->setValue(++done);
+        }
         if (pending.size() >= writes_ahead)
             finish_one();
     }
@@ -301,6 +365,9 @@ void MainWindow::on_button_undo_clicked()
         finish_one();
 
     tavimo_progress_dialog->reset();
+    tavimo_progress_dialog->setProperty("plain_label", fixing);
+    tavimo_progress_dialog->setLabelText(fixing);
+    model->rows_changed();
     button_undo->setEnabled(!undo_info.isEmpty());
     note->show_after_undo(done - int(failed_files.size()), int(failed_files.size()));
     if (!failed_files.isEmpty() && !quitting)

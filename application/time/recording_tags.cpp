@@ -1,9 +1,12 @@
 #include "recording_tags.h"
 
+#include "entered_zone.h"
 #include "table_data_model.h"
 
 #include <QRegularExpression>
 #include <QTimeZone>
+
+#include <cmath>
 
 namespace recording_tags {
 
@@ -12,6 +15,7 @@ namespace {
 const QString file_time_format = QStringLiteral("yyyy:MM:dd hh:mm:ss");
 const QString iptc_date = QStringLiteral("IPTC:DateCreated");
 const QString iptc_time = QStringLiteral("IPTC:TimeCreated");
+const QString xmp_toolkit = QStringLiteral("XMP-x:XMPToolkit");
 
 QString value_of(const exif_tag_map& map, const QString& key)
 {
@@ -81,10 +85,37 @@ std::optional<int> zone_seconds(const QString& text)
         return std::nullopt;
     const int hours = match.captured(2).toInt();
     const int minutes = match.captured(3).toInt();
-    if (hours > 14 || minutes > 59)
+    if (minutes > 59)
         return std::nullopt;
-    const int seconds = hours * 3600 + minutes * 60;
-    return match.captured(1) == QLatin1String("-") ? -seconds : seconds;
+    const int east = (match.captured(1) == QLatin1String("-") ? -1 : 1) * (hours * 60 + minutes);
+    // No clock is further from UTC: a zone outside is no zone, and is never copied anywhere.
+    if (east < -12 * 60 || east > 14 * 60)
+        return std::nullopt;
+    return east * 60;
+}
+
+// The entered zone in seconds east of UTC; nothing when none was entered or it is not a zone.
+std::optional<int> entered_seconds(const shift& offset)
+{
+    if (!offset.has_zone)
+        return std::nullopt;
+    const double minutes = offset.zone * 60.0;
+    if (!std::isfinite(minutes) || std::fabs(minutes) > 24 * 60 || minutes != std::round(minutes)
+        || !entered_zone::valid(int(minutes)))
+        return std::nullopt;
+    return int(minutes) * 60;
+}
+
+// The calendar part of an offset: what moves a date that has no time.
+shift date_part(shift offset)
+{
+    offset.hours = offset.minutes = offset.seconds = 0;
+    return offset;
+}
+
+QDate moved_date(const QDate& date, const shift& offset)
+{
+    return date.addYears(offset.years).addMonths(offset.months).addDays(offset.days);
 }
 
 QString zone_text(int seconds)
@@ -171,29 +202,6 @@ bool settable_file_time(const QString& tag)
     return !ondo::exiftool::remove_nonwriteable_tags({{name, QString()}}, true).empty();
 }
 
-// IPTC:TimeCreated is read as a time alone but written as a date and time, so the old value is
-// rebuilt on the recording date. A stored zone such as "+02:00" doesn't convert to a number and
-// comes back as +00:00; a file without a zone gets the machine's zone. Undo can't remove a zone.
-QString rebuilt_time_created(const exif_tag_map& record, QString text)
-{
-    const QDate date(value_of(record, QStringLiteral("rec_year")).toInt(),
-                     value_of(record, QStringLiteral("rec_month")).toInt(),
-                     value_of(record, QStringLiteral("rec_day")).toInt());
-    const QString zone = value_of(record, QStringLiteral("iptc_timezone"));
-    const int hours = zone.toInt(nullptr, 10);
-
-    int sign = text.lastIndexOf(QLatin1Char('+'));
-    if (sign < 0)
-        sign = text.lastIndexOf(QLatin1Char('-'));
-    if (sign >= 0)
-        text.truncate(sign);
-    const QTime time = QTime::fromString(text, QStringLiteral("hh:mm:ss"));
-
-    const QDateTime when(date, time, zone.isEmpty() ? Qt::LocalTime : Qt::OffsetFromUTC, hours * 3600);
-    return when.toString(file_time_format)
-        + format_utc_offset(float(when.timeZone().offsetFromUtc(when) / 3600.0));
-}
-
 } // namespace
 
 std::optional<stamp> parse(const QString& text)
@@ -278,14 +286,30 @@ source recording_time(const exif_tag_map& tags)
         if (utc_date_tag(tag)) {
             if (!value->has_time)
                 continue;
-            return {tag, wall_clock(instant_of(*value), file_zone(tags)).toString(file_time_format)};
+            const QString zone = file_zone(tags);
+            const QDateTime instant = instant_of(*value);
+            return {tag, wall_clock(instant, zone).toString(file_time_format),
+                    zone.isEmpty() ? instant.toUTC().toString(file_time_format) : QString()};
         }
         QString text = value->date.toString(QStringLiteral("yyyy:MM:dd"));
         if (value->has_time)
             text += value->time.toString(QStringLiteral(" hh:mm:ss"));
-        return {tag, text};
+        return {tag, text, QString()};
     }
     return {};
+}
+
+QDateTime new_recording_time(const QDateTime& time, bool date_only, const QDateTime& utc, const shift& offset)
+{
+    if (date_only)
+        return moved(time, date_part(offset));
+    const std::optional<int> zone = entered_seconds(offset);
+    if (!utc.isValid() || !zone || !time.isValid())
+        return moved(time, offset);
+    const QDateTime there = utc.toOffsetFromUtc(*zone);
+    const QDateTime result = moved_wall(there.date(), there.time(), offset);
+    const QDateTime local(result.date(), result.time(), Qt::LocalTime);
+    return local.isValid() ? local : result;
 }
 
 QString file_zone(const exif_tag_map& tags)
@@ -318,14 +342,31 @@ exif_tag_map new_values(const exif_tag_map& tags, const QDateTime& old_time, con
                         const shift& offset)
 {
     exif_tag_map values;
-    if (!new_time.isValid())
+    // A zone no clock can have is never written, whatever asked for it.
+    if (!new_time.isValid() || (offset.has_zone && !entered_seconds(offset)))
         return values;
 
-    // The file's zone plus the entered one; with no zone of its own, the entered zone alone.
+    const source own = recording_time(tags);
+    const bool dates_itself = !own.tag.isEmpty();
+    // A date without a time gets neither a time nor a zone: only the calendar part moves it.
+    const bool date_only = dates_itself && !own.text.contains(QLatin1Char(' '));
+    const shift moving = date_only ? date_part(offset) : offset;
+    const std::optional<int> entered = date_only ? std::nullopt : entered_seconds(offset);
     const QString zone = file_zone(tags);
-    const bool zoned = offset.has_zone || !zone.isEmpty();
-    const QString label = format_utc_offset(float(double(utc_offset_hours(zone)) + (offset.has_zone ? offset.zone : 0.0)));
-    const int label_seconds = zone_seconds(label).value_or(0);
+    // The zone of the new times: the one entered, else the file's own.
+    const std::optional<int> label_seconds = entered ? entered : zone_seconds(zone);
+    const QString label = label_seconds ? zone_text(*label_seconds) : QString();
+    const bool has_exif = holds_exif_zone(tags);
+    // The clock the UTC dates are read on: the file's zone; for a file whose time is a UTC moment
+    // and that states no zone, the entered one; else the machine's.
+    const QString utc_clock = !zone.isEmpty() ? zone : (!own.utc.isEmpty() && entered) ? label : QString();
+    // A date alone moves as the recording time's date does, a day carried over by the clock included.
+    auto moved_day = [&](const QDate& date) {
+        const QDate day = moved_date(date, moving);
+        if (date_only || !old_time.isValid())
+            return day;
+        return day.addDays(moved_date(old_time.date(), moving).daysTo(new_time.date()));
+    };
 
     for (const auto& [tag, text] : tags) {
         const bool local = local_date_tag(tag);
@@ -334,24 +375,32 @@ exif_tag_map new_values(const exif_tag_map& tags, const QDateTime& old_time, con
         std::optional<stamp> value = parse(text);
         if (!value)
             continue;
-        if (local) {
-            const QDateTime wall = moved_wall(value->date, value->time, offset);
+        if (local && !value->has_time) {
+            const QDate day = moved_day(value->date);
+            if (!writable_year(day))
+                continue;
+            value->date = day;
+        } else if (local) {
+            const QDateTime wall = moved_wall(value->date, value->time, moving);
             if (!writable_year(wall.date()))
                 continue;
             value->date = wall.date();
             value->time = wall.time();
-            if (value->has_zone && offset.has_zone) {
+            // The entered zone replaces the one a date states; a file without EXIF keeps it in its
+            // XMP dates, having nowhere else.
+            if (entered && (value->has_zone || (!has_exif && tag.startsWith(QLatin1String("XMP-"))))) {
+                value->has_zone = true;
                 value->zulu = false;
-                value->zone_seconds = label_seconds;
+                value->zone_seconds = *entered;
             }
         } else {
             if (!value->has_time)
                 continue;
             // Moved on the clock it was recorded by, and put back into UTC by the zone it has now.
-            const QDateTime old_wall = wall_clock(instant_of(*value), zone);
-            const QDateTime wall = moved_wall(old_wall.date(), old_wall.time(), offset);
-            const QDateTime instant = zoned ? QDateTime(wall.date(), wall.time(), Qt::OffsetFromUTC, label_seconds)
-                                            : QDateTime(wall.date(), wall.time(), Qt::LocalTime);
+            const QDateTime old_wall = wall_clock(instant_of(*value), utc_clock);
+            const QDateTime wall = moved_wall(old_wall.date(), old_wall.time(), moving);
+            const QDateTime instant = label_seconds ? QDateTime(wall.date(), wall.time(), Qt::OffsetFromUTC, *label_seconds)
+                                                    : QDateTime(wall.date(), wall.time(), Qt::LocalTime);
             const QDateTime written = instant.toOffsetFromUtc(value->has_zone ? value->zone_seconds : 0);
             if (!instant.isValid() || !writable_year(written.date()))
                 continue;
@@ -361,30 +410,30 @@ exif_tag_map new_values(const exif_tag_map& tags, const QDateTime& old_time, con
         values[tag] = to_text(*value);
     }
 
-    const QString new_text = new_time.toString(file_time_format);
-    const QString zone_suffix = zoned ? label : QString();
-
-    // The IPTC pair moves as one value; a zone entered adds it, but only to a file that dates
-    // itself and that can hold IPTC. A time without a date stands on the recording date, if that
-    // is the file's own.
-    const bool dates_itself = !recording_time(tags).tag.isEmpty();
-    const bool has_iptc = tags.count(iptc_date) || tags.count(iptc_time);
-    if (has_iptc) {
+    // IPTC is written only where the file has it, each of its two tags only if present: a zone
+    // entered goes into EXIF and the dates the file has, and never makes a block of its own. A
+    // time without a date stands on the recording date, if that is the file's own.
+    if (tags.count(iptc_date) || tags.count(iptc_time)) {
         if (const std::optional<stamp> value = iptc_stamp(tags, dates_itself ? old_time.date() : QDate())) {
-            const QDateTime wall = moved_wall(value->date, value->time, offset);
-            if (writable_year(wall.date())) {
-                for (const QString& tag : {iptc_date, iptc_time})
-                    if (tags.count(tag) || offset.has_zone)
-                        values[tag] = wall.toString(file_time_format) + zone_suffix;
+            if (!tags.count(iptc_time)) {
+                const QDate day = moved_day(value->date);
+                if (writable_year(day))
+                    values[iptc_date] = day.toString(QStringLiteral("yyyy:MM:dd"));
+            } else {
+                const QDateTime wall = moved_wall(value->date, value->time, moving);
+                if (writable_year(wall.date())) {
+                    if (tags.count(iptc_date))
+                        values[iptc_date] = wall.toString(QStringLiteral("yyyy:MM:dd"));
+                    // With its date, so that ExifTool gives a time without a zone the machine's
+                    // zone of that day.
+                    values[iptc_time] = wall.toString(file_time_format) + label;
+                }
             }
         }
-    } else if (offset.has_zone && dates_itself && !has_group(tags, QStringLiteral("QuickTime"))) {
-        values[iptc_date] = new_text + zone_suffix;
-        values[iptc_time] = new_text + zone_suffix;
     }
 
     // EXIF keeps the zone of each of its three dates in a tag of its own.
-    if (offset.has_zone && holds_exif_zone(tags)) {
+    if (entered && has_exif) {
         static const std::pair<QString, QString> pairs[] = {
             {QStringLiteral("OffsetTime"), QStringLiteral("ModifyDate")},
             {QStringLiteral("OffsetTimeOriginal"), QStringLiteral("DateTimeOriginal")},
@@ -397,34 +446,97 @@ exif_tag_map new_values(const exif_tag_map& tags, const QDateTime& old_time, con
                 wanted = it->first.section(QLatin1Char(':'), 1) == date_name
                     && exif_directory(it->first.section(QLatin1Char(':'), 0, 0)) && values.count(it->first);
             if (wanted)
-                values[offset_tag] = label;
+                values[offset_tag] = zone_text(*entered);
         }
     }
 
+    // ExifTool names itself the XMP's toolkit whenever it rewrites the XMP. A fix changes nothing
+    // but times, so the toolkit stays what it was, or absent.
+    const auto first_xmp = values.lower_bound(QStringLiteral("XMP-"));
+    if (first_xmp != values.end() && first_xmp->first.startsWith(QLatin1String("XMP-")))
+        values[xmp_toolkit] = value_of(tags, xmp_toolkit);
+
+    const QString new_text = new_time.toString(file_time_format);
     for (const QString& tag : {QStringLiteral("System:FileModifyDate"), QStringLiteral("System:FileCreateDate")})
         if (tags.count(tag) && settable_file_time(tag))
-            values[tag] = new_text + zone_suffix;
+            values[tag] = new_text + label;
     return values;
 }
 
-QList<undo_entry> undo_entries(const exif_tag_map& tags, const exif_tag_map& record, const exif_tag_map& values)
+QList<undo_entry> undo_entries(const exif_tag_map& tags, const exif_tag_map&, const exif_tag_map& values)
 {
     QList<undo_entry> entries;
     for (const auto& written : values) {
-        undo_entry entry{written.first, false, QString()};
         const auto found = tags.find(written.first);
-        if (found != tags.end()) {
-            entry.existed = true;
-            entry.value = written.first == iptc_time ? rebuilt_time_created(record, found->second) : found->second;
-        }
-        entries << entry;
+        entries << (found != tags.end() ? undo_entry{written.first, true, found->second}
+                                        : undo_entry{written.first, false, QString()});
     }
     return entries;
 }
 
+exif_tag_map undo_values(const QList<undo_entry>& entries)
+{
+    static const QRegularExpression zoneless(QRegularExpression::anchoredPattern(QStringLiteral("\\d\\d:\\d\\d:\\d\\d")));
+    exif_tag_map values;
+    QString iptc_day;
+    for (const undo_entry& entry : entries) {
+        values[entry.tag] = entry.value;
+        if (entry.tag == iptc_date)
+            iptc_day = entry.value;
+    }
+    // ExifTool writes no IPTC time without a zone: one that had none gets the machine's zone of
+    // its own day rather than of today.
+    const auto time = values.find(iptc_time);
+    if (time != values.end() && zoneless.match(time->second).hasMatch() && parse(iptc_day))
+        time->second = iptc_day + QLatin1Char(' ') + time->second;
+    return values;
+}
+
+exif_tag_map after_write(exif_tag_map tags, const exif_tag_map& values)
+{
+    for (const auto& [tag, text] : values) {
+        if (text.isEmpty()) {
+            tags.erase(tag);
+            continue;
+        }
+        QString read = text;
+        const std::optional<stamp> value = parse(text);
+        if (tag == iptc_date && value) {
+            read = value->date.toString(QStringLiteral("yyyy:MM:dd"));
+        } else if ((tag == iptc_time || tag.startsWith(QLatin1String("System:"))) && value && value->has_time) {
+            // IPTC keeps the zone it was given, else the machine's of that day; the file system
+            // keeps the moment, which ExifTool shows on the machine's clock.
+            const QDateTime local = value->has_zone ? instant_of(*value).toLocalTime()
+                                                    : QDateTime(value->date, value->time, Qt::LocalTime);
+            if (tag == iptc_time)
+                read = value->time.toString(QStringLiteral("hh:mm:ss"))
+                    + zone_text(value->has_zone ? value->zone_seconds : local.offsetFromUtc());
+            else
+                read = local.toString(file_time_format) + zone_text(local.offsetFromUtc());
+        } else if (tag == iptc_time && QRegularExpression(QStringLiteral("^\\d\\d:\\d\\d:\\d\\d$")).match(text).hasMatch()) {
+            // A time alone without a zone: ExifTool gives it the machine's zone of today.
+            read = text + zone_text(QDateTime::currentDateTime().offsetFromUtc());
+        }
+        tags[tag] = read;
+    }
+    return tags;
+}
+
+QDateTime moment(const QString& text)
+{
+    const std::optional<stamp> value = parse(text);
+    if (!value || !value->has_time)
+        return QDateTime();
+    return value->has_zone ? instant_of(*value) : QDateTime(value->date, value->time, Qt::LocalTime);
+}
+
 bool holds_exif_zone(const exif_tag_map& tags)
 {
-    return has_group(tags, QStringLiteral("ExifIFD"));
+    // Any EXIF directory will do: ExifTool makes the ExifIFD for the zone tags if there is none.
+    for (const QString& group : {QStringLiteral("ExifIFD"), QStringLiteral("IFD0")})
+        if (has_group(tags, group))
+            return true;
+    return false;
 }
 
 } // namespace recording_tags

@@ -58,6 +58,9 @@ QDateTime moved(const QDateTime& time, const shift& offset);
 struct source {
     QString tag;  // the tag the time came from; empty when the file holds none
     QString text; // wall-clock "yyyy:MM:dd hh:mm:ss" (or the bare date) in the file's zone
+    // For a file whose time is a moment kept in UTC and that states no zone: that moment, as
+    // "yyyy:MM:dd hh:mm:ss". An entered zone says on which clock it is shown.
+    QString utc;
 };
 
 // The file's own recording time: the first of its date tags, in a fixed order of preference,
@@ -65,20 +68,40 @@ struct source {
 // zone, or on the machine's zone for that date when the file states none.
 source recording_time(const exif_tag_map& tags);
 
+// The new recording time that `offset` gives a file whose recording time reads `time` on the
+// local clock. A date without a time (`date_only`) moves by whole years, months and days only. A
+// moment kept in UTC (`utc`, valid only for such a file) is read on the entered zone's clock
+// first, so that the zone labels the moment and only the offset moves it.
+QDateTime new_recording_time(const QDateTime& time, bool date_only, const QDateTime& utc, const shift& offset);
+
 // The zone the file states for its recording time, as "+02:00"; empty when it states none.
 QString file_zone(const exif_tag_map& tags);
 
 // Every recording-time tag of the file, with the text a fix writes into it: each moved from its
-// own value by `offset`, in its own form; with an entered zone every zone label becomes the
-// file's zone plus the entered one, and the UTC dates follow. `old_time` and `new_time` are the
-// recording time before and after, as the table shows them. Also holds the tags the run adds:
-// the IPTC pair and the EXIF zone tags when a zone is entered.
+// own value by `offset`, in its own form. An entered zone is the zone of the new times: it
+// replaces every zone the file states, goes into EXIF's zone tags where the file has EXIF, and
+// the UTC dates follow; local clock readings stay as they are. A date without a time moves with
+// the recording time's date. `old_time` and `new_time` are the recording time before and after,
+// as the table shows them. Nothing at all when the entered zone is not one a clock can have.
 exif_tag_map new_values(const exif_tag_map& tags, const QDateTime& old_time, const QDateTime& new_time,
                         const shift& offset);
 
-// What an undo of `values` writes back: each tag's old text, or an empty text (a deletion) for
-// a tag the file didn't have. `record` is the file's derived record, for the IPTC time.
+// What an undo of `values` writes back: each tag's old text exactly as it was read, or an empty
+// text (a deletion) for a tag the file didn't have. `record` is unused and kept for callers.
 QList<undo_entry> undo_entries(const exif_tag_map& tags, const exif_tag_map& record, const exif_tag_map& values);
+
+// The tag lines an undo of `entries` writes: each old text, an empty one deleting the tag. An
+// IPTC time that had no zone can't get its lack of one back: ExifTool gives every IPTC time a
+// zone, here the machine's of the photo's IPTC date.
+exif_tag_map undo_values(const QList<undo_entry>& entries);
+
+// The tags as a read of the file would show them after `values` were written into it: what the
+// table shows after a fix or an undo without reading the file again. An empty value removes a tag.
+exif_tag_map after_write(exif_tag_map tags, const exif_tag_map& values);
+
+// The moment a written or read date text names: on its own zone, else on the machine's clock.
+// Invalid for anything that isn't a date and time.
+QDateTime moment(const QString& text);
 
 // Whether an entered zone can be written into the file's EXIF (it has an EXIF directory).
 bool holds_exif_zone(const exif_tag_map& tags);

@@ -1,5 +1,6 @@
 #include "table_data_model.h"
 
+#include "entered_zone.h"
 #include "file_identity.h"
 #include "recording_tags.h"
 
@@ -8,7 +9,9 @@
 #include <ondo/style.h>
 
 #include <QCollator>
+#include <QColor>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QSize>
 #include <QtDebug>
 
@@ -27,12 +30,18 @@ QString two_digits(int value)
     return QStringLiteral("%1").arg(value, 2, 10, QLatin1Char('0'));
 }
 
-// The file's creation time where the file system keeps one, else its metadata change time.
+// The file-system time a file without a date of its own shows: the one a fix sets. That is the
+// creation time where the system lets it be set; here, as file managers show it, the
+// modification time, so that a fixed file shows its new time when it is loaded again.
 QDateTime creation_time(const QString& path)
 {
     const QFileInfo info(path);
+#if defined(Q_OS_MACOS) || defined(Q_OS_WIN)
     const QDateTime birth = info.birthTime();
-    return birth.isValid() ? birth : info.metadataChangeTime();
+    return birth.isValid() ? birth : info.lastModified();
+#else
+    return info.lastModified();
+#endif
 }
 
 void store_file_system_time(const QString& path, exif_tag_map& record)
@@ -97,6 +106,18 @@ void store_iptc(const exif_tag_map& tags, exif_tag_map& record)
         record[QStringLiteral("iptc_timezone")] = time->second.mid(sign);
 }
 
+// The date part of a display format, for a date without a time: "dd.MM.yyyy" of
+// "dd.MM.yyyy - HH:mm:ss".
+QString date_format(const QString& format)
+{
+    int end = format.indexOf(QRegularExpression(QStringLiteral("[hH]")));
+    if (end < 0)
+        return format;
+    while (end > 0 && QStringLiteral(" -,").contains(format.at(end - 1)))
+        --end;
+    return format.left(end);
+}
+
 // Reads through the subscript, so that an unknown path leaves an empty record behind.
 const exif_tag_map& record_of(const QString& path)
 {
@@ -121,6 +142,12 @@ void exif_cache::load(const QString& path, const exif_tag_map& tags)
 {
     file_tags[path] = tags;
     exif_tag_map& record = file_data[path];
+    // Derived anew each time, also after a fix: only what the load saw of the file itself stays.
+    const bool identified = record.count(QStringLiteral("file_type")) > 0;
+    const file_identity identity = file_identity::from_record(record);
+    record.clear();
+    if (identified)
+        identity.store(record);
 
     // The file's own time, from its first tag that holds a proper date; only a file that dates
     // itself nowhere gets its file-system time.
@@ -130,11 +157,16 @@ void exif_cache::load(const QString& path, const exif_tag_map& tags)
         record[QStringLiteral("DateTimeOriginalInIFD0")] = true_text;
     record[QStringLiteral("rec_source")] = own.tag;
     record[QStringLiteral("file_timezone")] = recording_tags::file_zone(tags);
+    if (!own.utc.isEmpty())
+        record[QStringLiteral("rec_utc")] = own.utc;
 
-    if (recording.isEmpty())
+    if (recording.isEmpty()) {
         store_file_system_time(path, record);
-    else
+    } else {
         store_recording_text(path, recording, record);
+        if (!recording.contains(QLatin1Char(' ')))
+            record[QStringLiteral("rec_date_only")] = true_text;
+    }
 
     store_iptc(tags, record);
     record[QStringLiteral("has_data")] = true_text;
@@ -216,7 +248,19 @@ QDateTime table_data_model::get_dt(const QString& path) const
 
 QDateTime table_data_model::get_offset_dt(const QString& path) const
 {
-    return recording_tags::moved(get_dt(path), current_shift());
+    const exif_tag_map& record = record_of(path);
+    QDateTime utc;
+    const QString utc_text = value_of(record, QStringLiteral("rec_utc"));
+    if (!utc_text.isEmpty()) {
+        utc = QDateTime::fromString(utc_text, QStringLiteral("yyyy:MM:dd hh:mm:ss"));
+        utc.setTimeSpec(Qt::UTC);
+    }
+    return recording_tags::new_recording_time(get_dt(path), date_only(path), utc, current_shift());
+}
+
+bool table_data_model::date_only(const QString& path) const
+{
+    return record_of(path).count(QStringLiteral("rec_date_only")) > 0;
 }
 
 recording_tags::shift table_data_model::current_shift() const
@@ -226,20 +270,49 @@ recording_tags::shift table_data_model::current_shift() const
 
 QString table_data_model::get_timezone_string(const QString& path, bool with_offset) const
 {
+    // A date alone has no zone, and gets none.
+    if (date_only(path))
+        return QString();
     const QString zone = value_of(record_of(path), QStringLiteral("file_timezone"));
-    if (!with_offset || !has_timezone)
+    const int entered = qRound(offset_timezone * 60);
+    // The entered zone is the zone of the new times; one that is no zone is never shown as one.
+    if (!with_offset || !has_timezone || !entered_zone::valid(entered))
         return zone;
-    return format_utc_offset(float(double(utc_offset_hours(zone)) + offset_timezone));
+    return entered_zone::text(entered);
 }
 
-QString table_data_model::time_text(const QDateTime& time, const QString& zone) const
+QString table_data_model::time_text(const QString& path, const QDateTime& time, const QString& zone) const
 {
-    QString text = time.toString(format);
+    QString text = time.toString(date_only(path) ? date_format(format) : format);
     if (text.isEmpty())
         return QStringLiteral("-");
     if (!zone.isEmpty())
         text += QStringLiteral("  UTC") + zone;
     return text;
+}
+
+void table_data_model::refresh(const QString& path, const exif_tag_map& values, const QString& failure)
+{
+    if (!loaded.contains(path))
+        return;
+    auto cache = exif_cache::instance();
+    if (failure.isEmpty())
+        cache->load(path, recording_tags::after_write(cache->file_tags[path], values));
+    else
+        cache->file_data[path][QStringLiteral("run_failure")] = failure;
+}
+
+void table_data_model::clear_failures()
+{
+    auto cache = exif_cache::instance();
+    for (const QString& path : qAsConst(files))
+        cache->file_data[path].erase(QStringLiteral("run_failure"));
+}
+
+void table_data_model::rows_changed()
+{
+    emit layoutAboutToBeChanged();
+    emit layoutChanged();
 }
 
 QVariant table_data_model::data(const QModelIndex& index, int role) const
@@ -253,10 +326,16 @@ QVariant table_data_model::data(const QModelIndex& index, int role) const
         case 0:
             return QFileInfo(path).fileName();
         case 1:
-            return time_text(get_dt(path), get_timezone_string(path, false));
+            return time_text(path, get_dt(path), get_timezone_string(path, false));
         case 2:
-            return time_text(get_offset_dt(path), get_timezone_string(path, true));
+            return time_text(path, get_offset_dt(path), get_timezone_string(path, true));
         }
+    } else if (role == Qt::ForegroundRole || role == Qt::ToolTipRole) {
+        // A row the last fix or undo could not write keeps its old time, marked.
+        const QString failure = value_of(record_of(path), QStringLiteral("run_failure"));
+        if (role == Qt::ForegroundRole)
+            return failure.isEmpty() ? QVariant() : QVariant(QColor(255, 110, 90));
+        return failure.isEmpty() ? QVariant(path) : QVariant(tr("%1\nNot changed: %2").arg(path, failure));
     } else if (role == Qt::UserRole) {
         switch (index.column()) {
         case 0:

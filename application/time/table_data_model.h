@@ -25,7 +25,9 @@ public:
     static std::shared_ptr<exif_cache> instance();
 
     // Derived record: "rec_year" ... "rec_second", "rec_source" (the tag the time came from,
-    // empty for the file system), "file_timezone" (the zone the file states), "has_data",
+    // empty for the file system), "rec_date_only" (the time is a date alone), "rec_utc" (the
+    // moment, for a file that keeps it in UTC and states no zone), "file_timezone" (the zone the
+    // file states), "run_failure" (why the last run could not write it), "has_data",
     // "has_iptc_date", "has_iptc_time", "ipct_timezone", "iptc_timezone" (IPTC's own zone),
     // "DateTimeOriginalInIFD0"; and from add_file the file's identity at load ("file_device",
     // "file_inode", "file_type", "file_link").
@@ -33,8 +35,9 @@ public:
     // The tags as ExifTool returned them, with their groups ("ExifIFD:DateTimeOriginal").
     std::map<QString, exif_tag_map> file_tags;
 
-    // Stores `tags` for `path` and derives its record from them; the recording time falls back
-    // to the file's creation time when none of its date tags holds a proper date.
+    // Stores `tags` for `path` and derives its record from them anew, keeping the identity the
+    // load saw; the recording time falls back to the file-system time when none of its date tags
+    // holds a proper date.
     void load(const QString& path, const exif_tag_map& tags);
 };
 
@@ -87,6 +90,16 @@ public:
     QString get_timezone_string(const QString& path, bool with_offset) const;
     // The offset and zone as entered, for moving the file's tags the way the table moves times.
     recording_tags::shift current_shift() const;
+    // Whether the file's recording time is a date without a time.
+    bool date_only(const QString& path) const;
+
+    // After a fix or an undo wrote `values` into `path`: its row shows what the file holds now.
+    // With a `failure`, nothing was written: the row keeps its time and is marked with the reason.
+    // Paths no longer in the table are passed over. rows_changed() then shows it all.
+    void refresh(const QString& path, const exif_tag_map& values, const QString& failure = QString());
+    // Takes the marks of the last run's failures away.
+    void clear_failures();
+    void rows_changed();
 
     QList<QString> files;
     // The same paths, for the duplicate check of add_file: a list search made a large load quadratic.
@@ -118,5 +131,5 @@ private:
         ondo::exif_response* read;
     };
     std::map<QString, pending_read> prefetched;
-    QString time_text(const QDateTime& time, const QString& zone) const;
+    QString time_text(const QString& path, const QDateTime& time, const QString& zone) const;
 };

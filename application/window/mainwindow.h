@@ -98,6 +98,9 @@ private:
     // Before an undo write: the same check of the file, against what the load saw.
     bool same_file_as_loaded(const QString& path, QStringList& failed_files);
     void end_journal_run();
+    // Logs a note when the file system did not take the file time a fix wrote into `path`: a
+    // FAT card holds nothing before 1980. The photo counts as fixed all the same.
+    void note_unset_file_time(const QString& path, const exif_tag_map& values);
 
     // When a run paints again: a few times a second, and after its last file. That is enough for
     // the eye; painting after every file would cost more than ExifTool's work on it.

@@ -2,34 +2,36 @@
 
 #include "ui_time_adjustment.h"
 
-#include <QDoubleValidator>
+#include "entered_zone.h"
+
+#include <ondo/widgets.h>
+
 #include <QIntValidator>
-#include <QLocale>
+#include <QRegularExpression>
 
 #include <utility>
 
 namespace {
 
-// Hours of zone: the decimal sign may be a comma or a point in every locale. Under the C locale
-// (many sessions, every container) a comma would otherwise pass the validator as a group
-// separator and count as nothing.
-QString with_decimal_point(QString text) { return text.replace(QLatin1Char(','), QLatin1Char('.')); }
-
-class zone_validator : public QDoubleValidator {
+// Lets in only what a zone is typed with, so that a slip of the finger never lands in the field,
+// but keeps every such text, even one that is no zone yet ("+02:0") or no zone at all ("99"):
+// cutting it short could leave a different zone standing ("+0530" as "+05"). The field shows
+// such a text as wrong instead.
+class zone_validator : public QValidator {
 public:
-    explicit zone_validator(QObject* parent) : QDoubleValidator(-12.0, 14.0, 2, parent)
+    using QValidator::QValidator;
+    State validate(QString& input, int&) const override
     {
-        setNotation(QDoubleValidator::StandardNotation);
-        QLocale point = QLocale::c();
-        point.setNumberOptions(QLocale::RejectGroupSeparator);
-        setLocale(point);
-    }
-    State validate(QString& input, int& pos) const override
-    {
-        QString text = with_decimal_point(input);
-        return QDoubleValidator::validate(text, pos);
+        static const QRegularExpression characters(
+            QRegularExpression::anchoredPattern(QStringLiteral("[+\\-\\x{2212}]?\\d*(?:[.,:]\\d*)?")));
+        if (input.size() > 7 || !characters.match(input).hasMatch())
+            return Invalid;
+        return entered_zone::minutes(input) ? Acceptable : Intermediate;
     }
 };
+
+// Clear on the panel's dark grey, and apart from the text's pale green.
+const QColor refused_colour(235, 95, 85);
 
 } // namespace
 
@@ -43,6 +45,11 @@ time_adjustment::time_adjustment(QWidget* parent) : QWidget(parent), ui(new Ui_t
                              ui->lineedit_minute, ui->lineedit_second})
         field->setValidator(new QIntValidator(field));
     ui->lineedit_timezone->setValidator(new zone_validator(ui->lineedit_timezone));
+    ui->label_timezone->setToolTip(
+        tr("The time zone of the new times, in hours from UTC, such as 2, -3.5 or +05:30. It is written as it "
+           "is into every zone a photo states or receives; the clock readings stay as they are. Leave it empty "
+           "to keep each photo's own zone."));
+    ui->lineedit_timezone->setToolTip(ui->label_timezone->toolTip());
 }
 
 time_adjustment::~time_adjustment() { delete ui; }
@@ -69,24 +76,30 @@ void time_adjustment::set_offset(int year, int month, int day, int hour, int min
 
 void time_adjustment::init_focus() { ui->lineedit_year->setFocus(Qt::OtherFocusReason); }
 
-bool time_adjustment::has_timezone_offset() const { return !ui->lineedit_timezone->text().isEmpty(); }
+bool time_adjustment::has_timezone_offset() const { return zone.has_value(); }
+
+bool time_adjustment::zone_refused() const
+{
+    return !zone && !ui->lineedit_timezone->text().trimmed().isEmpty();
+}
 
 void time_adjustment::setWidgetsToolTip(QString const& text)
 {
     for (QWidget* w : std::initializer_list<QWidget*>{
              ui->label_year, ui->label_month, ui->label_day, ui->label_hour, ui->label_minute, ui->label_second,
-             ui->label_timezone, ui->lineedit_year, ui->lineedit_month, ui->lineedit_day, ui->lineedit_hour,
-             ui->lineedit_minute, ui->lineedit_second, ui->lineedit_timezone})
+             ui->lineedit_year, ui->lineedit_month, ui->lineedit_day, ui->lineedit_hour, ui->lineedit_minute,
+             ui->lineedit_second})
         w->setToolTip(text);
 }
 
 void time_adjustment::values_changed()
 {
-    emit time_offset_changed(year, month, day, hour, minute, second, has_timezone_offset(), timezone);
+    // Quarter hours at most, so the hours are exact.
+    emit time_offset_changed(year, month, day, hour, minute, second, zone.has_value(), zone.value_or(0) / 60.0);
 }
 
-// The validators only steer typing: an intermediate text such as a lone "-" can stand in a
-// field, and toInt makes it 0.
+// The validators only steer typing: an intermediate text such as a lone "-" can stand in an
+// offset field, and toInt makes it 0.
 void time_adjustment::on_lineedit_year_textChanged(QString const& text)
 {
     year = text.toInt();
@@ -125,7 +138,28 @@ void time_adjustment::on_lineedit_second_textChanged(QString const& text)
 
 void time_adjustment::on_lineedit_timezone_textChanged(QString const& text)
 {
-    // What the validator lets stand always reads; only a part such as a lone "-" gives 0.
-    timezone = with_decimal_point(text).toDouble();
+    zone = entered_zone::minutes(text);
+    show_zone_state();
     values_changed();
+}
+
+void time_adjustment::show_zone_state()
+{
+    ondo::lineedit* field = ui->lineedit_timezone;
+    const bool refused = zone_refused();
+    // A new sheet polishes the field anew; only a change of state needs one.
+    if ((field->border == refused_colour) != refused) {
+        field->border = refused ? refused_colour : field->default_border;
+        field->update_style();
+        if (refused)
+            field->setStyleSheet(field->styleSheet()
+                                 + QStringLiteral("ondo--lineedit{color:rgb(%1,%2,%3);}")
+                                       .arg(refused_colour.red())
+                                       .arg(refused_colour.green())
+                                       .arg(refused_colour.blue()));
+    }
+    field->setToolTip(refused ? tr("\"%1\" is not a time zone. Enter hours from -12 to +14 in whole, half or "
+                                   "quarter hours, such as 2, -3.5 or +05:30.")
+                                    .arg(field->text())
+                              : ui->label_timezone->toolTip());
 }

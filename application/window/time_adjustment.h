@@ -2,10 +2,13 @@
 
 #include <QWidget>
 
+#include <optional>
+
 class Ui_time_adjustment;
 
-// The row of offset fields: years, months, days, hours, minutes, seconds and a time zone in
-// hours. Every keystroke reports the whole offset through time_offset_changed.
+// The row of offset fields: years, months, days, hours, minutes, seconds and the time zone of the
+// new times (as entered_zone reads it). Every keystroke reports the whole offset through
+// time_offset_changed.
 class time_adjustment : public QWidget {
     Q_OBJECT
 public:
@@ -18,12 +21,17 @@ public:
     // Fills the six integer fields, a 0 as an empty field; the zone field stays as it is. Each
     // changed field reports, the last with the whole offset.
     void set_offset(int year, int month, int day, int hour, int minute, int second);
-    // True when the zone field holds any text, a typed "0" included.
+    // True while the zone field holds a zone, a typed "0" included.
     bool has_timezone_offset() const;
+    // True when the zone field holds text that is no zone, such as "99" or a lone "-"; the field
+    // then shows so in its colour and tooltip.
+    bool zone_refused() const;
+    // The tooltip of the six offset fields and their labels; the zone keeps its own.
     void setWidgetsToolTip(QString const& text);
     void values_changed();
 
 signals:
+    // `timezone` is the entered zone in hours, 0.0 unless `has_timezone`.
     void time_offset_changed(int year, int month, int day, int hour, int minute, int second,
                              bool has_timezone, double timezone);
 
@@ -37,6 +45,8 @@ private slots:
     void on_lineedit_timezone_textChanged(QString const& text);
 
 private:
+    void show_zone_state();
+
     Ui_time_adjustment* ui;
     int year = 0;
     int month = 0;
@@ -44,5 +54,5 @@ private:
     int hour = 0;
     int minute = 0;
     int second = 0;
-    double timezone = 0.0;
+    std::optional<int> zone; // minutes east of UTC
 };

@@ -3,6 +3,36 @@
 <TS version="2.1" language="de_DE">
 <context>
     <name>MainWindow</name>
+    <message>
+        <source>Time zone</source>
+        <translation>Zeitzone</translation>
+    </message>
+    <message>
+        <source>The time zone field holds no time zone.
+Enter hours from -12 to +14 in whole, half or quarter hours, such as 2, -3.5 or +05:30, or leave the field empty to keep each photo&apos;s own zone.</source>
+        <translation>Das Feld für die Zeitzone enthält keine Zeitzone.
+Geben Sie Stunden von -12 bis +14 in ganzen, halben oder Viertelstunden ein, etwa 2, -3,5 oder +05:30, oder lassen Sie das Feld leer, damit jedes Foto seine eigene Zeitzone behält.</translation>
+    </message>
+    <message>
+        <source>ExifTool could not write it</source>
+        <translation>ExifTool konnte sie nicht schreiben</translation>
+    </message>
+    <message>
+        <source>%1 (ExifTool ended while writing it)</source>
+        <translation>%1 (ExifTool wurde beim Schreiben beendet)</translation>
+    </message>
+    <message>
+        <source>%1 (nothing to write)</source>
+        <translation>%1 (nichts zu schreiben)</translation>
+    </message>
+    <message>
+        <source>Undoing…</source>
+        <translation>Wird rückgängig gemacht…</translation>
+    </message>
+    <message>
+        <source>the undo could not write it</source>
+        <translation>das Rückgängigmachen konnte sie nicht schreiben</translation>
+    </message>
     <message numerus="yes">
         <source>%n files do not have any timezone information set and you have not specified a timezone to use.
 If you continue, your computer&apos;s local timezone will be used.
@@ -20,19 +50,13 @@ Achtung: Wurde die Zeitzone dem Bild hinzugefügt, kann sie nicht mehr entfernt 
         </translation>
     </message>
     <message numerus="yes">
-        <source>%n files would be assigned a recording time prior to the 1st of January 1972 00:00:00.
-The file system time can&apos;t be altered to times before this point.
-If you continue, the files&apos; date/time according to your operating system might not be correct (i.e. displayed as a date in the future or simply stuck at the 1st of January 1972).
-The EXIF timestamps can handle this situation and dates prior to the 1st of January 1972 00:00:00 will be saved correctly.</source>
+        <source>%n files would be assigned a recording time before 1 January 1972.
+Their metadata holds such a time correctly. Their file-system time may not: a FAT or exFAT memory card holds no date before 1980, and some systems none before 1970. A file time that can&apos;t be set is noted in the log; the photo is fixed all the same.</source>
         <translation>
-            <numerusform>%n Datei würde ein Aufnahmedatum zugewiesen bekommen, das vor dem 01.01.1972 00:00:00 liegt.
-Die Zeiten des Dateisystems können nicht auf Werte vor diesem Zeitpunkt gesetzt werden.
-Wenn Sie fortfahren, ist die Zeit, die Ihr Betriebssystem anzeigt, möglicherweise nicht korrekt (z.B. wird ein Datum in der Zukunft angezeigt oder das Datum auf den 01.01.1972 gesetzt).
-Die EXIF-Zeitstempel können mit einem Aufnahmedatum vor dem 01.01.1972 00:00:00 umgehen und werden korrekt gespeichert.</numerusform>
-            <numerusform>%n Dateien würden ein Aufnahmedatum zugewiesen bekommen, das vor dem 01.01.1972 00:00:00 liegt.
-Die Zeiten des Dateisystems können nicht auf Werte vor diesem Zeitpunkt gesetzt werden.
-Wenn Sie fortfahren, ist die Zeit, die Ihr Betriebssystem anzeigt, möglicherweise nicht korrekt (z.B. wird ein Datum in der Zukunft angezeigt oder das Datum auf den 01.01.1972 gesetzt).
-Die EXIF-Zeitstempel können mit einem Aufnahmedatum vor dem 01.01.1972 00:00:00 umgehen und werden korrekt gespeichert.</numerusform>
+            <numerusform>%n Datei würde eine Aufnahmezeit vor dem 1. Januar 1972 erhalten.
+Ihre Metadaten speichern eine solche Zeit korrekt. Die Zeit im Dateisystem möglicherweise nicht: Eine FAT- oder exFAT-Speicherkarte speichert kein Datum vor 1980, manche Systeme keines vor 1970. Eine Dateizeit, die nicht gesetzt werden kann, wird im Protokoll vermerkt; das Foto wird trotzdem korrigiert.</numerusform>
+            <numerusform>%n Dateien würden eine Aufnahmezeit vor dem 1. Januar 1972 erhalten.
+Ihre Metadaten speichern eine solche Zeit korrekt. Die Zeit im Dateisystem möglicherweise nicht: Eine FAT- oder exFAT-Speicherkarte speichert kein Datum vor 1980, manche Systeme keines vor 1970. Eine Dateizeit, die nicht gesetzt werden kann, wird im Protokoll vermerkt; das Foto wird trotzdem korrigiert.</numerusform>
         </translation>
     </message>
     <message>
@@ -414,6 +438,12 @@ Die Anwendung muss neu gestartet werden um die neue Sprache zu verwenden.</trans
 <context>
     <name>table_data_model</name>
     <message>
+        <source>%1
+Not changed: %2</source>
+        <translation>%1
+Nicht geändert: %2</translation>
+    </message>
+    <message>
         <source>New Recording Time</source>
         <translation>Neuer Aufnahmezeitpunkt</translation>
     </message>
@@ -428,6 +458,10 @@ Die Anwendung muss neu gestartet werden um die neue Sprache zu verwenden.</trans
 </context>
 <context>
     <name>time_adjustment</name>
+    <message>
+        <source>&quot;%1&quot; is not a time zone. Enter hours from -12 to +14 in whole, half or quarter hours, such as 2, -3.5 or +05:30.</source>
+        <translation>„%1“ ist keine Zeitzone. Geben Sie Stunden von -12 bis +14 ein, in ganzen, halben oder Viertelstunden, etwa 2, -3,5 oder +05:30.</translation>
+    </message>
     <message>
         <source>Day</source>
         <translation>Tag</translation>
@@ -449,6 +483,10 @@ Die Anwendung muss neu gestartet werden um die neue Sprache zu verwenden.</trans
         <translation>Sekunde</translation>
     </message>
     <message>
+        <source>The time zone of the new times, in hours from UTC, such as 2, -3.5 or +05:30. It is written as it is into every zone a photo states or receives; the clock readings stay as they are. Leave it empty to keep each photo&apos;s own zone.</source>
+        <translation>Die Zeitzone der neuen Zeiten, in Stunden gegenüber UTC, etwa 2, -3,5 oder +05:30. Sie wird unverändert in jede Zeitzone geschrieben, die ein Foto angibt oder erhält; die Uhrzeiten bleiben, wie sie sind. Lassen Sie das Feld leer, damit jedes Foto seine eigene Zeitzone behält.</translation>
+    </message>
+    <message>
         <source>Timezone (h)</source>
         <translation>Zeitzone (Std)</translation>
     </message>
@@ -459,6 +497,10 @@ Die Anwendung muss neu gestartet werden um die neue Sprache zu verwenden.</trans
 </context>
 <context>
     <name>undo_journal</name>
+    <message>
+        <source>changed since it was loaded</source>
+        <translation>seit dem Laden verändert</translation>
+    </message>
     <message>
         <source>%1 (changed since it was loaded)</source>
         <translation>%1 (seit dem Laden verändert)</translation>
@@ -476,6 +518,10 @@ Die Anwendung muss neu gestartet werden um die neue Sprache zu verwenden.</trans
         <translation>%1: seit dem Lauf verändert</translation>
     </message>
     <message>
+        <source>%1: not written by the run</source>
+        <translation>%1: vom Lauf nicht geschrieben</translation>
+    </message>
+    <message>
         <source>Keep</source>
         <translation>Behalten</translation>
     </message>
@@ -487,26 +533,38 @@ Die Anwendung muss neu gestartet werden um die neue Sprache zu verwenden.</trans
         </translation>
     </message>
     <message>
+        <source>Photos of the unfinished run that could not be restored: %1
+
+Their undo information is kept, and the next start offers their undo again.</source>
+        <translation>Fotos des unvollständigen Laufs, die nicht zurückgesetzt werden konnten: %1
+
+Ihre Informationen zum Rückgängigmachen bleiben erhalten, und beim nächsten Start wird das Rückgängigmachen erneut angeboten.</translation>
+    </message>
+    <message>
         <source>Show list</source>
         <translation>Liste anzeigen</translation>
     </message>
     <message>
         <source>Tavimo ended during a fix run.
 Photos that run had changed: %1
+Photos it had not written yet: %2
 
-Undo gives them their earlier times back; Keep leaves them as they are.</source>
+Undo gives the changed photos their earlier times back and leaves the others alone; Keep leaves all photos as they are.</source>
         <translation>Tavimo wurde während eines Korrekturlaufs beendet.
 Fotos, die dieser Lauf geändert hatte: %1
+Fotos, die er noch nicht geschrieben hatte: %2
 
-„Rückgängig“ gibt ihnen ihre früheren Zeiten zurück, „Behalten“ lässt sie, wie sie sind.</translation>
+„Rückgängig“ gibt den geänderten Fotos ihre früheren Zeiten zurück und lässt die anderen unberührt, „Behalten“ lässt alle Fotos, wie sie sind.</translation>
     </message>
     <message>
         <source>Tavimo ended during a fix run.
 Photos that run had changed: %1
+Photos it had not written yet: %2
 
 Some of them have changed since, so its undo information can&apos;t be applied safely. Keep leaves all photos as they are.</source>
         <translation>Tavimo wurde während eines Korrekturlaufs beendet.
 Fotos, die dieser Lauf geändert hatte: %1
+Fotos, die er noch nicht geschrieben hatte: %2
 
 Einige davon haben sich seitdem verändert, daher können die Informationen zum Rückgängigmachen nicht sicher angewendet werden. „Behalten“ lässt alle Fotos, wie sie sind.</translation>
     </message>

@@ -22,19 +22,13 @@ Warning: Adding the timezone to an image can not be undone.</numerusform>
         </translation>
     </message>
     <message numerus="yes">
-        <source>%n files would be assigned a recording time prior to the 1st of January 1972 00:00:00.
-The file system time can&apos;t be altered to times before this point.
-If you continue, the files&apos; date/time according to your operating system might not be correct (i.e. displayed as a date in the future or simply stuck at the 1st of January 1972).
-The EXIF timestamps can handle this situation and dates prior to the 1st of January 1972 00:00:00 will be saved correctly.</source>
+        <source>%n files would be assigned a recording time before 1 January 1972.
+Their metadata holds such a time correctly. Their file-system time may not: a FAT or exFAT memory card holds no date before 1980, and some systems none before 1970. A file time that can&apos;t be set is noted in the log; the photo is fixed all the same.</source>
         <translation>
-            <numerusform>%n file would be assigned a recording time prior to the 1st of January 1972 00:00:00.
-The file system time can&apos;t be altered to times before this point.
-If you continue, the file&apos;s date/time according to your operating system might not be correct (i.e. displayed as a date in the future or simply stuck at the 1st of January 1972).
-The EXIF timestamps can handle this situation and dates prior to the 1st of January 1972 00:00:00 will be saved correctly.</numerusform>
-            <numerusform>%n files would be assigned a recording time prior to the 1st of January 1972 00:00:00.
-The file system time can&apos;t be altered to times before this point.
-If you continue, the files&apos; date/time according to your operating system might not be correct (i.e. displayed as a date in the future or simply stuck at the 1st of January 1972).
-The EXIF timestamps can handle this situation and dates prior to the 1st of January 1972 00:00:00 will be saved correctly.</numerusform>
+            <numerusform>%n file would be assigned a recording time before 1 January 1972.
+Its metadata holds such a time correctly. Its file-system time may not: a FAT or exFAT memory card holds no date before 1980, and some systems none before 1970. A file time that can&apos;t be set is noted in the log; the photo is fixed all the same.</numerusform>
+            <numerusform>%n files would be assigned a recording time before 1 January 1972.
+Their metadata holds such a time correctly. Their file-system time may not: a FAT or exFAT memory card holds no date before 1980, and some systems none before 1970. A file time that can&apos;t be set is noted in the log; the photo is fixed all the same.</numerusform>
         </translation>
     </message>
     <message numerus="yes">

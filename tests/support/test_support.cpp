@@ -90,6 +90,33 @@ void append_png_text(const QString& path, const QByteArray& keyword, const QByte
     file.write(png);
 }
 
+QString make_tiff(const QString& dir, const QString& name)
+{
+    // Little-endian TIFF: the header, one directory of nine short or long entries, and 8 by 8 grey
+    // pixels behind it. ExifTool takes the file's kind (DNG, NEF...) from its name.
+    QByteArray bytes("II*\0\x08\0\0\0", 8);
+    const quint16 entries[][3] = {{256, 3, 8}, {257, 3, 8}, {258, 3, 8}, {259, 3, 1}, {262, 3, 1},
+                                  {273, 4, 122}, {277, 3, 1}, {278, 3, 8}, {279, 4, 64}};
+    auto put = [&bytes](quint32 value, int size) {
+        for (int i = 0; i < size; ++i)
+            bytes.append(char(value >> (8 * i)));
+    };
+    put(9, 2);
+    for (const auto& [tag, type, value] : entries) {
+        put(tag, 2);
+        put(type, 2);
+        put(1, 4);
+        put(value, 4);
+    }
+    put(0, 4);
+    bytes.append(64, char(100));
+    const QString path = QDir(dir).filePath(name);
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+        return QString();
+    return path;
+}
+
 QString make_movie(const QString& dir, const QString& name, const QByteArray& brand, const QDateTime& utc)
 {
     auto be32 = [](quint32 v) {

@@ -28,6 +28,9 @@ QString make_tagged_photo(const QString& dir, const QString& name, const exif_ta
 // Appends a tEXt chunk behind the image data of the PNG at `path`, as some editors leave it.
 void append_png_text(const QString& path, const QByteArray& keyword, const QByteArray& text);
 
+// A TIFF of 8 by 8 grey pixels as `dir`/`name`; named .dng or .nef, ExifTool takes it for one.
+QString make_tiff(const QString& dir, const QString& name);
+
 // A QuickTime file of a few hundred bytes, as `dir`/`name`: its movie, its one sound track and
 // that track's media all created and modified at `utc`. `brand` is the file type ("qt  ", "M4A ");
 // "crx " makes a raw photo of the same build, with empty EXIF directories.
