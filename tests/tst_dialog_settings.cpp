@@ -115,10 +115,10 @@ private slots:
         QTest::addColumn<QString>("abort");
 
         QTest::newRow("de") << "de" << QStringList{"Foto", "Aufnahmezeitpunkt", "Neuer Aufnahmezeitpunkt"}
-                            << "1 Datei würde ein Aufnahmedatum zugewiesen bekommen" << "Abbrechen";
+                            << "1 Datei würde eine Aufnahmezeit vor dem 1. Januar 1972" << "Abbrechen";
         QTest::newRow("fr: the application speaks English, counts included")
             << "fr" << QStringList{"Photos", "Recording Time", "New Recording Time"}
-            << "1 file would be assigned a recording time prior" << "Abort";
+            << "1 file would be assigned a recording time before" << "Abort";
     }
 
     void catalogues()
