@@ -62,20 +62,38 @@ void MainWindow::offer_unfinished_runs()
     // Files opened with the program may be loading: the question waits for the load to end.
     if (runs_under_way > 0)
         return QTimer::singleShot(200, this, &MainWindow::offer_unfinished_runs);
+    // Reading the runs' photos turns the event loop: a close meanwhile must not delete the
+    // window, and with it the journal, under the reads.
+    const run_guard guard(this);
     const QString title = undo_journal::tr("Unfinished fix run");
     for (const undo_journal::unfinished_run& run : journal->unfinished_runs()) {
-        const int photos = run.listing.size() - (run.readable ? 0 : 1);
+        // A window closed meanwhile asks nothing: the next start asks again.
+        if (closed)
+            break;
+        const int written = int(run.undo.size());
+        const int not_written = int(run.untouched.size());
         if (run.readable && run.changed.isEmpty()) {
             const auto answer = ondo::message_box::question(this, title,
-                undo_journal::tr("Tavimo ended during a fix run.\nPhotos that run had changed: %1\n\n"
-                                 "Undo gives them their earlier times back; Keep leaves them as they are.")
-                    .arg(photos),
+                undo_journal::tr("Tavimo ended during a fix run.\nPhotos that run had changed: %1\n"
+                                 "Photos it had not written yet: %2\n\n"
+                                 "Undo gives the changed photos their earlier times back and leaves the others "
+                                 "alone; Keep leaves all photos as they are.")
+                    .arg(written)
+                    .arg(not_written),
                 undo_journal::tr("Undo"), undo_journal::tr("Keep"), QMessageBox::NoButton);
             if (answer == QMessageBox::Yes) {
                 undo_info = journal->adopt(run);
                 on_button_undo_clicked();
-                // Only now: a crash during the undo leaves the run to be looked at again.
-                journal->discard(run);
+                // Only now: a crash during the undo leaves the run to be looked at again. What
+                // the undo could not restore is still in undo_info, and stays on disk with it.
+                const QStringList left = undo_info.keys();
+                journal->keep(run, left);
+                if (!left.isEmpty() && !quitting)
+                    ondo::message_box::information(this, title,
+                        undo_journal::tr("Photos of the unfinished run that could not be restored: %1\n\n"
+                                         "Their undo information is kept, and the next start offers their undo "
+                                         "again.")
+                            .arg(int(left.size())));
             } else if (answer == QMessageBox::No) {
                 journal->discard(run);
             }
@@ -84,10 +102,12 @@ void MainWindow::offer_unfinished_runs()
         }
 
         const QString text = run.readable
-            ? undo_journal::tr("Tavimo ended during a fix run.\nPhotos that run had changed: %1\n\n"
+            ? undo_journal::tr("Tavimo ended during a fix run.\nPhotos that run had changed: %1\n"
+                               "Photos it had not written yet: %2\n\n"
                                "Some of them have changed since, so its undo information can't be applied "
                                "safely. Keep leaves all photos as they are.")
-                  .arg(photos)
+                  .arg(written)
+                  .arg(not_written)
             : undo_journal::tr("Tavimo ended during a fix run, and the undo information it left can't be read, "
                                "so it can't be applied safely. Keep leaves all photos as they are.");
         for (;;) {

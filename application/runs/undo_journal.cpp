@@ -4,12 +4,17 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QLockFile>
+#include <QPair>
+#include <QSet>
 #include <QStandardPaths>
 #include <QtDebug>
+
+#include <ondo/exiftool.h>
 
 #include <cerrno>
 #include <fcntl.h>
@@ -28,6 +33,8 @@ const QString journal_suffix = QStringLiteral(".journal");
 const QString lock_suffix = QStringLiteral(".lock");
 // Far above a real run (a photo takes well under a kilobyte); a larger file is not read.
 constexpr qint64 max_journal_bytes = 64 * 1024 * 1024;
+// Reads queued ahead of the one waited for: enough for every ExifTool child to have its next one.
+constexpr int reads_ahead = 8;
 
 QString lock_name(const QString& journal_file)
 {
@@ -58,6 +65,39 @@ void flush_folder(const QString& folder)
         return;
     ::fsync(descriptor);
     ::close(descriptor);
+}
+
+// Puts `bytes` in place of `file` so that a crash leaves either the old file or the whole new
+// one: a new file beside it, on the disk before it is renamed over the old one.
+bool replace_file(const QString& file, const QByteArray& bytes)
+{
+    const QByteArray name = QFile::encodeName(file);
+    const QByteArray temporary = name + ".new";
+    // A leftover of a rewrite that a crash cut short; the run's lock keeps any other program away.
+    ::unlink(temporary.constData());
+    const int descriptor = ::open(temporary.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
+    if (descriptor < 0)
+        return false;
+    const bool written = write_all(descriptor, bytes) && ::fsync(descriptor) == 0;
+    if (::close(descriptor) != 0 || !written || ::rename(temporary.constData(), name.constData()) != 0) {
+        ::unlink(temporary.constData());
+        return false;
+    }
+    flush_folder(QFileInfo(file).absolutePath());
+    return true;
+}
+
+QByteArray line(const QJsonObject& record)
+{
+    return QJsonDocument(record).toJson(QJsonDocument::Compact) + '\n';
+}
+
+QJsonObject header_record()
+{
+    QJsonObject header;
+    header[QStringLiteral("journal")] = QStringLiteral("tavimo undo");
+    header[QStringLiteral("version")] = 1;
+    return header;
 }
 
 void put_identity(QJsonObject& record, const file_identity& identity, bool with_state)
@@ -97,6 +137,31 @@ bool get_identity(const QJsonObject& record, file_identity& identity, bool with_
         identity.modified_ns = number("modified_ns");
     }
     return ok;
+}
+
+QJsonObject photo_record(const QString& path, const file_identity& loaded, const QList<undo_entry>& undo)
+{
+    QJsonArray entries;
+    for (const undo_entry& entry : undo) {
+        QJsonObject item;
+        item[QStringLiteral("tag")] = entry.tag;
+        item[QStringLiteral("existed")] = entry.existed;
+        item[QStringLiteral("value")] = entry.value;
+        entries.append(item);
+    }
+    QJsonObject record;
+    record[QStringLiteral("photo")] = path;
+    put_identity(record, loaded, false);
+    record[QStringLiteral("undo")] = entries;
+    return record;
+}
+
+QJsonObject written_record(const QString& path, const file_identity& after)
+{
+    QJsonObject record;
+    record[QStringLiteral("written")] = path;
+    put_identity(record, after, true);
+    return record;
 }
 
 bool get_undo(const QJsonValue& value, QList<undo_entry>& undo)
@@ -166,6 +231,43 @@ bool parse(const QByteArray& bytes, QStringList& order, QMap<QString, journal_ph
     return true;
 }
 
+// Whether `present`, the tags a photo holds now, still has every old value of `undo`, so that
+// the run never wrote it. A read that gave nothing tells nothing: the photo counts as written.
+bool holds_old_values(const exif_tag_map& present, const QList<undo_entry>& undo)
+{
+    if (present.empty())
+        return false;
+    for (const undo_entry& entry : undo) {
+        const auto found = present.find(entry.tag);
+        const bool held = entry.existed ? found != present.end() && found->second == entry.value
+                                        : found == present.end();
+        if (!held)
+            return false;
+    }
+    return true;
+}
+
+// The photos of `order` that still hold their old values. A journal can hold thousands, so the
+// reads go out a few ahead and keep every child busy.
+QSet<QString> holding_old_values(const QStringList& order, const QMap<QString, journal_photo>& photos)
+{
+    QSet<QString> result;
+    QList<QPair<QString, ondo::exif_response*>> pending;
+    auto finish_one = [&] {
+        const auto read = pending.takeFirst();
+        if (holds_old_values(ondo::exiftool::read_result(read.second), photos.value(read.first).undo))
+            result.insert(read.first);
+    };
+    for (const QString& path : order) {
+        pending.append({path, ondo::exiftool::read_tags_async(path, true)});
+        if (pending.size() >= reads_ahead)
+            finish_one();
+    }
+    while (!pending.isEmpty())
+        finish_one();
+    return result;
+}
+
 } // namespace
 
 undo_journal::undo_journal(const QString& folder, QObject* parent) : QObject(parent), folder(folder) {}
@@ -210,29 +312,14 @@ bool undo_journal::begin_run()
     }
     run_file = stem + journal_suffix;
     run_lock = lock;
-    QJsonObject header;
-    header[QStringLiteral("journal")] = QStringLiteral("tavimo undo");
-    header[QStringLiteral("version")] = 1;
-    const bool ok = append(header);
+    const bool ok = append(header_record());
     flush_folder(folder);
     return ok;
 }
 
 bool undo_journal::add(const QString& path, const file_identity& identity, const QList<undo_entry>& undo, bool flush)
 {
-    QJsonArray entries;
-    for (const undo_entry& entry : undo) {
-        QJsonObject item;
-        item[QStringLiteral("tag")] = entry.tag;
-        item[QStringLiteral("existed")] = entry.existed;
-        item[QStringLiteral("value")] = entry.value;
-        entries.append(item);
-    }
-    QJsonObject record;
-    record[QStringLiteral("photo")] = path;
-    put_identity(record, identity, false);
-    record[QStringLiteral("undo")] = entries;
-    if (!append(record, flush))
+    if (!append(photo_record(path, identity, undo), flush))
         return false;
     loaded.insert(path, identity);
     return true;
@@ -250,8 +337,7 @@ void undo_journal::written(const QString& path, bool success)
 {
     QJsonObject record;
     if (success) {
-        record[QStringLiteral("written")] = path;
-        put_identity(record, file_identity::of(path), true);
+        record = written_record(path, file_identity::of(path));
     } else {
         record[QStringLiteral("failed")] = path;
         loaded.remove(path);
@@ -277,7 +363,7 @@ bool undo_journal::append(const QJsonObject& record, bool flush)
 {
     if (descriptor < 0)
         return false;
-    if (write_all(descriptor, QJsonDocument(record).toJson(QJsonDocument::Compact) + '\n')
+    if (write_all(descriptor, line(record))
         && (!flush || ::fsync(descriptor) == 0))
         return true;
     qWarning() << "Can't write undo information to" << run_file;
@@ -321,9 +407,20 @@ QList<undo_journal::unfinished_run> undo_journal::unfinished_runs()
             discard(run);
             continue;
         }
-        QStringList as_left;
+        // Whether a write went out tells neither its line nor its absence: a crash can come
+        // between a write and the line after it, and before a write whose line is on disk. What
+        // the photo holds now tells.
+        const QSet<QString> untouched = run.readable ? holding_old_values(order, photos) : QSet<QString>();
+        QStringList as_left, not_written;
         for (const QString& path : order) {
             const journal_photo& photo = photos[path];
+            // A photo that holds its old values needs nothing, whatever happened to its file since:
+            // nothing is written to it.
+            if (untouched.contains(path)) {
+                run.untouched << path;
+                not_written << tr("%1: not written by the run").arg(path);
+                continue;
+            }
             const file_identity now = file_identity::of(path);
             // A photo whose write may not have been finished is checked for being the same file.
             const bool same = photo.written ? photo.after.unchanged(now) : photo.loaded.same_file(now);
@@ -331,16 +428,25 @@ QList<undo_journal::unfinished_run> undo_journal::unfinished_runs()
                 run.changed << path;
             run.undo.insert(path, photo.undo);
             run.loaded.insert(path, photo.loaded);
-            if (same)
-                as_left << tr("%1: as the run left it").arg(path);
-            else
+            if (photo.written)
+                run.left.insert(path, photo.after);
+            if (!same)
                 run.listing << tr("%1: changed since the run").arg(path);
+            else
+                as_left << tr("%1: as the run left it").arg(path);
         }
-        run.listing << as_left;
+        run.listing << as_left << not_written;
+        if (run.readable && run.undo.isEmpty()) {
+            qInfo("The unfinished fix run %s changed no photo; its undo information is removed.",
+                  qUtf8Printable(run.file));
+            discard(run);
+            continue;
+        }
         if (!run.readable) {
             run.listing.prepend(tr("Undo information that can't be read: %1").arg(run.file));
             run.undo.clear();
             run.loaded.clear();
+            run.left.clear();
         }
         runs << run;
     }
@@ -351,6 +457,29 @@ QMap<QString, QList<undo_entry>> undo_journal::adopt(const unfinished_run& run)
 {
     loaded = run.loaded;
     return run.undo;
+}
+
+bool undo_journal::keep(const unfinished_run& run, const QStringList& paths)
+{
+    if (paths.isEmpty()) {
+        discard(run);
+        return true;
+    }
+    QByteArray bytes = line(header_record());
+    for (const QString& path : paths) {
+        const auto undo = run.undo.constFind(path);
+        if (undo == run.undo.constEnd())
+            continue;
+        bytes += line(photo_record(path, run.loaded.value(path), *undo));
+        // The next start checks the photo against the state the run left, as it would have.
+        if (run.left.contains(path))
+            bytes += line(written_record(path, run.left.value(path)));
+    }
+    kept_locks << run.lock;
+    if (replace_file(run.file, bytes))
+        return true;
+    qWarning() << "Can't rewrite the undo information" << run.file;
+    return false;
 }
 
 void undo_journal::discard(const unfinished_run& run)

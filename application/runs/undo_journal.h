@@ -54,9 +54,14 @@ public:
         QString file;
         // False when the file doesn't read as a journal: nothing of it is applied then.
         bool readable = false;
-        // The photos the run had written or was writing, with what gives their times back.
+        // The photos whose tags no longer hold the old values, which the run had written, with
+        // what gives their times back. Only these are ever written by its undo.
         QMap<QString, QList<undo_entry>> undo;
         QMap<QString, file_identity> loaded;
+        // The state that a confirmed write left, of the photos in `undo` that have one.
+        QMap<QString, file_identity> left;
+        // Photos the run had journaled but not written: they still hold every old value.
+        QStringList untouched;
         // Photos that are no longer what the run left; a run with any is not applied.
         QStringList changed;
         // One line per photo for the user, the changed ones first.
@@ -64,10 +69,17 @@ public:
         std::shared_ptr<QLockFile> lock;
     };
     // The left-behind runs in the folder whose programs have ended, oldest first; each is
-    // locked for this program until it is adopted or discarded. Runs without photos are removed.
+    // locked for this program until it is adopted, kept or discarded. Each photo's present tags
+    // are read with ExifTool, and a photo that still holds its old values counts as untouched.
+    // Runs without photos, and runs that changed none of them (logged), are removed.
     QList<unfinished_run> unfinished_runs();
-    // Takes the run's photos as those of the last run, for an undo; discard() it after the undo.
+    // Takes the run's photos as those of the last run, for an undo; keep() or discard() it after
+    // the undo.
     QMap<QString, QList<undo_entry>> adopt(const unfinished_run& run);
+    // After its undo: the run's file keeps `paths` alone, the photos the undo could not restore,
+    // for the next start, and stays locked while this program runs; with no paths it is removed.
+    // False when the file could not be rewritten: it then stays as it was.
+    bool keep(const unfinished_run& run, const QStringList& paths);
     // Removes the run's file: its photos stay as they are.
     void discard(const unfinished_run& run);
 
@@ -82,4 +94,6 @@ private:
     int runs_open = 0;
     std::shared_ptr<QLockFile> run_lock;
     QMap<QString, file_identity> loaded;
+    // The locks of runs kept for the next start: no other program takes them while this one runs.
+    QList<std::shared_ptr<QLockFile>> kept_locks;
 };
