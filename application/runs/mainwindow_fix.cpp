@@ -160,6 +160,9 @@ void MainWindow::on_button_fix_time_clicked()
         QString path;
         QList<undo_entry> undo;
         exif_tag_map values;
+        // What the file must still hold when ExifTool writes it: a file that another program
+        // edited, or that a rename put in its place, is never given this one's time.
+        exif_tag_map expected;
         qint64 size;
         ondo::exif_response* response;
     };
@@ -189,7 +192,7 @@ void MainWindow::on_button_fix_time_clicked()
         if (!unsent.isEmpty())
             syncs.synced(sync.nsecsElapsed());
         for (pending_write& write : unsent) {
-            write.response = ondo::exiftool::write_tags_async(write.path, write.values);
+            write.response = ondo::exiftool::write_tags_async(write.path, write.values, write.expected);
             pending.append(write);
             pending_bytes += write.size;
         }
@@ -211,6 +214,8 @@ void MainWindow::on_button_fix_time_clicked()
             // moved again in the last column.
             written_values.append({write.path, write.values});
             note_unset_file_time(write.path, write.values);
+        } else if (error == ondo::exif_error::changed) {
+            fail(write.row, write.path, undo_journal::tr("%1 (changed since it was loaded)").arg(write.path));
         } else if (error == ondo::exif_error::ended) {
             fail(write.row, write.path, tr("%1 (ExifTool ended while writing it)").arg(write.path));
         } else if (error != ondo::exif_error::dropped) {
@@ -245,7 +250,8 @@ void MainWindow::on_button_fix_time_clicked()
             fail(row, path, tr("%1 (nothing to write)").arg(path));
         } else if (journal_before_write(path, undo, refused, false)) {
             const qint64 size = qMax(qint64(0), file_identity::from_record(cache->file_data[path]).size);
-            unsent.append({row, path, undo, values, size, nullptr});
+            const bool own_time = !cache->file_data[path][QStringLiteral("rec_source")].isEmpty();
+            unsent.append({row, path, undo, values, recording_tags::expected_before(tags, values, own_time), size, nullptr});
             unsent_bytes += size;
         } else {
             fail(row, path, refused.join(QLatin1Char('\n')));
@@ -266,8 +272,12 @@ void MainWindow::on_button_fix_time_clicked()
         finish_one();
     // The table keeps its photos, now with the times written, so that the result can be checked
     // and a second correction can follow at once; the offset starts again from nothing.
-    for (const auto& [path, values] : qAsConst(written_values))
+    for (const auto& [path, values] : qAsConst(written_values)) {
         model->refresh(path, values);
+        // The file the write left is the one a second correction must find.
+        if (model->loaded.contains(path))
+            journal->loaded_identity(path).store(cache->file_data[path]);
+    }
     written_values.clear();
     ui->widget_time_adjust->clear();
     model->resort();
@@ -326,14 +336,24 @@ void MainWindow::on_button_undo_clicked()
     };
     QList<pending_undo> pending;
     QStringList failed_files;
+    // Photos whose times someone changed after the fix: not overwritten without asking.
+    QStringList changed_since;
     int done = 0;
     paint_pacer pacer;
+    int restored_count = 0;
+    auto restored = [&](const QString& path, const exif_tag_map& values) {
+        ++restored_count;
+        undo_info.remove(path);
+        model->refresh(path, values);
+    };
     auto finish_one = [&] {
         const pending_undo write = pending.takeFirst();
+        ondo::exif_error error = ondo::exif_error::none;
         // What could not be written back stays, so that the undo can be tried again.
-        if (ondo::exiftool::write_result(write.response)) {
-            undo_info.remove(write.path);
-            model->refresh(write.path, write.values);
+        if (ondo::exiftool::write_result(write.response, &error)) {
+            restored(write.path, write.values);
+        } else if (error == ondo::exif_error::changed) {
+            changed_since << write.path;
         } else {
             failed_files << write.path;
             model->refresh(write.path, {}, tr("the undo could not write it"));
@@ -353,7 +373,8 @@ void MainWindow::on_button_undo_clicked()
         const exif_tag_map tags = recording_tags::undo_values(undo_info.value(path));
         // A path that is no longer the file loaded is listed with its reason; nothing is sent.
         if (same_file_as_loaded(path, failed_files)) {
-            pending.append({path, tags, ondo::exiftool::write_tags_async(path, tags)});
+            const exif_tag_map expected = recording_tags::expected_after(undo_info.value(path));
+            pending.append({path, tags, ondo::exiftool::write_tags_async(path, tags, expected)});
         } else {
             model->refresh(path, {}, undo_journal::tr("changed since it was loaded"));
             tavimo_progress_dialog->setValue(++done);
@@ -364,12 +385,38 @@ void MainWindow::on_button_undo_clicked()
     while (!pending.isEmpty())
         finish_one();
 
+    // A program that is quitting asks nothing: their undo information stays for the next start.
+    if (!changed_since.isEmpty() && !quitting) {
+        constexpr int shown_lines = 20;
+        QStringList lines = changed_since.mid(0, shown_lines);
+        if (changed_since.size() > shown_lines)
+            lines << undo_journal::tr("… and %n more", nullptr, changed_since.size() - shown_lines);
+        const auto answer = ondo::message_box::question(ui->centralWidget, tr("Undo"),
+            tr("The times of %n photos have been changed since the fix, by another program or by hand:\n%1\n\n"
+               "Undo can overwrite those changes with the times from before the fix, or leave these photos as they are now.",
+               nullptr, int(changed_since.size()))
+                .arg(lines.join(QLatin1Char('\n'))),
+            tr("Overwrite"), tr("Leave them"), QMessageBox::NoButton);
+        for (const QString& path : qAsConst(changed_since)) {
+            const exif_tag_map tags = recording_tags::undo_values(undo_info.value(path));
+            if (answer == QMessageBox::No) {
+                undo_info.remove(path);
+                model->refresh(path, {}, tr("changed since the fix, left as it is"));
+            } else if (same_file_as_loaded(path, failed_files) && ondo::exiftool::write_tags(path, tags)) {
+                restored(path, tags);
+            } else {
+                failed_files << path;
+                model->refresh(path, {}, tr("the undo could not write it"));
+            }
+        }
+    }
+
     tavimo_progress_dialog->reset();
     tavimo_progress_dialog->setProperty("plain_label", fixing);
     tavimo_progress_dialog->setLabelText(fixing);
     model->rows_changed();
     button_undo->setEnabled(!undo_info.isEmpty());
-    note->show_after_undo(done - int(failed_files.size()), int(failed_files.size()));
+    note->show_after_undo(restored_count, int(failed_files.size()));
     if (!failed_files.isEmpty() && !quitting)
         ondo::message_box::warning(ui->centralWidget, tr("Undo"),
             tr("The following %n files could not be restored:\n%1\n\nTheir old times are kept: press undo again to retry.",

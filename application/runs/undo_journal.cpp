@@ -22,7 +22,7 @@
 
 // The file is one JSON object a line, appended and flushed one at a time:
 //   {"journal":"tavimo undo","version":1}
-//   {"photo":path,"device":"…","inode":"…","type":"regular","link":false,"undo":[{"tag","existed","value"}…]}
+//   {"photo":path,"device":"…","inode":"…","type":"regular","link":false,"undo":[{"tag","existed","value","written"}…]}
 //   {"written":path,"device":"…","inode":"…","type":"regular","link":false,"size":"…","modified_ns":"…"}
 //   {"failed":path}
 // Numbers that may exceed a double's precision travel as text.
@@ -147,6 +147,8 @@ QJsonObject photo_record(const QString& path, const file_identity& loaded, const
         item[QStringLiteral("tag")] = entry.tag;
         item[QStringLiteral("existed")] = entry.existed;
         item[QStringLiteral("value")] = entry.value;
+        if (entry.checked)
+            item[QStringLiteral("written")] = entry.written.isNull() ? QJsonValue() : QJsonValue(entry.written);
         entries.append(item);
     }
     QJsonObject record;
@@ -173,9 +175,15 @@ bool get_undo(const QJsonValue& value, QList<undo_entry>& undo)
         if (!entry.value(QStringLiteral("tag")).isString() || !entry.value(QStringLiteral("existed")).isBool()
             || !entry.value(QStringLiteral("value")).isString())
             return false;
-        undo << undo_entry{entry.value(QStringLiteral("tag")).toString(),
-                           entry.value(QStringLiteral("existed")).toBool(),
-                           entry.value(QStringLiteral("value")).toString()};
+        undo_entry read{entry.value(QStringLiteral("tag")).toString(), entry.value(QStringLiteral("existed")).toBool(),
+                        entry.value(QStringLiteral("value")).toString(), QString(), false};
+        // What the fix left: a text, or null for a tag it left absent; missing in older journals.
+        const QJsonValue written = entry.value(QStringLiteral("written"));
+        if (written.isString() || written.isNull()) {
+            read.checked = true;
+            read.written = written.isString() ? written.toString() : QString();
+        }
+        undo << read;
     }
     return true;
 }
@@ -337,7 +345,12 @@ void undo_journal::written(const QString& path, bool success)
 {
     QJsonObject record;
     if (success) {
-        record = written_record(path, file_identity::of(path));
+        // ExifTool may have had to put a new file in the photo's place (a full disk, a FAT card):
+        // from now on the undo looks for the file the write left.
+        const file_identity after = file_identity::of(path);
+        record = written_record(path, after);
+        if (loaded.contains(path))
+            loaded.insert(path, after);
     } else {
         record[QStringLiteral("failed")] = path;
         loaded.remove(path);
@@ -456,6 +469,9 @@ QList<undo_journal::unfinished_run> undo_journal::unfinished_runs()
 QMap<QString, QList<undo_entry>> undo_journal::adopt(const unfinished_run& run)
 {
     loaded = run.loaded;
+    // A confirmed write's file is the one the undo must find.
+    for (auto it = run.left.begin(); it != run.left.end(); ++it)
+        loaded.insert(it.key(), it.value());
     return run.undo;
 }
 

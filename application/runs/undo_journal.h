@@ -46,7 +46,8 @@ public:
     // saw of its photos stays known for the undo button.
     void end_run();
 
-    // What the load saw of a photo of the last run (or of an adopted one); missing otherwise.
+    // The file the undo of a photo of the last run (or of an adopted one) must find: the one its
+    // write left, or before the write is confirmed, the one the load saw; missing otherwise.
     file_identity loaded_identity(const QString& path) const;
 
     // A run that its program left behind without ending it.

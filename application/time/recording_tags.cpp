@@ -465,13 +465,47 @@ exif_tag_map new_values(const exif_tag_map& tags, const QDateTime& old_time, con
 
 QList<undo_entry> undo_entries(const exif_tag_map& tags, const exif_tag_map&, const exif_tag_map& values)
 {
+    const exif_tag_map after = after_write(tags, values);
     QList<undo_entry> entries;
     for (const auto& written : values) {
         const auto found = tags.find(written.first);
-        entries << (found != tags.end() ? undo_entry{written.first, true, found->second}
-                                        : undo_entry{written.first, false, QString()});
+        const auto left = after.find(written.first);
+        undo_entry entry{written.first, found != tags.end(), found != tags.end() ? found->second : QString(),
+                         left != after.end() ? left->second : QString(), true};
+        entries << entry;
     }
     return entries;
+}
+
+namespace {
+
+// File-system times change with every copy and backup; they say nothing of whose photo a file is.
+bool file_time(const QString& tag)
+{
+    return tag.startsWith(QLatin1String("System:"));
+}
+
+} // namespace
+
+exif_tag_map expected_before(const exif_tag_map& tags, const exif_tag_map& values, bool own_time)
+{
+    exif_tag_map expected;
+    for (const auto& written : values) {
+        if (file_time(written.first) && (own_time || written.first != QLatin1String("System:FileModifyDate")))
+            continue;
+        const auto found = tags.find(written.first);
+        expected[written.first] = found != tags.end() ? found->second : QString();
+    }
+    return expected;
+}
+
+exif_tag_map expected_after(const QList<undo_entry>& entries)
+{
+    exif_tag_map expected;
+    for (const undo_entry& entry : entries)
+        if (entry.checked && !file_time(entry.tag))
+            expected[entry.tag] = entry.written;
+    return expected;
 }
 
 exif_tag_map undo_values(const QList<undo_entry>& entries)

@@ -16,6 +16,11 @@ struct undo_entry {
     QString tag;
     bool existed = false;
     QString value;
+    // What the fix left in the tag, as a read shows it; null when it left the tag absent. An
+    // undo writes only where the file still holds it. Not known (`checked` false) for undo
+    // information from before this was kept.
+    QString written;
+    bool checked = false;
 };
 
 // The recording-time tags of one file, as read with groups and duplicates ("-G1 -a"): where the
@@ -89,6 +94,13 @@ exif_tag_map new_values(const exif_tag_map& tags, const QDateTime& old_time, con
 // What an undo of `values` writes back: each tag's old text exactly as it was read, or an empty
 // text (a deletion) for a tag the file didn't have. `record` is unused and kept for callers.
 QList<undo_entry> undo_entries(const exif_tag_map& tags, const exif_tag_map& record, const exif_tag_map& values);
+
+// The condition a fix's write of `values` is bound to: every tag it changes still holds the text
+// it was computed from, or is still absent. A file whose time is its file-system time
+// (`own_time` false) is bound by that too, so that a file put in its place never takes its time.
+exif_tag_map expected_before(const exif_tag_map& tags, const exif_tag_map& values, bool own_time);
+// The condition of an undo of `entries`: the file still holds what the fix left in its tags.
+exif_tag_map expected_after(const QList<undo_entry>& entries);
 
 // The tag lines an undo of `entries` writes: each old text, an empty one deleting the tag. An
 // IPTC time that had no zone can't get its lack of one back: ExifTool gives every IPTC time a

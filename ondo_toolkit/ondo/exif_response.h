@@ -20,6 +20,7 @@ enum class exif_error : int {
     ended = 3,     // ExifTool ended, or was stopped, before it answered
     too_large = 4, // the answer outgrew what the bridge takes
     dropped = 5,   // never given to a child: the run that queued it was stopped
+    changed = 6,   // not written: the file no longer held what the write's condition expected
 };
 
 // The handle of one ExifTool task. The asking thread creates it, waits on it and ends it with

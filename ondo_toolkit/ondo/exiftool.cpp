@@ -322,13 +322,37 @@ exif_tag_map exiftool::read_specific_tags(const QString& file, const std::vector
     return read_result(start_task(file, "read specific tags", command.toUtf8()));
 }
 
-exif_response* exiftool::write_tags_async(const QString& file, const exif_tag_map& tags)
+exif_response* exiftool::write_tags_async(const QString& file, const exif_tag_map& tags, const exif_tag_map& expected)
 {
     if (!is_safe_write(Q_FUNC_INFO, file, tags))
         return refused_response(file);
+    // Only a group and a tag name may stand in the condition, and a value only as data.
+    static const QRegularExpression plain_tag(QStringLiteral("\\A[A-Za-z0-9_-]+:[A-Za-z0-9_]+\\z"));
+    for (const auto& [tag, value] : expected)
+        if (!plain_tag.match(tag).hasMatch() || !is_safe_value(value)) {
+            refuse(Q_FUNC_INFO, file, "a condition would change the command");
+            return refused_response(file);
+        }
     exiftool_worker_init();
     // The file first, then its options and one "-Tag=Value" line per tag; "-Tag=" deletes.
     QString command = QString("\n%1\n-overwrite_original_in_place\n-m\n").arg(file);
+    // The condition is checked by ExifTool on the file it is about to write. The expected values
+    // travel as user parameters, so that no text of a file is ever read as Perl:
+    //   -userParam / tavimo_expect0=2017:06:21 18:30:05 / -if / $ExifIFD:DateTimeOriginal eq $tavimo_expect0
+    if (!expected.empty()) {
+        QStringList terms;
+        int index = 0;
+        for (const auto& [tag, value] : expected) {
+            if (value.isNull()) {
+                terms << QStringLiteral("not defined $%1").arg(tag);
+            } else {
+                const QString name = QStringLiteral("tavimo_expect%1").arg(index++);
+                command += QStringLiteral("-userParam\n%1=%2\n").arg(name, value);
+                terms << QStringLiteral("(defined $%1 and $%1 eq $%2)").arg(tag, name);
+            }
+        }
+        command += QStringLiteral("-if\n%1\n").arg(terms.join(QStringLiteral(" and ")));
+    }
     for (const auto& [key, value] : tags)
         command += QString("-%1=%2\n").arg(key, value);
     return start_task(file, "write", command.toUtf8());
@@ -344,9 +368,12 @@ bool exiftool::write_result(exif_response* response, exif_error* error)
     const bool answered = await_answer(response);
     if (error)
         *error = answered ? exif_error::none : response->get_error();
-    // ExifTool's own summary line is the only sign of a refused write that reaches stdout.
+    // ExifTool's own summary lines are the only sign of a refused write that reaches stdout.
     const QString output = QString::fromUtf8(response->data);
-    const bool result = answered && !output.contains("files weren't updated due to errors");
+    const bool changed = answered && output.contains("files failed condition");
+    const bool result = answered && !changed && !output.contains("files weren't updated due to errors");
+    if (error && changed)
+        *error = exif_error::changed;
     if (answered && !result)
         qCWarning(exiftool_log(), "%s: Failed to execute command on '%s': '%s'.",
                   "static bool ondo::exiftool::write_tags(const QString &, const exif_tag_map &)",

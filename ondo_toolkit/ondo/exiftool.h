@@ -75,7 +75,11 @@ public:
     // for a relative path, a crafted tag name or value, or a temporary file of an earlier write
     // that is still beside the photo.
     static bool write_tags(const QString& file, const exif_tag_map& tags);
-    static exif_response* write_tags_async(const QString& file, const exif_tag_map& tags);
+    // With `expected`, the write happens only if the file, as ExifTool reads it right before
+    // writing, holds each of those tags (group and name) with that text, or lacks it where the
+    // text is null; otherwise write_result is false with exif_error::changed.
+    static exif_response* write_tags_async(const QString& file, const exif_tag_map& tags,
+                                           const exif_tag_map& expected = {});
     // Waits for a write queued with write_tags_async and ends the response; the result is that
     // of write_tags. `error` tells why a task failed: exif_error::ended means ExifTool ended in
     // the middle of it, so the photo may have been written all the same.
