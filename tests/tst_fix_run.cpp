@@ -525,6 +525,30 @@ private slots:
         QCOMPARE(rows_shown().first(), QString("a.jpg|21.06.2017 - 18:30:05  UTC-04:00|21.06.2017 - 18:30:05  UTC-04:00|"));
     }
 
+    // A failure says why, in the list and the log, and the note counts every file once: one
+    // fixed, one beside a leftover of an earlier write, one whose time the clock skips.
+    void failures_say_why_and_the_note_counts_every_file()
+    {
+        const QList<QTranslator*> english = ondo::install_translators("en");
+        auto uninstall = qScopeGuard([&] {
+            for (QTranslator* translator : english)
+                QCoreApplication::removeTranslator(translator);
+        });
+        const QStringList paths = {photo("a.jpg", "ExifIFD:DateTimeOriginal=#"), photo("b.jpg", "ExifIFD:DateTimeOriginal=#"),
+                                   photo("c.jpg", "ExifIFD:DateTimeOriginal=2017:03:26 02:30:00")};
+        load_and_type(paths, "lineedit_hour", "1");
+        QFile leftover(paths[1] + "_exiftool_tmp");
+        QVERIFY(leftover.open(QIODevice::WriteOnly));
+        const auto shown = test_support::answer_next_box("Keep changes");
+        press(fix_tip);
+        shown->cancelled = true;
+        QVERIFY2(shown->text.contains(paths[1] + " (an earlier write left " + leftover.fileName() + " behind)"),
+                 qPrintable(shown->text));
+        QCOMPARE(window->findChild<QLabel*>("run_note")->text(),
+                 QString("1 photo changed. Undo is possible until Tavimo closes. 1 file could not be changed. "
+                         "1 file left as it was."));
+    }
+
     // The window is closed from a timer while a run is under way, as main sets it up: the run
     // goes on to its last file, and the window goes only once the run has returned.
     void closing_during_a_run_data()

@@ -18,6 +18,7 @@
 #include <QDateTime>
 #include <QElapsedTimer>
 #include <QFileInfo>
+#include <QStorageInfo>
 #include <QMap>
 #include <QPair>
 #include <QTimer>
@@ -44,6 +45,27 @@ struct sync_pacer {
     int ahead() const { return qMax(writes_ahead, 2 * group); }
     void synced(qint64 ns) { group = qBound(4, int(ns / 250000) + 1, 32); }
 };
+
+// Why a write of `path` failed, as the failure list and the log say it. ExifTool's own message
+// goes to its error stream, which no task keeps, so the cause is looked for where it lies.
+QString failure_reason(const QString& path, ondo::exif_error error)
+{
+    const QFileInfo file(path);
+    const QString leftover = path + QStringLiteral("_exiftool_tmp");
+    if (error == ondo::exif_error::changed)
+        return undo_journal::tr("changed since it was loaded");
+    if (error == ondo::exif_error::ended)
+        return MainWindow::tr("ExifTool ended while writing it");
+    if (QFileInfo::exists(leftover))
+        return MainWindow::tr("an earlier write left %1 behind").arg(leftover);
+    if (!file.exists())
+        return MainWindow::tr("the file is gone");
+    if (!file.isWritable() || !QFileInfo(file.absolutePath()).isWritable())
+        return MainWindow::tr("no permission");
+    if (QStorageInfo(file.absolutePath()).bytesAvailable() < file.size())
+        return MainWindow::tr("disk full");
+    return MainWindow::tr("ExifTool could not write it");
+}
 
 } // namespace
 
@@ -170,9 +192,11 @@ void MainWindow::on_button_fix_time_clicked()
     qint64 unsent_bytes = 0, pending_bytes = 0;
     QMap<int, QString> failures; // by row, so that they are listed in table order
     QVector<QPair<QString, exif_tag_map>> written_values;
+    int written_count = 0;
     // Marks the row of `path` with why it failed: what the listing says behind the path.
     auto fail = [&](int row, const QString& path, const QString& listed) {
         failures.insert(row, listed);
+        qWarning().noquote() << "Not fixed:" << listed;
         QString reason = listed.mid(path.size()).trimmed();
         if (reason.startsWith(QLatin1Char('(')) && reason.endsWith(QLatin1Char(')')))
             reason = reason.mid(1, reason.size() - 2);
@@ -210,18 +234,15 @@ void MainWindow::on_button_fix_time_clicked()
         if (kept)
             undo_info.insert(write.path, write.undo);
         if (written) {
+            ++written_count;
             // Shown once the run is through: until the offset is cleared, the new times would be
             // moved again in the last column.
             written_values.append({write.path, write.values});
             note_unset_file_time(write.path, write.values);
-        } else if (error == ondo::exif_error::changed) {
-            fail(write.row, write.path, undo_journal::tr("%1 (changed since it was loaded)").arg(write.path));
-        } else if (error == ondo::exif_error::ended) {
-            fail(write.row, write.path, tr("%1 (ExifTool ended while writing it)").arg(write.path));
         } else if (error != ondo::exif_error::dropped) {
-            // A write the stop dropped before any child had it is left, as rows after the stop are.
-            fail(write.row, write.path, write.path);
+            fail(write.row, write.path, QStringLiteral("%1 (%2)").arg(write.path, failure_reason(write.path, error)));
         }
+        // A write the stop dropped before any child had it is left, as rows after the stop are.
         journal->written(write.path, kept);
         end_stall_notice();
         ++finished;
@@ -246,8 +267,12 @@ void MainWindow::on_button_fix_time_clicked()
         const QList<undo_entry> undo = recording_tags::undo_entries(tags, cache->file_data[path], values);
 
         QStringList refused;
+        const QFileInfo file(path);
         if (values.empty()) {
             fail(row, path, tr("%1 (nothing to write)").arg(path));
+        } else if (file.isFile() && QStorageInfo(file.absolutePath()).bytesAvailable() < file.size()) {
+            // ExifTool writes a whole copy before it replaces the photo's contents.
+            fail(row, path, tr("%1 (not enough free space for ExifTool's copy)").arg(path));
         } else if (journal_before_write(path, undo, refused, false)) {
             const qint64 size = qMax(qint64(0), file_identity::from_record(cache->file_data[path]).size);
             const bool own_time = !cache->file_data[path][QStringLiteral("rec_source")].isEmpty();
@@ -285,7 +310,8 @@ void MainWindow::on_button_fix_time_clicked()
     // Skipped rows at the end leave the bar short of its maximum, where it would stay up.
     tavimo_progress_dialog->reset();
     // Before the question: an undo chosen there puts its own note in place of this one.
-    note->show_after_fix(undo_info.size(), failed_files.size());
+    // Every file of the run is counted once: written, failed, or left as it was.
+    note->show_after_fix(written_count, failed_files.size(), plan.size() - written_count - failed_files.size());
 
     // A program that is quitting asks nothing more.
     if (!failed_files.isEmpty() && !quitting) {

@@ -13,13 +13,15 @@ run_note::run_note(QWidget* parent) : QLabel(parent)
     setTextFormat(Qt::PlainText);
 }
 
-void run_note::show_after_fix(int changed, int failed)
+void run_note::show_after_fix(int changed, int failed, int left)
 {
     QString text = changed > 0
         ? tr("%n photos changed.", nullptr, changed) + ' ' + tr("Undo is possible until Tavimo closes.")
         : tr("No photos changed.");
     if (failed > 0)
         text += ' ' + tr("%n files could not be changed.", nullptr, failed);
+    if (left > 0)
+        text += ' ' + tr("%n files left as they were.", nullptr, left);
     show_text(text);
 }
 

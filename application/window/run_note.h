@@ -9,8 +9,9 @@ class run_note : public QLabel {
 public:
     explicit run_note(QWidget* parent = nullptr);
 
-    // `changed` files written, `failed` refused.
-    void show_after_fix(int changed, int failed);
+    // `changed` files written, `failed` refused, `left` passed over (no valid time, or behind a
+    // stop): together the files of the run.
+    void show_after_fix(int changed, int failed, int left = 0);
     // `restored` files given back their old times, `failed` not.
     void show_after_undo(int restored, int failed);
 

@@ -4,6 +4,58 @@
 <context>
     <name>MainWindow</name>
     <message>
+        <source>ExifTool ended while writing it</source>
+        <translation>ExifTool wurde beim Schreiben beendet</translation>
+    </message>
+    <message>
+        <source>an earlier write left %1 behind</source>
+        <translation>ein früherer Schreibvorgang hat %1 hinterlassen</translation>
+    </message>
+    <message>
+        <source>the file is gone</source>
+        <translation>die Datei ist nicht mehr da</translation>
+    </message>
+    <message>
+        <source>no permission</source>
+        <translation>keine Berechtigung</translation>
+    </message>
+    <message>
+        <source>disk full</source>
+        <translation>Datenträger voll</translation>
+    </message>
+    <message>
+        <source>%1 (not enough free space for ExifTool&apos;s copy)</source>
+        <translation>%1 (nicht genug freier Platz für die Kopie von ExifTool)</translation>
+    </message>
+    <message numerus="yes">
+        <source>The times of %n photos have been changed since the fix, by another program or by hand:
+%1
+
+Undo can overwrite those changes with the times from before the fix, or leave these photos as they are now.</source>
+        <translation>
+            <numerusform>Die Zeiten von %n Foto wurden seit der Korrektur geändert, von einem anderen Programm oder von Hand:
+%1
+
+Das Rückgängigmachen kann diese Änderungen mit den Zeiten von vor der Korrektur überschreiben oder diese Fotos lassen, wie sie jetzt sind.</numerusform>
+            <numerusform>Die Zeiten von %n Fotos wurden seit der Korrektur geändert, von einem anderen Programm oder von Hand:
+%1
+
+Das Rückgängigmachen kann diese Änderungen mit den Zeiten von vor der Korrektur überschreiben oder diese Fotos lassen, wie sie jetzt sind.</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Overwrite</source>
+        <translation>Überschreiben</translation>
+    </message>
+    <message>
+        <source>Leave them</source>
+        <translation>So lassen</translation>
+    </message>
+    <message>
+        <source>changed since the fix, left as it is</source>
+        <translation>seit der Korrektur geändert, so gelassen</translation>
+    </message>
+    <message>
         <source>Time zone</source>
         <translation>Zeitzone</translation>
     </message>
@@ -16,10 +68,6 @@ Geben Sie Stunden von -12 bis +14 in ganzen, halben oder Viertelstunden ein, etw
     <message>
         <source>ExifTool could not write it</source>
         <translation>ExifTool konnte sie nicht schreiben</translation>
-    </message>
-    <message>
-        <source>%1 (ExifTool ended while writing it)</source>
-        <translation>%1 (ExifTool wurde beim Schreiben beendet)</translation>
     </message>
     <message>
         <source>%1 (nothing to write)</source>
@@ -399,6 +447,13 @@ Die Anwendung muss neu gestartet werden um die neue Sprache zu verwenden.</trans
 <context>
     <name>run_note</name>
     <message numerus="yes">
+        <source>%n files left as they were.</source>
+        <translation>
+            <numerusform>%n Datei blieb, wie sie war.</numerusform>
+            <numerusform>%n Dateien blieben, wie sie waren.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
         <source>%n files could not be changed.</source>
         <translation>
             <numerusform>%n Datei konnte nicht geändert werden.</numerusform>
@@ -508,6 +563,10 @@ Nicht geändert: %2</translation>
     <message>
         <source>%1 (its undo information could not be saved)</source>
         <translation>%1 (die Informationen zum Rückgängigmachen konnten nicht gespeichert werden)</translation>
+    </message>
+    <message>
+        <source>%1 (being changed by another copy of Tavimo)</source>
+        <translation>%1 (wird gerade von einer anderen Instanz von Tavimo geändert)</translation>
     </message>
     <message>
         <source>%1: as the run left it</source>

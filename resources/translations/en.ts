@@ -6,6 +6,22 @@
 <context>
     <name>MainWindow</name>
     <message numerus="yes">
+        <source>The times of %n photos have been changed since the fix, by another program or by hand:
+%1
+
+Undo can overwrite those changes with the times from before the fix, or leave these photos as they are now.</source>
+        <translation>
+            <numerusform>The time of %n photo has been changed since the fix, by another program or by hand:
+%1
+
+Undo can overwrite those changes with the times from before the fix, or leave this photo as they are now.</numerusform>
+            <numerusform>The times of %n photos have been changed since the fix, by another program or by hand:
+%1
+
+Undo can overwrite those changes with the times from before the fix, or leave these photos as they are now.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
         <source>%n files do not have any timezone information set and you have not specified a timezone to use.
 If you continue, your computer&apos;s local timezone will be used.
 
@@ -79,6 +95,13 @@ All other values except the timezone will work normally.</numerusform>
 </context>
 <context>
     <name>run_note</name>
+    <message numerus="yes">
+        <source>%n files left as they were.</source>
+        <translation>
+            <numerusform>%n file left as it was.</numerusform>
+            <numerusform>%n files left as they were.</numerusform>
+        </translation>
+    </message>
     <message numerus="yes">
         <source>%n files could not be changed.</source>
         <translation>
