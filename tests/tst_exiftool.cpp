@@ -88,6 +88,44 @@ private slots:
 
     // A temporary file left by a write that was cut short may be the only whole copy: the photo
     // is refused without a word to ExifTool, the leftover is named and neither is touched.
+    // A write bound to what the file holds: `description` is the text in the photo (hostile on
+    // purpose), `expected` what the write asks for ("<absent>" for no tag). The text is data only:
+    // it matches itself exactly, and nothing in it runs.
+    void a_write_bound_to_the_file_data()
+    {
+        QTest::addColumn<QString>("description");
+        QTest::addColumn<QString>("expected");
+        QTest::addColumn<bool>("written");
+        const QString code = "x'.system('touch PWNED').'\\' $IFD0:Make ${IFD0:Model} $/ @a \".`touch PWNED`.\"";
+        QTest::newRow("plain, held") << "holiday" << "holiday" << true;
+        QTest::newRow("plain, edited since") << "holiday" << "holidays" << false;
+        QTest::newRow("quotes, dollars and backslashes, held") << code << code << true;
+        QTest::newRow("a tag reference is no tag") << "Canon" << "$IFD0:Make" << false;
+        QTest::newRow("absent, as expected") << "" << "<absent>" << true;
+        QTest::newRow("present, expected absent") << "holiday" << "<absent>" << false;
+    }
+
+    void a_write_bound_to_the_file()
+    {
+        QFETCH(QString, description);
+        QFETCH(QString, expected);
+        QFETCH(bool, written);
+        exif_tag_map tags = {{"IFD0:Make", "Canon"}, {"IFD0:Model", "EOS"}};
+        if (!description.isEmpty())
+            tags["IFD0:ImageDescription"] = description;
+        const QString path = make_tagged_photo(dir.path(), "bound.jpg", tags);
+        QCOMPARE(read_back(path).count("IFD0:ImageDescription") ? read_back(path).at("IFD0:ImageDescription") : "", description);
+        ondo::exif_error error = ondo::exif_error::none;
+        const bool result = exiftool::write_result(
+            exiftool::write_tags_async(path, {{"IFD0:Software", "T"}},
+                                       {{"IFD0:ImageDescription", expected == "<absent>" ? QString() : expected}}),
+            &error);
+        QCOMPARE(result, written);
+        QCOMPARE(error, written ? ondo::exif_error::none : ondo::exif_error::changed);
+        QCOMPARE(read_back(path).count("IFD0:Software"), size_t(written));
+        QVERIFY(!QFile::exists("PWNED") && !QFile::exists(dir.filePath("PWNED")));
+    }
+
     void a_leftover_temporary_file_blocks_the_write()
     {
         const QString path = make_tagged_photo(dir.path(), "leftover.jpg", {{"IFD0:Make", "Canon"}});
