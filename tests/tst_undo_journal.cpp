@@ -1,5 +1,6 @@
 #include "file_identity.h"
 #include "mainwindow.h"
+#include "table_data_model.h"
 #include "undo_journal.h"
 
 #include "test_support.h"
@@ -19,6 +20,8 @@
 #include <QtTest>
 
 #include <ctime>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -84,6 +87,17 @@ QString stamp(const QString& path)
 {
     const file_identity now = file_identity::of(path);
     return QString("%1 %2 %3 %4").arg(now.device).arg(now.inode).arg(now.size).arg(now.modified_ns);
+}
+
+// Gives `path` the modification time `ns`, to the nanosecond.
+bool set_modified_ns(const QString& path, qint64 ns)
+{
+    const qint64 second = ns >= 0 ? ns / 1000000000 : -((-ns - 1) / 1000000000) - 1;
+    struct timespec times[2] {};
+    times[0].tv_nsec = UTIME_OMIT;
+    times[1].tv_sec = time_t(second);
+    times[1].tv_nsec = long(ns - second * 1000000000);
+    return ::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, 0) == 0;
 }
 
 // Processes carrying the crashing child's environment: the child and the ExifTool children it
@@ -449,6 +463,111 @@ private slots:
         QVERIFY2(failures->text.contains(swapped + " (changed since it was loaded)"), qPrintable(failures->text));
         QVERIFY(!victim_before.isEmpty());
         QVERIFY(listings(QFileInfo(victim).path()) == victim_before);
+    }
+
+    void the_load_time_survives_data()
+    {
+        QTest::addColumn<QString>("how");
+        QTest::newRow("this run, its write confirmed") << "run";
+        QTest::newRow("a crashed run, adopted") << "adopted";
+        QTest::newRow("a crashed run of an older version") << "older";
+    }
+
+    // The time the load saw to the nanosecond, which the undo gives back, passes from the table
+    // through the journal; it stays when the write is confirmed and across a crash.
+    void the_load_time_survives()
+    {
+        QFETCH(QString, how);
+        const QString path = make_photos(1).value(0);
+        const qint64 loaded_ns = Q_INT64_C(1498062605123456789);
+        QVERIFY(set_modified_ns(path, loaded_ns));
+        table_data_model model;
+        model.add_file(path, true);
+        const file_identity loaded = file_identity::from_record(exif_cache::instance()->file_data[path]);
+        QCOMPARE(loaded.size, QFileInfo(path).size());
+        // A value the photo doesn't hold: a crashed run counts it as written.
+        const QList<undo_entry> undo = {{"ExifIFD:DateTimeOriginal", true, "2000:01:01 00:00:00"}};
+        if (how == "run") {
+            undo_journal journal(undo_journal::default_folder());
+            QVERIFY(journal.begin_run() && journal.add(path, loaded, undo));
+            QVERIFY(set_modified_ns(path, loaded_ns + Q_INT64_C(3600000000000)));
+            journal.written(path, true);
+            QCOMPARE(journal.loaded_modified_ns(path), loaded_ns);
+            journal.end_run();
+            return;
+        }
+        {
+            undo_journal crashed(undo_journal::default_folder());
+            QVERIFY(crashed.begin_run() && crashed.add(path, loaded, undo));
+        }
+        if (how == "older") {
+            QFile file(QDir(undo_journal::default_folder()).filePath(journals().value(0)));
+            QVERIFY(file.open(QIODevice::ReadWrite));
+            QList<QByteArray> lines = file.readAll().split('\n');
+            QJsonObject photo = QJsonDocument::fromJson(lines[1]).object();
+            QVERIFY(photo.contains("size") && photo.contains("modified_ns"));
+            photo.remove("size");
+            photo.remove("modified_ns");
+            lines[1] = QJsonDocument(photo).toJson(QJsonDocument::Compact);
+            file.resize(0);
+            file.write(lines.join('\n'));
+        }
+        undo_journal journal(undo_journal::default_folder());
+        const QList<undo_journal::unfinished_run> runs = journal.unfinished_runs();
+        QCOMPARE(runs.size(), 1);
+        QVERIFY(runs[0].readable && runs[0].changed.isEmpty());
+        QCOMPARE(journal.adopt(runs[0]).keys(), QStringList({path}));
+        QCOMPARE(journal.loaded_modified_ns(path), how == "older" ? 0 : loaded_ns);
+        journal.discard(runs[0]);
+    }
+
+    void the_undo_gives_back_the_fraction_data()
+    {
+        QTest::addColumn<QString>("entry");
+        QTest::addColumn<qint64>("present");
+        QTest::addColumn<qint64>("loaded");
+        QTest::addColumn<bool>("result");
+        QTest::addColumn<qint64>("after");
+        const qint64 second = Q_INT64_C(1498062605000000000);
+        // -1: ExifTool writes back the whole seconds of the time it read.
+        QTest::newRow("after ExifTool wrote the time") << "photo" << qint64(-1) << second + 123456789 << true
+                                                       << second + 123456789;
+        QTest::newRow("within the second") << "photo" << second + 999999999 << second + 1 << true << second + 1;
+        QTest::newRow("another second") << "photo" << second + 1000000000 << second + 999999999 << false
+                                        << second + 1000000000;
+        QTest::newRow("no fraction to give") << "photo" << second + 500000000 << second << true << second + 500000000;
+        QTest::newRow("before 1970") << "photo" << Q_INT64_C(-2000000000) << Q_INT64_C(-1500000000) << true
+                                     << Q_INT64_C(-1500000000);
+        QTest::newRow("a folder") << "folder" << second << second + 5 << false << second;
+        QTest::newRow("a FIFO, never opened") << "fifo" << second << second + 5 << false << second;
+    }
+
+    void the_undo_gives_back_the_fraction()
+    {
+        QFETCH(QString, entry);
+        QFETCH(qint64, present);
+        QFETCH(qint64, loaded);
+        QFETCH(bool, result);
+        QFETCH(qint64, after);
+        QString path = dir->filePath(entry);
+        if (entry == "photo")
+            path = make_photos(1).value(0);
+        else if (entry == "folder")
+            QVERIFY(QDir(dir->path()).mkdir(entry));
+        else
+            QCOMPARE(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+        if (present == -1) {
+            // What a fix keeps as the old file time, put back by ExifTool after the fix moved it.
+            QVERIFY(set_modified_ns(path, loaded));
+            const QString old = test_support::read_back(path)["System:FileModifyDate"];
+            QVERIFY(set_modified_ns(path, loaded + Q_INT64_C(3600000000000)));
+            QVERIFY(ondo::exiftool::write_tags(path, {{"System:FileModifyDate", old}}));
+            QCOMPARE(file_identity::of(path).modified_ns, loaded - loaded % 1000000000);
+        } else {
+            QVERIFY(set_modified_ns(path, present));
+        }
+        QCOMPARE(file_identity::restore_modified_time(path, loaded), result);
+        QCOMPARE(file_identity::of(path).modified_ns, after);
     }
 
     void the_bridge_refuses_folders_data()

@@ -29,10 +29,19 @@ struct file_identity {
     // same_file, and neither size nor modification time moved.
     bool unchanged(const file_identity& now) const;
 
-    // Kept in a per-file record under "file_device", "file_inode", "file_type" and "file_link";
-    // a record without them gives a missing file, to which nothing is ever written.
+    // Kept in a per-file record under "file_device", "file_inode", "file_type", "file_link",
+    // "file_size" and "file_modified_ns"; a record without the first four gives a missing file, to
+    // which nothing is ever written, and one without the last two an unknown size (-1) and time (0).
     void store(exif_tag_map& record) const;
     static file_identity from_record(const exif_tag_map& record);
+
+    // Gives the regular file at `path` the modification time `modified_ns` (nanoseconds since
+    // the epoch), its access time left alone, but only while its present time lies in the same
+    // whole second: ExifTool sets file times to the second, and this adds back the fraction it
+    // dropped without ever moving a time that someone else set. A link is followed. True when the
+    // time was set, or when `modified_ns` has no fraction (nothing is done); false when the path
+    // is no regular file, its time lies in another second, or the time can't be set.
+    static bool restore_modified_time(const QString& path, qint64 modified_ns);
 
     static QString kind_name(kind type);
     static kind kind_from_name(const QString& name);

@@ -2,6 +2,7 @@
 #include "mainwindow.h"
 
 #include "file_identity.h"
+#include "photo_lock.h"
 #include "run_note.h"
 #include "table_data_model.h"
 #include "time_adjustment.h"
@@ -26,6 +27,7 @@
 #include <QtDebug>
 
 #include <algorithm>
+#include <memory>
 
 namespace {
 
@@ -187,6 +189,8 @@ void MainWindow::on_button_fix_time_clicked()
         exif_tag_map expected;
         qint64 size;
         ondo::exif_response* response;
+        // Held until the write's answer is taken: no other copy of Tavimo changes the photo meanwhile.
+        std::shared_ptr<photo_lock> lock;
     };
     QList<pending_write> unsent, pending;
     qint64 unsent_bytes = 0, pending_bytes = 0;
@@ -267,16 +271,20 @@ void MainWindow::on_button_fix_time_clicked()
         const QList<undo_entry> undo = recording_tags::undo_entries(tags, cache->file_data[path], values);
 
         QStringList refused;
+        std::shared_ptr<photo_lock> lock;
         const QFileInfo file(path);
         if (values.empty()) {
             fail(row, path, tr("%1 (nothing to write)").arg(path));
         } else if (file.isFile() && QStorageInfo(file.absolutePath()).bytesAvailable() < file.size()) {
             // ExifTool writes a whole copy before it replaces the photo's contents.
             fail(row, path, tr("%1 (not enough free space for ExifTool's copy)").arg(path));
+        } else if (!(lock = photo_lock::try_lock(path))) {
+            fail(row, path, undo_journal::tr("%1 (being changed by another copy of Tavimo)").arg(path));
         } else if (journal_before_write(path, undo, refused, false)) {
             const qint64 size = qMax(qint64(0), file_identity::from_record(cache->file_data[path]).size);
             const bool own_time = !cache->file_data[path][QStringLiteral("rec_source")].isEmpty();
-            unsent.append({row, path, undo, values, recording_tags::expected_before(tags, values, own_time), size, nullptr});
+            unsent.append({row, path, undo, values, recording_tags::expected_before(tags, values, own_time), size, nullptr,
+                           lock});
             unsent_bytes += size;
         } else {
             fail(row, path, refused.join(QLatin1Char('\n')));
@@ -359,6 +367,7 @@ void MainWindow::on_button_undo_clicked()
         QString path;
         exif_tag_map values;
         ondo::exif_response* response;
+        std::shared_ptr<photo_lock> lock;
     };
     QList<pending_undo> pending;
     QStringList failed_files;
@@ -369,8 +378,15 @@ void MainWindow::on_button_undo_clicked()
     int restored_count = 0;
     auto restored = [&](const QString& path, const exif_tag_map& values) {
         ++restored_count;
+        // ExifTool sets file times to the second: the fraction the load saw goes back on.
+        const auto file_time = values.find(QStringLiteral("System:FileModifyDate"));
+        if (file_time != values.end() && !file_time->second.isEmpty())
+            file_identity::restore_modified_time(path, journal->loaded_modified_ns(path));
         undo_info.remove(path);
         model->refresh(path, values);
+        // The file as the undo left it is the one a next correction must find.
+        if (model->loaded.contains(path))
+            file_identity::of(path).store(exif_cache::instance()->file_data[path]);
     };
     auto finish_one = [&] {
         const pending_undo write = pending.takeFirst();
@@ -398,9 +414,13 @@ void MainWindow::on_button_undo_clicked()
         // An empty value deletes the tag: that is how tags the run added go away again.
         const exif_tag_map tags = recording_tags::undo_values(undo_info.value(path));
         // A path that is no longer the file loaded is listed with its reason; nothing is sent.
-        if (same_file_as_loaded(path, failed_files)) {
+        std::shared_ptr<photo_lock> lock = photo_lock::try_lock(path);
+        if (!lock) {
+            failed_files << undo_journal::tr("%1 (being changed by another copy of Tavimo)").arg(path);
+            tavimo_progress_dialog->setValue(++done);
+        } else if (same_file_as_loaded(path, failed_files)) {
             const exif_tag_map expected = recording_tags::expected_after(undo_info.value(path));
-            pending.append({path, tags, ondo::exiftool::write_tags_async(path, tags, expected)});
+            pending.append({path, tags, ondo::exiftool::write_tags_async(path, tags, expected), lock});
         } else {
             model->refresh(path, {}, undo_journal::tr("changed since it was loaded"));
             tavimo_progress_dialog->setValue(++done);
@@ -428,6 +448,11 @@ void MainWindow::on_button_undo_clicked()
             if (answer == QMessageBox::No) {
                 undo_info.remove(path);
                 model->refresh(path, {}, tr("changed since the fix, left as it is"));
+                continue;
+            }
+            const auto lock = photo_lock::try_lock(path);
+            if (!lock) {
+                failed_files << undo_journal::tr("%1 (being changed by another copy of Tavimo)").arg(path);
             } else if (same_file_as_loaded(path, failed_files) && ondo::exiftool::write_tags(path, tags)) {
                 restored(path, tags);
             } else {

@@ -22,10 +22,12 @@
 
 // The file is one JSON object a line, appended and flushed one at a time:
 //   {"journal":"tavimo undo","version":1}
-//   {"photo":path,"device":"…","inode":"…","type":"regular","link":false,"undo":[{"tag","existed","value","written"}…]}
+//   {"photo":path,"device":"…","inode":"…","type":"regular","link":false,"size":"…","modified_ns":"…",
+//    "undo":[{"tag","existed","value","written"}…]}
 //   {"written":path,"device":"…","inode":"…","type":"regular","link":false,"size":"…","modified_ns":"…"}
 //   {"failed":path}
-// Numbers that may exceed a double's precision travel as text.
+// Numbers that may exceed a double's precision travel as text. A "photo" line of an older version
+// has no size and time.
 
 namespace {
 
@@ -100,19 +102,18 @@ QJsonObject header_record()
     return header;
 }
 
-void put_identity(QJsonObject& record, const file_identity& identity, bool with_state)
+void put_identity(QJsonObject& record, const file_identity& identity)
 {
     record[QStringLiteral("device")] = QString::number(identity.device);
     record[QStringLiteral("inode")] = QString::number(identity.inode);
     record[QStringLiteral("type")] = file_identity::kind_name(identity.type);
     record[QStringLiteral("link")] = identity.link;
-    if (with_state) {
-        record[QStringLiteral("size")] = QString::number(identity.size);
-        record[QStringLiteral("modified_ns")] = QString::number(identity.modified_ns);
-    }
+    record[QStringLiteral("size")] = QString::number(identity.size);
+    record[QStringLiteral("modified_ns")] = QString::number(identity.modified_ns);
 }
 
-// False when a field is missing or of the wrong kind.
+// False when a field is missing or of the wrong kind; size and time may be missing unless
+// `with_state`.
 bool get_identity(const QJsonObject& record, file_identity& identity, bool with_state)
 {
     bool ok = record.value(QStringLiteral("link")).isBool();
@@ -132,10 +133,10 @@ bool get_identity(const QJsonObject& record, file_identity& identity, bool with_
     identity.inode = unsigned_number("inode");
     identity.type = file_identity::kind_from_name(record.value(QStringLiteral("type")).toString());
     identity.link = record.value(QStringLiteral("link")).toBool();
-    if (with_state) {
+    if (with_state || record.contains(QStringLiteral("size")))
         identity.size = number("size");
+    if (with_state || record.contains(QStringLiteral("modified_ns")))
         identity.modified_ns = number("modified_ns");
-    }
     return ok;
 }
 
@@ -153,7 +154,7 @@ QJsonObject photo_record(const QString& path, const file_identity& loaded, const
     }
     QJsonObject record;
     record[QStringLiteral("photo")] = path;
-    put_identity(record, loaded, false);
+    put_identity(record, loaded);
     record[QStringLiteral("undo")] = entries;
     return record;
 }
@@ -162,7 +163,7 @@ QJsonObject written_record(const QString& path, const file_identity& after)
 {
     QJsonObject record;
     record[QStringLiteral("written")] = path;
-    put_identity(record, after, true);
+    put_identity(record, after);
     return record;
 }
 
@@ -298,6 +299,7 @@ bool undo_journal::begin_run()
     if (runs_open++ > 0)
         return descriptor >= 0;
     loaded.clear();
+    loaded_times.clear();
     if (!QDir().mkpath(folder)) {
         qWarning() << "Can't make the folder for undo information" << folder;
         return false;
@@ -330,6 +332,7 @@ bool undo_journal::add(const QString& path, const file_identity& identity, const
     if (!append(photo_record(path, identity, undo), flush))
         return false;
     loaded.insert(path, identity);
+    loaded_times.insert(path, identity.modified_ns);
     return true;
 }
 
@@ -354,6 +357,7 @@ void undo_journal::written(const QString& path, bool success)
     } else {
         record[QStringLiteral("failed")] = path;
         loaded.remove(path);
+        loaded_times.remove(path);
     }
     // Not flushed on its own: the next photo's line takes it along, and a start that misses it
     // still checks the photo for being the same file.
@@ -371,6 +375,8 @@ void undo_journal::end_run()
 }
 
 file_identity undo_journal::loaded_identity(const QString& path) const { return loaded.value(path); }
+
+qint64 undo_journal::loaded_modified_ns(const QString& path) const { return loaded_times.value(path); }
 
 bool undo_journal::append(const QJsonObject& record, bool flush)
 {
@@ -469,6 +475,9 @@ QList<undo_journal::unfinished_run> undo_journal::unfinished_runs()
 QMap<QString, QList<undo_entry>> undo_journal::adopt(const unfinished_run& run)
 {
     loaded = run.loaded;
+    loaded_times.clear();
+    for (auto it = run.loaded.begin(); it != run.loaded.end(); ++it)
+        loaded_times.insert(it.key(), it.value().modified_ns);
     // A confirmed write's file is the one the undo must find.
     for (auto it = run.left.begin(); it != run.left.end(); ++it)
         loaded.insert(it.key(), it.value());

@@ -49,6 +49,10 @@ public:
     // The file the undo of a photo of the last run (or of an adopted one) must find: the one its
     // write left, or before the write is confirmed, the one the load saw; missing otherwise.
     file_identity loaded_identity(const QString& path) const;
+    // The modification time, in nanoseconds, that the load saw of a photo of the last run (or of
+    // an adopted one), which its undo gives back; 0 when unknown. Unlike loaded_identity(), a
+    // confirmed write doesn't replace it.
+    qint64 loaded_modified_ns(const QString& path) const;
 
     // A run that its program left behind without ending it.
     struct unfinished_run {
@@ -95,6 +99,7 @@ private:
     int runs_open = 0;
     std::shared_ptr<QLockFile> run_lock;
     QMap<QString, file_identity> loaded;
+    QMap<QString, qint64> loaded_times;
     // The locks of runs kept for the next start: no other program takes them while this one runs.
     QList<std::shared_ptr<QLockFile>> kept_locks;
 };

@@ -22,7 +22,9 @@
 #include <QProcess>
 #include <QPushButton>
 #include <QSettings>
+#include <QRegularExpression>
 #include <QTemporaryDir>
+#include <QTemporaryFile>
 #include <QTest>
 #include <QThread>
 #include <QTimer>
@@ -161,6 +163,36 @@ exif_tag_map read_back(const QString& path)
             tags[line.mid(1, equals - 1)] = line.mid(equals + 1);
     }
     return tags;
+}
+
+QStringList listing(const QString& path)
+{
+    static const QRegularExpression own("^-(System:File(Access|InodeChange)Date|"
+                                        "ExifTool:[A-Za-z]+)=|^-[^=]*(Offset|Start)=");
+    QStringList kept;
+    for (const QString& line : run(TAVIMO_EXIFTOOL_SCRIPT, {"-G1", "-a", "-args", "-sort", "-charset", "filename=utf8", path})
+                                   .split('\n', Qt::SkipEmptyParts))
+        if (!own.match(line).hasMatch())
+            kept << line;
+    return kept;
+}
+
+void tag_files(const QList<QPair<QString, exif_tag_map>>& files)
+{
+    // An argument file of one block per file, each ended by -execute.
+    QTemporaryFile arguments;
+    if (!arguments.open())
+        qFatal("cannot write an argument file");
+    for (const auto& [path, tags] : files) {
+        QStringList block = {"-overwrite_original", "-m", "-charset", "filename=utf8"};
+        for (const auto& [tag, value] : tags)
+            block << QString("-%1=%2").arg(tag, value);
+        arguments.write((block << path << "-execute").join('\n').toUtf8() + '\n');
+    }
+    arguments.close();
+    const QString out = run(TAVIMO_EXIFTOOL_SCRIPT, {"-@", arguments.fileName()});
+    if (out.count("1 image files updated") != files.size())
+        qFatal("exiftool could not tag every file: %s", qPrintable(out));
 }
 
 void use_private_settings()

@@ -1,0 +1,240 @@
+#include "photo_lock.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <cstdio>
+#include <memory>
+#include <vector>
+
+#include <unistd.h>
+
+namespace {
+
+const char* hold_mode = "--hold-locks";
+
+// The other copy's side: locks the paths after the folder (all in hex, so that any name travels
+// whole), answers "held" or "refused" for each on a line of its own and keeps its locks until its
+// input closes, or it is killed.
+int hold_locks(int argc, char** argv)
+{
+    const QString folder = QString::fromUtf8(QByteArray::fromHex(argv[2]));
+    std::vector<std::unique_ptr<photo_lock>> held;
+    for (int i = 3; i < argc; ++i) {
+        held.push_back(photo_lock::try_lock(QString::fromUtf8(QByteArray::fromHex(argv[i])), folder));
+        std::puts(held.back() ? "held" : "refused");
+    }
+    std::fflush(stdout);
+    while (std::getchar() != EOF) {
+    }
+    // Given back here, then gone at once, without waiting for the libraries' threads to wind down.
+    held.clear();
+    ::_exit(0);
+}
+
+} // namespace
+
+// Locks taken by this process and by other copies, which are this program started anew.
+class tst_photo_lock : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        dir = std::make_unique<QTemporaryDir>();
+        QVERIFY(QDir(dir->path()).mkdir("photos"));
+        // Not there yet: the first lock makes it.
+        folder = dir->filePath("state/locks");
+    }
+
+    void cleanup()
+    {
+        for (QProcess* copy : copies) {
+            copy->kill();
+            copy->waitForFinished();
+        }
+        qDeleteAll(copies);
+        copies.clear();
+    }
+
+    void a_second_copy_waits_its_turn_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("plain") << "p.jpg";
+        QTest::newRow("line breaks") << "a\nb\r\n.jpg";
+        QTest::newRow("an option of ExifTool") << "-all=.jpg";
+        QTest::newRow("dashes alone") << "--";
+        QTest::newRow("quotes and spaces") << " 'a' \"b\" .jpg";
+        QTest::newRow("beyond ASCII") << "Grüße 日本.jpg";
+    }
+
+    // Another copy is refused while this one holds a photo and gets it once it is given back; a
+    // copy that died holding it loses it. The lock folder is empty after each release, and the
+    // photo's folder holds the photo alone, as it was.
+    void a_second_copy_waits_its_turn()
+    {
+        QFETCH(QString, name);
+        const QString photo = make_photo(name);
+        {
+            const auto lock = photo_lock::try_lock(photo, folder);
+            QVERIFY(lock);
+            QCOMPARE(other_copy({photo}), QStringList({"refused"}));
+            QVERIFY(!photo_lock::try_lock(photo, folder));
+        }
+        QCOMPARE(lock_files().size(), 0);
+        QCOMPARE(other_copy({photo}), QStringList({"held"}));
+
+        QProcess* dying = start_copy({photo});
+        QVERIFY(dying && answers(dying, 1) == QStringList({"held"}));
+        QVERIFY(!photo_lock::try_lock(photo, folder));
+        dying->kill();
+        QVERIFY(dying->waitForFinished());
+        QCOMPARE(lock_files().size(), 1);
+        QVERIFY(photo_lock::try_lock(photo, folder));
+        QCOMPARE(lock_files().size(), 0);
+
+        const QDir photos(dir->filePath("photos"));
+        QCOMPARE(photos.entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot),
+            QStringList({name}));
+        QFile file(photo);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), QByteArray("photo"));
+    }
+
+    void what_shares_a_lock_data()
+    {
+        QTest::addColumn<QString>("asked");
+        QTest::addColumn<QString>("answer");
+        QTest::newRow("the same path") << "photos/p.jpg" << "refused";
+        QTest::newRow("a link to it") << "link.jpg" << "refused";
+        QTest::newRow("a detour to it") << "photos/../photos/./p.jpg" << "refused";
+        QTest::newRow("another photo") << "photos/q.jpg" << "held";
+        QTest::newRow("a photo not there") << "photos/gone.jpg" << "held";
+    }
+
+    // ExifTool writes the file a link leads to, so a link and its photo are one.
+    void what_shares_a_lock()
+    {
+        QFETCH(QString, asked);
+        QFETCH(QString, answer);
+        const QString photo = make_photo("p.jpg");
+        make_photo("q.jpg");
+        QVERIFY(QFile::link(photo, dir->filePath("link.jpg")));
+        const auto lock = photo_lock::try_lock(photo, folder);
+        QVERIFY(lock);
+        QCOMPARE(other_copy({dir->filePath(asked)}), QStringList({answer}));
+    }
+
+    // A hundred locks at once; a copy that died holding them leaves their files, which go at the
+    // next copy's first lock, while a living copy's stays with its lock.
+    void locks_of_dead_copies_go()
+    {
+        const QString live = make_photo("live.jpg");
+        QProcess* living = start_copy({live});
+        QVERIFY(living && answers(living, 1) == QStringList({"held"}));
+        QStringList photos;
+        for (int i = 0; i < 100; ++i)
+            photos << make_photo(QString("p%1.jpg").arg(i));
+        QProcess* dying = start_copy(photos);
+        QVERIFY(dying && answers(dying, 100).count("held") == 100);
+        QCOMPARE(other_copy(photos.mid(98)), QStringList({"refused", "refused"}));
+        dying->kill();
+        QVERIFY(dying->waitForFinished());
+        QCOMPARE(lock_files().size(), 101);
+
+        {
+            const auto lock = photo_lock::try_lock(photos[0], folder);
+            QVERIFY(lock);
+            QCOMPARE(lock_files().size(), 2);
+            QVERIFY(!photo_lock::try_lock(live, folder));
+        }
+        living->closeWriteChannel();
+        QVERIFY(living->waitForFinished());
+        QCOMPARE(lock_files().size(), 0);
+    }
+
+    // Rather than refusing every photo, the program then works as one copy alone does.
+    void an_unusable_folder_keeps_no_one_away()
+    {
+        const QString photo = make_photo("p.jpg");
+        const QString blocked = dir->filePath("photos/p.jpg/locks");
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Photos can't be locked in .*photos/p.jpg/locks"));
+        const auto first = photo_lock::try_lock(photo, blocked);
+        const auto second = photo_lock::try_lock(photo, blocked);
+        QVERIFY(first && second);
+        QVERIFY(QFileInfo(photo).isFile());
+    }
+
+private:
+    QString make_photo(const QString& name)
+    {
+        QFile file(dir->filePath("photos/" + name));
+        if (!file.open(QIODevice::WriteOnly) || file.write("photo") != 5)
+            return {};
+        return file.fileName();
+    }
+
+    QStringList lock_files() const
+    {
+        return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    }
+
+    // A copy that locks `paths` and keeps them until its input closes.
+    QProcess* start_copy(const QStringList& paths)
+    {
+        QStringList arguments = {hold_mode, folder.toUtf8().toHex()};
+        for (const QString& path : paths)
+            arguments << path.toUtf8().toHex();
+        auto* copy = new QProcess;
+        copies << copy;
+        copy->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        copy->start(QCoreApplication::applicationFilePath(), arguments);
+        return copy->waitForStarted() ? copy : nullptr;
+    }
+
+    // Its first `count` answers, once they are all there.
+    QStringList answers(QProcess* copy, int count)
+    {
+        QByteArray out;
+        const bool all = QTest::qWaitFor([&] {
+            out += copy->readAllStandardOutput();
+            return out.count('\n') >= count;
+        }, 10000);
+        if (!all)
+            return {};
+        QStringList lines = QString::fromLatin1(out).split('\n');
+        lines.removeAll(QString());
+        return lines;
+    }
+
+    // What a copy that asks for `paths` is told; it ends at once, giving back what it got.
+    QStringList other_copy(const QStringList& paths)
+    {
+        QProcess* copy = start_copy(paths);
+        if (!copy)
+            return {};
+        const QStringList told = answers(copy, paths.size());
+        copy->closeWriteChannel();
+        copy->waitForFinished();
+        return told;
+    }
+
+    std::unique_ptr<QTemporaryDir> dir;
+    QString folder;
+    QList<QProcess*> copies;
+};
+
+int main(int argc, char** argv)
+{
+    if (argc >= 3 && qstrcmp(argv[1], hold_mode) == 0)
+        return hold_locks(argc, argv);
+    QCoreApplication app(argc, argv);
+    tst_photo_lock test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_photo_lock.moc"
