@@ -3,6 +3,7 @@
 
 #include "file_identity.h"
 #include "photo_lock.h"
+#include "write_link.h"
 #include "run_note.h"
 #include "table_data_model.h"
 #include "time_adjustment.h"
@@ -191,6 +192,8 @@ void MainWindow::on_button_fix_time_clicked()
         ondo::exif_response* response;
         // Held until the write's answer is taken: no other copy of Tavimo changes the photo meanwhile.
         std::shared_ptr<photo_lock> lock;
+        // The name ExifTool writes through: the photo's own file, whatever is renamed meanwhile.
+        std::shared_ptr<write_link> link;
     };
     QList<pending_write> unsent, pending;
     qint64 unsent_bytes = 0, pending_bytes = 0;
@@ -220,7 +223,14 @@ void MainWindow::on_button_fix_time_clicked()
         if (!unsent.isEmpty())
             syncs.synced(sync.nsecsElapsed());
         for (pending_write& write : unsent) {
-            write.response = ondo::exiftool::write_tags_async(write.path, write.values, write.expected);
+            QString reason;
+            write.link = write_link::make(write.path, file_identity::from_record(cache->file_data[write.path]), &reason);
+            if (!write.link) {
+                fail(write.row, write.path, QStringLiteral("%1 (%2)").arg(write.path, reason));
+                journal->written(write.path, false);
+                continue;
+            }
+            write.response = ondo::exiftool::write_tags_async(write.link->target(), write.values, write.expected);
             pending.append(write);
             pending_bytes += write.size;
         }
@@ -231,7 +241,10 @@ void MainWindow::on_button_fix_time_clicked()
         const pending_write write = pending.takeFirst();
         pending_bytes -= write.size;
         ondo::exif_error error = ondo::exif_error::none;
-        const bool written = ondo::exiftool::write_result(write.response, &error);
+        file_identity after;
+        const bool answered = ondo::exiftool::write_result(write.response, &error);
+        // Where ExifTool had to put a new file in the link's place, the photo itself is as it was.
+        const bool written = answered && write.link->landed(&after);
         // A child that ended in the middle of the write may have written the photo all the same,
         // so its old values are kept for the undo too.
         const bool kept = written || error == ondo::exif_error::ended;
@@ -243,11 +256,13 @@ void MainWindow::on_button_fix_time_clicked()
             // moved again in the last column.
             written_values.append({write.path, write.values});
             note_unset_file_time(write.path, write.values);
+        } else if (answered) {
+            fail(write.row, write.path, tr("%1 (moved while ExifTool replaced it; its copy is kept beside it)").arg(write.path));
         } else if (error != ondo::exif_error::dropped) {
             fail(write.row, write.path, QStringLiteral("%1 (%2)").arg(write.path, failure_reason(write.path, error)));
         }
         // A write the stop dropped before any child had it is left, as rows after the stop are.
-        journal->written(write.path, kept);
+        journal->written(write.path, kept, after);
         end_stall_notice();
         ++finished;
         // Events between files, so that buttons work during the run.
@@ -368,6 +383,7 @@ void MainWindow::on_button_undo_clicked()
         exif_tag_map values;
         ondo::exif_response* response;
         std::shared_ptr<photo_lock> lock;
+        std::shared_ptr<write_link> link;
     };
     QList<pending_undo> pending;
     QStringList failed_files;
@@ -376,24 +392,27 @@ void MainWindow::on_button_undo_clicked()
     int done = 0;
     paint_pacer pacer;
     int restored_count = 0;
-    auto restored = [&](const QString& path, const exif_tag_map& values) {
+    // After the undo's write through `link` has landed in the photo.
+    auto restored = [&](const QString& path, write_link& link, const exif_tag_map& values) {
         ++restored_count;
         // ExifTool sets file times to the second: the fraction the load saw goes back on.
         const auto file_time = values.find(QStringLiteral("System:FileModifyDate"));
         if (file_time != values.end() && !file_time->second.isEmpty())
-            file_identity::restore_modified_time(path, journal->loaded_modified_ns(path));
+            file_identity::restore_modified_time(link.target(), journal->loaded_modified_ns(path));
         undo_info.remove(path);
         model->refresh(path, values);
         // The file as the undo left it is the one a next correction must find.
-        if (model->loaded.contains(path))
-            file_identity::of(path).store(exif_cache::instance()->file_data[path]);
+        file_identity after;
+        if (model->loaded.contains(path) && link.landed(&after))
+            after.store(exif_cache::instance()->file_data[path]);
     };
     auto finish_one = [&] {
         const pending_undo write = pending.takeFirst();
         ondo::exif_error error = ondo::exif_error::none;
+        file_identity after;
         // What could not be written back stays, so that the undo can be tried again.
-        if (ondo::exiftool::write_result(write.response, &error)) {
-            restored(write.path, write.values);
+        if (ondo::exiftool::write_result(write.response, &error) && write.link->landed(&after)) {
+            restored(write.path, *write.link, write.values);
         } else if (error == ondo::exif_error::changed) {
             changed_since << write.path;
         } else {
@@ -413,17 +432,21 @@ void MainWindow::on_button_undo_clicked()
             break;
         // An empty value deletes the tag: that is how tags the run added go away again.
         const exif_tag_map tags = recording_tags::undo_values(undo_info.value(path));
-        // A path that is no longer the file loaded is listed with its reason; nothing is sent.
         std::shared_ptr<photo_lock> lock = photo_lock::try_lock(path);
         if (!lock) {
             failed_files << undo_journal::tr("%1 (being changed by another copy of Tavimo)").arg(path);
             tavimo_progress_dialog->setValue(++done);
-        } else if (same_file_as_loaded(path, failed_files)) {
-            const exif_tag_map expected = recording_tags::expected_after(undo_info.value(path));
-            pending.append({path, tags, ondo::exiftool::write_tags_async(path, tags, expected), lock});
         } else {
-            model->refresh(path, {}, undo_journal::tr("changed since it was loaded"));
-            tavimo_progress_dialog->setValue(++done);
+            // A path that is no longer the file the fix left is listed with its reason.
+            QString reason;
+            if (const std::shared_ptr<write_link> link = write_link::make(path, journal->loaded_identity(path), &reason)) {
+                const exif_tag_map expected = recording_tags::expected_after(undo_info.value(path));
+                pending.append({path, tags, ondo::exiftool::write_tags_async(link->target(), tags, expected), lock, link});
+            } else {
+                failed_files << QStringLiteral("%1 (%2)").arg(path, reason);
+                model->refresh(path, {}, reason);
+                tavimo_progress_dialog->setValue(++done);
+            }
         }
         if (pending.size() >= writes_ahead)
             finish_one();
@@ -451,13 +474,16 @@ void MainWindow::on_button_undo_clicked()
                 continue;
             }
             const auto lock = photo_lock::try_lock(path);
+            QString reason = tr("the undo could not write it");
+            const std::unique_ptr<write_link> link = lock ? write_link::make(path, journal->loaded_identity(path), &reason) : nullptr;
+            file_identity after;
             if (!lock) {
                 failed_files << undo_journal::tr("%1 (being changed by another copy of Tavimo)").arg(path);
-            } else if (same_file_as_loaded(path, failed_files) && ondo::exiftool::write_tags(path, tags)) {
-                restored(path, tags);
+            } else if (link && ondo::exiftool::write_tags(link->target(), tags) && link->landed(&after)) {
+                restored(path, *link, tags);
             } else {
-                failed_files << path;
-                model->refresh(path, {}, tr("the undo could not write it"));
+                failed_files << QStringLiteral("%1 (%2)").arg(path, reason);
+                model->refresh(path, {}, reason);
             }
         }
     }

@@ -5,9 +5,12 @@
 #include "file_identity.h"
 #include "table_data_model.h"
 #include "undo_journal.h"
+#include "write_link.h"
 
 #include <ondo/message_box.h>
 
+#include <QFileInfo>
+#include <QSet>
 #include <QTimer>
 
 namespace {
@@ -41,14 +44,6 @@ bool MainWindow::journal_before_write(const QString& path, const QList<undo_entr
     return true;
 }
 
-bool MainWindow::same_file_as_loaded(const QString& path, QStringList& failed_files)
-{
-    if (journal->loaded_identity(path).same_file(file_identity::of(path)))
-        return true;
-    failed_files << changed_since_loaded(path);
-    return false;
-}
-
 void MainWindow::end_journal_run()
 {
     // A run that ends because the program is closing leaves its undo on disk: the user has not
@@ -67,6 +62,13 @@ void MainWindow::offer_unfinished_runs()
     const run_guard guard(this);
     const QString title = undo_journal::tr("Unfinished fix run");
     for (const undo_journal::unfinished_run& run : journal->unfinished_runs()) {
+        // The private names its writes went through, beside the photos, go first.
+        QSet<QString> folders;
+        for (const QString& path : run.undo.keys() + run.untouched)
+            folders.insert(QFileInfo(path).canonicalPath());
+        for (const QString& folder : qAsConst(folders))
+            if (!folder.isEmpty())
+                write_link::sweep(folder);
         // A window closed meanwhile asks nothing: the next start asks again.
         if (closed)
             break;

@@ -344,13 +344,13 @@ bool undo_journal::flush()
     return false;
 }
 
-void undo_journal::written(const QString& path, bool success)
+void undo_journal::written(const QString& path, bool success, const file_identity& left)
 {
     QJsonObject record;
     if (success) {
         // ExifTool may have had to put a new file in the photo's place (a full disk, a FAT card):
         // from now on the undo looks for the file the write left.
-        const file_identity after = file_identity::of(path);
+        const file_identity after = left.type == file_identity::missing ? file_identity::of(path) : left;
         record = written_record(path, after);
         if (loaded.contains(path))
             loaded.insert(path, after);

@@ -41,7 +41,9 @@ public:
     bool flush();
     // After the write of `path`: a success records the state the write left, so that a later
     // start sees whether anyone changed the photo since; a failure takes it out of the run.
-    void written(const QString& path, bool success);
+    // `left` is the file the write left, as seen through the name the write went to; without it
+    // the path is looked at now.
+    void written(const QString& path, bool success, const file_identity& left = file_identity());
     // The run is over and the user has kept it or undone it: its file goes, and what the load
     // saw of its photos stays known for the undo button.
     void end_run();

@@ -95,8 +95,6 @@ private:
     void setup_undo_journal();
     bool journal_before_write(const QString& path, const QList<undo_entry>& undo, QStringList& failed_files,
                               bool flush = true);
-    // Before an undo write: the same check of the file, against what the load saw.
-    bool same_file_as_loaded(const QString& path, QStringList& failed_files);
     void end_journal_run();
     // Logs a note when the file system did not take the file time a fix wrote into `path`: a
     // FAT card holds nothing before 1980. The photo counts as fixed all the same.

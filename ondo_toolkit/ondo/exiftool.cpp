@@ -379,7 +379,10 @@ bool exiftool::write_result(exif_response* response, exif_error* error)
     // ExifTool's own summary lines are the only sign of a refused write that reaches stdout.
     const QString output = QString::fromUtf8(response->data);
     const bool changed = answered && output.contains("files failed condition");
-    const bool result = answered && !changed && !output.contains("files weren't updated due to errors");
+    // "created": the path was missing when ExifTool came to it, and its copy became a new file
+    // of that name; the photo itself, wherever it went, was not written.
+    const bool result = answered && !changed && !output.contains("files weren't updated due to errors")
+        && !output.contains("image files created");
     if (error && changed)
         *error = exif_error::changed;
     if (answered && !result)

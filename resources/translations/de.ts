@@ -4,6 +4,10 @@
 <context>
     <name>MainWindow</name>
     <message>
+        <source>%1 (moved while ExifTool replaced it; its copy is kept beside it)</source>
+        <translation>%1 (verschoben, während ExifTool sie ersetzte; ihre Kopie bleibt daneben erhalten)</translation>
+    </message>
+    <message>
         <source>ExifTool ended while writing it</source>
         <translation>ExifTool wurde beim Schreiben beendet</translation>
     </message>
