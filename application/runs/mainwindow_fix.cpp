@@ -401,10 +401,13 @@ void MainWindow::on_button_undo_clicked()
             file_identity::restore_modified_time(link.target(), journal->loaded_modified_ns(path));
         undo_info.remove(path);
         model->refresh(path, values);
-        // The file as the undo left it is the one a next correction must find.
+        // The file as the undo left it, its time's fraction included, is the one a next
+        // correction must find.
         file_identity after;
-        if (model->loaded.contains(path) && link.landed(&after))
-            after.store(exif_cache::instance()->file_data[path]);
+        if (model->loaded.contains(path) && link.landed(&after)) {
+            const file_identity now = file_identity::of(link.target());
+            (now.type == file_identity::regular ? now : after).store(exif_cache::instance()->file_data[path]);
+        }
     };
     auto finish_one = [&] {
         const pending_undo write = pending.takeFirst();
