@@ -443,8 +443,13 @@ void MainWindow::on_button_undo_clicked()
             // A path that is no longer the file the fix left is listed with its reason.
             QString reason;
             if (const std::shared_ptr<write_link> link = write_link::make(path, journal->loaded_identity(path), &reason)) {
-                const exif_tag_map expected = recording_tags::expected_after(undo_info.value(path));
-                pending.append({path, tags, ondo::exiftool::write_tags_async(link->target(), tags, expected), lock, link});
+                // A photo whose write was cut short before it landed still holds its old values:
+                // writing them again changes nothing, and is no newer change to ask about.
+                const QList<undo_entry>& entries = undo_info[path];
+                pending.append({path, tags,
+                                ondo::exiftool::write_tags_async(link->target(), tags, recording_tags::expected_after(entries),
+                                                                 recording_tags::expected_after(entries, true)),
+                                lock, link});
             } else {
                 failed_files << QStringLiteral("%1 (%2)").arg(path, reason);
                 model->refresh(path, {}, reason);

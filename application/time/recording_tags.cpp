@@ -499,12 +499,12 @@ exif_tag_map expected_before(const exif_tag_map& tags, const exif_tag_map& value
     return expected;
 }
 
-exif_tag_map expected_after(const QList<undo_entry>& entries)
+exif_tag_map expected_after(const QList<undo_entry>& entries, bool before)
 {
     exif_tag_map expected;
     for (const undo_entry& entry : entries)
         if (entry.checked && !file_time(entry.tag))
-            expected[entry.tag] = entry.written;
+            expected[entry.tag] = before ? (entry.existed ? entry.value : QString()) : entry.written;
     return expected;
 }
 

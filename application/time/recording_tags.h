@@ -99,8 +99,9 @@ QList<undo_entry> undo_entries(const exif_tag_map& tags, const exif_tag_map& rec
 // it was computed from, or is still absent. A file whose time is its file-system time
 // (`own_time` false) is bound by that too, so that a file put in its place never takes its time.
 exif_tag_map expected_before(const exif_tag_map& tags, const exif_tag_map& values, bool own_time);
-// The condition of an undo of `entries`: the file still holds what the fix left in its tags.
-exif_tag_map expected_after(const QList<undo_entry>& entries);
+// The condition of an undo of `entries`: the file still holds what the fix left in its tags, or
+// (`before`) still holds what it held before the fix, which a write cut short leaves.
+exif_tag_map expected_after(const QList<undo_entry>& entries, bool before = false);
 
 // The tag lines an undo of `entries` writes: each old text, an empty one deleting the tag. An
 // IPTC time that had no zone can't get its lack of one back: ExifTool gives every IPTC time a

@@ -322,17 +322,19 @@ exif_tag_map exiftool::read_specific_tags(const QString& file, const std::vector
     return read_result(start_task(file, "read specific tags", command.toUtf8()));
 }
 
-exif_response* exiftool::write_tags_async(const QString& file, const exif_tag_map& tags, const exif_tag_map& expected)
+exif_response* exiftool::write_tags_async(const QString& file, const exif_tag_map& tags, const exif_tag_map& expected,
+                                          const exif_tag_map& or_expected)
 {
     if (!is_safe_write(Q_FUNC_INFO, file, tags))
         return refused_response(file);
     // Only a group and a tag name may stand in the condition, and a value only as data.
     static const QRegularExpression plain_tag(QStringLiteral("\\A[A-Za-z0-9_-]+:[A-Za-z0-9_]+\\z"));
-    for (const auto& [tag, value] : expected)
-        if (!plain_tag.match(tag).hasMatch() || !is_safe_value(value)) {
-            refuse(Q_FUNC_INFO, file, "a condition would change the command");
-            return refused_response(file);
-        }
+    for (const exif_tag_map* state : {&expected, &or_expected})
+        for (const auto& [tag, value] : *state)
+            if (!plain_tag.match(tag).hasMatch() || !is_safe_value(value)) {
+                refuse(Q_FUNC_INFO, file, "a condition would change the command");
+                return refused_response(file);
+            }
     exiftool_worker_init();
     // The file first, then its options and one "-Tag=Value" line per tag; "-Tag=" deletes.
     QString command = QString("\n%1\n-overwrite_original_in_place\n-m\n").arg(file);
@@ -341,9 +343,9 @@ exif_response* exiftool::write_tags_async(const QString& file, const exif_tag_ma
     // every "$" doubled, which ExifTool reads back as one before Perl sees the text, so that no
     // text of a file becomes a tag reference or code:
     //   -if / (defined $ExifIFD:DateTimeOriginal and $ExifIFD:DateTimeOriginal eq '2017:06:21 18:30:05')
-    if (!expected.empty()) {
+    auto holds = [](const exif_tag_map& state) {
         QStringList terms;
-        for (const auto& [tag, value] : expected) {
+        for (const auto& [tag, value] : state) {
             if (value.isNull()) {
                 terms << QStringLiteral("not defined $%1").arg(tag);
             } else {
@@ -354,6 +356,11 @@ exif_response* exiftool::write_tags_async(const QString& file, const exif_tag_ma
                 terms << QStringLiteral("(defined $%1 and $%1 eq '%2')").arg(tag, literal);
             }
         }
+        return QStringLiteral("(%1)").arg(terms.join(QStringLiteral(" and ")));
+    };
+    if (!expected.empty()) {
+        QStringList terms = {or_expected.empty() ? holds(expected)
+                                                 : QStringLiteral("(%1 or %2)").arg(holds(expected), holds(or_expected))};
         // ExifTool's stay-open loop adds the tag names of every condition to a list of requested
         // tags that it never empties (12.57: the script's @requestTags), so that each command took
         // longer than the last: 17 ms a photo over 100 writes, 42 over 800. The condition empties

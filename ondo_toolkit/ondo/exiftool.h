@@ -78,8 +78,9 @@ public:
     // With `expected`, the write happens only if the file, as ExifTool reads it right before
     // writing, holds each of those tags (group and name) with that text, or lacks it where the
     // text is null; otherwise write_result is false with exif_error::changed.
+    // With `or_expected` too, either state will do.
     static exif_response* write_tags_async(const QString& file, const exif_tag_map& tags,
-                                           const exif_tag_map& expected = {});
+                                           const exif_tag_map& expected = {}, const exif_tag_map& or_expected = {});
     // Waits for a write queued with write_tags_async and ends the response; the result is that
     // of write_tags. `error` tells why a task failed: exif_error::ended means ExifTool ended in
     // the middle of it, so the photo may have been written all the same.
