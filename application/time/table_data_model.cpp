@@ -16,7 +16,6 @@
 #include <QtDebug>
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 #include <vector>
 
@@ -190,28 +189,6 @@ QStringList time_tags(const exif_tag_map& record)
         tags.append(QStringLiteral("IFD0:DateTimeOriginal"));
     }
     return tags;
-}
-
-QString format_utc_offset(float hours)
-{
-    float whole = 0.0f;
-    const float fraction = std::modf(std::fabs(hours), &whole);
-    // Truncated on purpose: the float fraction of 5.1 times 60 falls just under 6.
-    return QStringLiteral("%1%2:%3")
-        .arg(hours >= 0 ? QLatin1Char('+') : QLatin1Char('-'))
-        .arg(int(whole), 2, 10, QLatin1Char('0'))
-        .arg(int(fraction * 60.0), 2, 10, QLatin1Char('0'));
-}
-
-float utc_offset_hours(const QString& zone)
-{
-    if (zone.isEmpty())
-        return 0.0f;
-    const bool negative = zone.startsWith(QLatin1Char('-'));
-    const int hours = zone.mid(1, 2).toInt();
-    const int minutes = zone.mid(4, 2).toInt();
-    const float value = float(minutes / 60.0 + hours);
-    return negative ? -value : value;
 }
 
 table_data_model::table_data_model(QObject* parent)

@@ -46,12 +46,6 @@ public:
 // has (recording_tags::new_values), of which these are a part.
 QStringList time_tags(const exif_tag_map& record);
 
-// "+05:30" from 5.5 hours. Minutes are truncated, not rounded: 5.1 gives "+05:05".
-QString format_utc_offset(float hours);
-
-// Hours of a zone text such as "-03:30"; the empty text is 0.
-float utc_offset_hours(const QString& zone);
-
 // The table of loaded files: the file, its recording time and that time moved by the current
 // offset. The new time is computed on every request and never stored, so an offset change
 // shows through a bare layoutChanged.
