@@ -28,18 +28,7 @@ namespace {
 const QString fix_tip = "Apply changes to the timestamps of the images";
 const QString undo_tip = "Undo the last set of timestamp changes";
 
-// The whole listing, all duplicates included, but for what moves by itself.
-QStringList listing(const QString& path)
-{
-    static const QRegularExpression own("^-(System:File(Access|InodeChange)Date|"
-                                        "ExifTool:[A-Za-z]+)=|^-[^=]*(Offset|Start)=");
-    QStringList kept;
-    for (const QString& line : test_support::run(TAVIMO_EXIFTOOL_SCRIPT, {"-G1", "-a", "-args", "-sort", path}).split('\n')) {
-        if (!own.match(line).hasMatch())
-            kept << line;
-    }
-    return kept;
-}
+using test_support::listing;
 
 // The listing, sorted whole, but for what moves by itself or is derived from others; IPTC
 // times keep their zones.
