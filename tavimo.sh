@@ -22,6 +22,9 @@ packages+=(dbus-daemon libglib2.0-bin desktop-file-utils appstream dpkg-dev)
 # heif-enc makes the HEIC photo of the fix tests.
 packages+=(libheif-examples)
 
+# Memory cards for the fix's safety tests: FAT and exFAT through FUSE, on image files.
+packages+=(dosfstools fusefat exfatprogs exfat-fuse)
+
 install_packages() {
     local missing=()
     for p in "${packages[@]}"; do

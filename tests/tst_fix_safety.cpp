@@ -11,8 +11,10 @@
 #include <QImage>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QProcess>
 #include <QPushButton>
 #include <QRandomGenerator>
+#include <QStandardPaths>
 #include <QStorageInfo>
 #include <QtTest>
 
@@ -264,7 +266,79 @@ private slots:
         }
     }
 
+    // A memory card through FUSE, as a card reader without the kernel's drivers gives it: no hard
+    // links, no copy in place on FAT, and inode numbers that change with the spelling of a name.
+    // Photos stored in lower case and opened in upper case are loaded, fixed and undone under
+    // their own names (the other spelling's cached contents would stay old), and the undo gives
+    // every tag back.
+    void a_memory_card_data()
+    {
+        QTest::addColumn<QString>("format");
+        QTest::addColumn<QString>("mount");
+        QTest::newRow("FAT") << "mkfs.vfat" << "fusefat";
+        QTest::newRow("exFAT") << "mkfs.exfat" << "mount.exfat-fuse";
+    }
+
+    void a_memory_card()
+    {
+        QFETCH(QString, format);
+        QFETCH(QString, mount);
+        if (QStandardPaths::findExecutable(format).isEmpty() || QStandardPaths::findExecutable(mount).isEmpty()
+            || !QFileInfo::exists("/dev/fuse"))
+            QSKIP(qPrintable(format + " or " + mount + " or /dev/fuse is missing"));
+        const QString image = dir->filePath("card.img"), card = dir->filePath("card");
+        QVERIFY(QDir(dir->path()).mkpath("card"));
+        QFile sized(image);
+        QVERIFY(sized.open(QIODevice::WriteOnly) && sized.resize(64 << 20));
+        sized.close();
+        QCOMPARE(test_support::run(format, {image}).isNull(), false);
+        QString device = image;
+        if (mount == "mount.exfat-fuse") {
+            // exfat-fuse takes only a block device.
+            QProcess loop;
+            loop.start("losetup", {"-f", "--show", image});
+            if (!loop.waitForFinished() || loop.exitCode() != 0)
+                QSKIP("no loop device");
+            device = QString::fromUtf8(loop.readAllStandardOutput()).trimmed();
+        }
+        const auto detach = qScopeGuard([&] {
+            QProcess::execute("fusermount", {"-u", "-z", card});
+            if (device != image)
+                QProcess::execute("losetup", {"-d", device});
+        });
+        const QStringList options = mount == "fusefat" ? QStringList{"-o", "rw+"} : QStringList{};
+        if (QProcess::execute(mount, options + QStringList{device, card}) != 0)
+            QSKIP(qPrintable(mount + " could not mount the card"));
+
+        QStringList opened, listings;
+        for (int photo = 1; photo <= 3; ++photo) {
+            const QString stored = QString("img_%1.jpg").arg(photo);
+            const QString made = test_support::make_tagged_photo(dir->path(), stored, {{"ExifIFD:DateTimeOriginal", own_time(photo, 0)}});
+            QVERIFY(QFile::copy(made, card + "/" + stored));
+            opened << card + "/" + stored.toUpper();
+            listings << tags_of(card + "/" + stored);
+        }
+        window = test_support::open_main_window();
+        window->load_files(opened);
+        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
+        test_support::button(window, fix_tip)->click();
+        const QStringList names = {"img_1.jpg", "img_2.jpg", "img_3.jpg"};
+        QCOMPARE(QDir(card).entryList(QDir::Files | QDir::Hidden), names);
+        for (int photo = 1; photo <= 3; ++photo)
+            QCOMPARE(original_time(card + "/" + names[photo - 1]), own_time(photo, 1));
+
+        test_support::button(window, undo_tip)->click();
+        QCOMPARE(QDir(card).entryList(QDir::Files | QDir::Hidden), names);
+        for (int photo = 1; photo <= 3; ++photo)
+            QCOMPARE(tags_of(card + "/" + names[photo - 1]), listings[photo - 1]);
+    }
+
 private:
+    // FAT through FUSE sets a file's time to the moment of each write, whatever it is given.
+    static QString tags_of(const QString& path)
+    {
+        return test_support::listing(path).filter(QRegularExpression("^(?!-System:FileModifyDate=)")).join('\n');
+    }
     static QString own_time(int photo, int hours)
     {
         return QDateTime(QDate(2017, 6, 21), QTime(18, 30, 5)).addDays(photo).addSecs(3600 * hours).toString("yyyy:MM:dd hh:mm:ss");

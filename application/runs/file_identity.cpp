@@ -1,9 +1,17 @@
 #include "file_identity.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <QSet>
+#include <QHash>
+#include <QMutex>
+#include <QTextStream>
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/statfs.h>
+#include <sys/sysmacros.h>
 
 namespace {
 
@@ -39,6 +47,48 @@ QString value_of(const exif_tag_map& record, const char* key)
     return found == record.end() ? QString() : found->second;
 }
 
+// The type of the file system mounted from `device`, as /proc/self/mountinfo names it ("vfat",
+// "fuse.fusefat", "fuseblk").
+QString mount_type(quint64 device)
+{
+    QFile mounts(QStringLiteral("/proc/self/mountinfo"));
+    if (!mounts.open(QIODevice::ReadOnly))
+        return QString();
+    const QString number = QStringLiteral("%1:%2").arg(major(dev_t(device))).arg(minor(dev_t(device)));
+    QTextStream lines(&mounts);
+    for (QString line = lines.readLine(); !line.isNull(); line = lines.readLine()) {
+        const QStringList fields = line.split(QLatin1Char(' '));
+        const int dash = int(fields.indexOf(QStringLiteral("-")));
+        if (fields.size() > 2 && fields.at(2) == number && dash > 0 && dash + 1 < fields.size())
+            return fields.at(dash + 1);
+    }
+    return QString();
+}
+
+// Whether the file system of `name`, on `device`, keeps a file's inode number for its life.
+// FAT and exFAT, in the kernel or through FUSE (whose block devices are mostly exFAT and NTFS
+// cards), number files by where they are found or by each lookup. Asked once per device.
+bool keeps_inodes(quint64 device, const QByteArray& name)
+{
+    static QMutex lock;
+    static QHash<quint64, bool> known;
+    QMutexLocker locked(&lock);
+    const auto found = known.constFind(device);
+    if (found != known.constEnd())
+        return *found;
+    struct statfs system {};
+    if (::statfs(name.constData(), &system) != 0)
+        return true;
+    constexpr long msdos = 0x4d44, exfat = 0x2011bab0, fuse = 0x65735546;
+    bool kept = system.f_type != msdos && system.f_type != exfat;
+    if (system.f_type == fuse) {
+        const QString type = mount_type(device);
+        kept = !(type == QLatin1String("fuseblk") || type.contains(QLatin1String("fat")));
+    }
+    known.insert(device, kept);
+    return kept;
+}
+
 } // namespace
 
 file_identity file_identity::of(const QString& path)
@@ -56,13 +106,14 @@ file_identity file_identity::of(const QString& path)
     identity.type = kind_of(entry.st_mode);
     identity.size = qint64(entry.st_size);
     identity.modified_ns = modified_ns_of(entry);
+    identity.inode_kept = identity.type != regular || keeps_inodes(identity.device, name);
     return identity;
 }
 
 bool file_identity::same_file(const file_identity& now) const
 {
     return type == regular && now.type == regular && link == now.link && device == now.device
-        && inode == now.inode;
+        && (inode == now.inode || !inode_kept || !now.inode_kept);
 }
 
 bool file_identity::unchanged(const file_identity& now) const
@@ -114,6 +165,32 @@ bool file_identity::restore_modified_time(const QString& path, qint64 modified_n
     times[1].tv_sec = time_t(second);
     times[1].tv_nsec = long(fraction);
     return ::utimensat(AT_FDCWD, name.constData(), times, 0) == 0;
+}
+
+QStringList file_identity::as_stored(const QStringList& paths)
+{
+    QHash<QString, QSet<QString>> folders;
+    QStringList stored;
+    stored.reserve(paths.size());
+    for (const QString& path : paths) {
+        const QFileInfo info(path);
+        const QString folder = info.absolutePath(), name = info.fileName();
+        auto names = folders.find(folder);
+        if (names == folders.end()) {
+            const QStringList listed = QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+            names = folders.insert(folder, QSet<QString>(listed.begin(), listed.end()));
+        }
+        QString spelt;
+        int alike = 0;
+        if (!names->contains(name))
+            for (const QString& entry : qAsConst(*names))
+                if (entry.compare(name, Qt::CaseInsensitive) == 0) {
+                    spelt = entry;
+                    ++alike;
+                }
+        stored << (alike == 1 ? QDir(folder).filePath(spelt) : path);
+    }
+    return stored;
 }
 
 QString file_identity::kind_name(kind type)

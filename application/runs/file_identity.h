@@ -3,6 +3,7 @@
 #include <ondo/exiftool.h>
 
 #include <QString>
+#include <QStringList>
 #include <QtGlobal>
 
 // What a path stood for when it was looked at: which file (device and inode), what kind of
@@ -15,6 +16,9 @@ struct file_identity {
     quint64 inode = 0;
     kind type = missing;
     bool link = false;
+    // False on FAT and exFAT cards: there a file's inode number goes with the spelling of its name
+    // and with the kernel's memory of it, so that the number can't tell the file.
+    bool inode_kept = true;
     // The file's state at that moment, for telling whether anyone changed it afterwards.
     qint64 size = -1;
     qint64 modified_ns = 0;
@@ -24,7 +28,9 @@ struct file_identity {
     static file_identity of(const QString& path);
 
     // True when `now` is still the regular file seen here, reached the same way (through a link
-    // only if it was one then). Size and time don't count: a write changes them.
+    // only if it was one then). Size and time don't count: a write changes them. Where the file
+    // system keeps no inode numbers, the device stands for the file: the write's own condition
+    // on the file's values then tells whether it is the photo.
     bool same_file(const file_identity& now) const;
     // same_file, and neither size nor modification time moved.
     bool unchanged(const file_identity& now) const;
@@ -42,6 +48,13 @@ struct file_identity {
     // time was set, or when `modified_ns` has no fraction (nothing is done); false when the path
     // is no regular file, its time lies in another second, or the time can't be set.
     static bool restore_modified_time(const QString& path, qint64 modified_ns);
+
+    // `paths` with each name spelt as its folder holds it, where the folder has no name of that
+    // exact spelling and one that differs only in case: a FAT card opens "IMG_1.JPG" for
+    // "img_1.jpg". Through FUSE each spelling is a file of its own to the kernel, whose cached
+    // contents a write under the other spelling doesn't reach, and ExifTool's fallback of
+    // renaming its copy over a photo would rename the photo to the spelling it was given.
+    static QStringList as_stored(const QStringList& paths);
 
     static QString kind_name(kind type);
     static kind kind_from_name(const QString& name);

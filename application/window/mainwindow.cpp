@@ -333,6 +333,7 @@ void MainWindow::save_application_settings() { settings.setValue("last_load_path
 void MainWindow::load_files(QStringList filenames)
 {
     const run_guard guard(this);
+    filenames = file_identity::as_stored(filenames);
     stop_requested = false;
     note->clear();
     load_images_progress_dialog->setRange(0, filenames.size());
