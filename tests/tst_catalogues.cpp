@@ -130,6 +130,11 @@ private slots:
                                  << "Klicken Sie hier, um Informationen über Bibliotheken von Drittanbietern zu erhalten";
         QTest::newRow("website en") << "en" << "ondo::dialog_about" << "Website:" << "Website:";
         QTest::newRow("website de") << "de" << "ondo::dialog_about" << "Website:" << "Webseite:";
+        QTest::newRow("camera column") << "de" << "table_data_model" << "Camera" << "Kamera";
+        QTest::newRow("unknown camera") << "de" << "camera" << "Unknown camera" << "Unbekannte Kamera";
+        QTest::newRow("same moment") << "de" << "MainWindow" << "Same moment" << "Gleicher Moment";
+        QTest::newRow("clock from GPS") << "de" << "MainWindow" << "Set this camera's clock from GPS time"
+                                        << "Uhr dieser Kamera nach GPS-Zeit stellen";
     }
 
     void corrected_texts()

@@ -89,7 +89,7 @@ QList<undo_entry> MainWindow::create_undo_info(const QString& path)
     const auto cache = exif_cache::instance();
     const exif_tag_map tags = cache->file_tags[path];
     const exif_tag_map values = recording_tags::new_values(tags, model->get_dt(path), model->get_offset_dt(path),
-                                                           model->current_shift());
+                                                           model->shift_for(path));
     return recording_tags::undo_entries(tags, cache->file_data[path], values);
 }
 
@@ -119,12 +119,11 @@ void MainWindow::on_button_fix_time_clicked()
         auto cell = [this, row](int column) { return model->data(model->index(row, column), Qt::UserRole); };
         plan.append({cell(0).toString(), cell(1).toDateTime(), cell(2).toDateTime()});
     }
-    const recording_tags::shift shift = model->current_shift();
 
     // Nothing is written before the questions are through, so "Abort" leaves everything as it was.
     // With a zone entered, CR3 files that have nowhere to keep it are asked about; without one,
     // files whose IPTC time states no zone; and in either case times before 1972.
-    if (model->has_timezone) {
+    if (model->offsets->panel().has_zone) {
         // A CR3 with EXIF gets the zone as EXIF offsets; one without has nowhere to keep it.
         const auto cr3_files = std::count_if(plan.begin(), plan.end(), [&cache](const planned_file& file) {
             return file.path.endsWith(QLatin1String(".cr3"), Qt::CaseInsensitive)
@@ -282,7 +281,7 @@ void MainWindow::on_button_fix_time_clicked()
         // Each time tag moves from its own value; the undo gives back what was there and deletes
         // what the run adds.
         const exif_tag_map tags = cache->file_tags[path];
-        const exif_tag_map values = recording_tags::new_values(tags, time, new_time, shift);
+        const exif_tag_map values = recording_tags::new_values(tags, time, new_time, model->shift_for(path));
         const QList<undo_entry> undo = recording_tags::undo_entries(tags, cache->file_data[path], values);
 
         QStringList refused;
@@ -328,7 +327,10 @@ void MainWindow::on_button_fix_time_clicked()
     }
     written_values.clear();
     ui->widget_time_adjust->clear();
+    // The rows now show the corrected times: no camera is off any more.
+    model->offsets->clear_corrections();
     model->resort();
+    cameras_changed();
     const QStringList failed_files = failures.values();
     // Skipped rows at the end leave the bar short of its maximum, where it would stay up.
     tavimo_progress_dialog->reset();
@@ -502,6 +504,7 @@ void MainWindow::on_button_undo_clicked()
     model->rows_changed();
     button_undo->setEnabled(!undo_info.isEmpty());
     note->show_after_undo(restored_count, int(failed_files.size()));
+    cameras_changed();
     if (!failed_files.isEmpty() && !quitting)
         ondo::message_box::warning(ui->centralWidget, tr("Undo"),
             tr("The following %n files could not be restored:\n%1\n\nTheir old times are kept: press undo again to retry.",

@@ -1,5 +1,6 @@
 #include "table_data_model.h"
 
+#include "camera.h"
 #include "entered_zone.h"
 #include "file_identity.h"
 #include "recording_tags.h"
@@ -129,6 +130,20 @@ QString value_of(const exif_tag_map& record, const QString& key)
     return found == record.end() ? QString() : found->second;
 }
 
+// The satellite time a file records, in UTC: GPS's date and time stamps, else XMP's GPS time.
+QDateTime gps_time(const exif_tag_map& tags)
+{
+    const QDate date = QDate::fromString(value_of(tags, QStringLiteral("GPS:GPSDateStamp")), QStringLiteral("yyyy:MM:dd"));
+    const QString clock = value_of(tags, QStringLiteral("GPS:GPSTimeStamp")).left(8);
+    const QTime time = QTime::fromString(clock, QStringLiteral("hh:mm:ss"));
+    if (date.isValid() && time.isValid())
+        return QDateTime(date, time, Qt::UTC);
+    const std::optional<recording_tags::stamp> xmp = recording_tags::parse(value_of(tags, QStringLiteral("XMP-exif:GPSDateTime")));
+    if (!xmp || !xmp->has_time)
+        return QDateTime();
+    return QDateTime(xmp->date, xmp->time, Qt::OffsetFromUTC, xmp->has_zone ? xmp->zone_seconds : 0).toUTC();
+}
+
 } // namespace
 
 std::shared_ptr<exif_cache> exif_cache::instance()
@@ -169,6 +184,13 @@ void exif_cache::load(const QString& path, const exif_tag_map& tags)
 
     store_iptc(tags, record);
     record[QStringLiteral("has_data")] = true_text;
+
+    const QString body = camera::of(tags).key();
+    if (!body.isEmpty())
+        record[QStringLiteral("camera")] = body;
+    const QDateTime gps = gps_time(tags);
+    if (gps.isValid())
+        record[QStringLiteral("gps_utc")] = gps.toString(QStringLiteral("yyyy:MM:dd hh:mm:ss"));
 }
 
 QStringList time_tags(const exif_tag_map& record)
@@ -194,7 +216,9 @@ QStringList time_tags(const exif_tag_map& record)
 table_data_model::table_data_model(QObject* parent)
     : QAbstractTableModel(parent)
     , header_font(ondo::design_font(QFont(QStringLiteral("FreeSansBold"), 14, QFont::Bold)))
+    , offsets(new time_offsets(this))
 {
+    connect(offsets, &time_offsets::changed, this, &table_data_model::rows_changed);
 }
 
 // A flat table: cells have no children, or views would take every cell for a subtree.
@@ -205,7 +229,7 @@ int table_data_model::rowCount(const QModelIndex& parent) const
 
 int table_data_model::columnCount(const QModelIndex& parent) const
 {
-    return parent.isValid() ? 0 : 3;
+    return parent.isValid() ? 0 : 4;
 }
 
 QDateTime table_data_model::get_dt(const QString& path) const
@@ -232,7 +256,7 @@ QDateTime table_data_model::get_offset_dt(const QString& path) const
         utc = QDateTime::fromString(utc_text, QStringLiteral("yyyy:MM:dd hh:mm:ss"));
         utc.setTimeSpec(Qt::UTC);
     }
-    return recording_tags::new_recording_time(get_dt(path), date_only(path), utc, current_shift());
+    return offsets->new_time(camera_key(path), get_dt(path), date_only(path), utc);
 }
 
 bool table_data_model::date_only(const QString& path) const
@@ -240,9 +264,103 @@ bool table_data_model::date_only(const QString& path) const
     return record_of(path).count(QStringLiteral("rec_date_only")) > 0;
 }
 
-recording_tags::shift table_data_model::current_shift() const
+recording_tags::shift table_data_model::shift_for(const QString& path) const
 {
-    return {offset_year, offset_month, offset_day, offset_hour, offset_minute, offset_second, has_timezone, offset_timezone};
+    return offsets->shift_for(camera_key(path));
+}
+
+QString table_data_model::camera_key(const QString& path) const
+{
+    return value_of(record_of(path), QStringLiteral("camera"));
+}
+
+QString table_data_model::camera_name(const QString& key) const
+{
+    const auto found = camera_names.constFind(key);
+    return found != camera_names.constEnd() ? *found : camera::from_key(key).name();
+}
+
+void table_data_model::count_camera(const QString& key)
+{
+    if (camera_files[key]++ > 0)
+        return;
+    // A new body: it and any other of its model are named anew.
+    const camera body = camera::from_key(key);
+    bool shared = false;
+    for (auto other = camera_files.constBegin(); other != camera_files.constEnd(); ++other) {
+        const camera known = camera::from_key(other.key());
+        if (other.key() != key && !body.unknown() && known.make == body.make && known.model == body.model) {
+            shared = true;
+            camera_names.insert(other.key(), known.name(true));
+        }
+    }
+    camera_names.insert(key, body.name(shared));
+}
+
+QList<camera_summary> table_data_model::cameras() const
+{
+    QHash<QString, camera_summary> found;
+    for (const QString& path : files) {
+        const QString key = camera_key(path);
+        camera_summary& summary = found[key];
+        summary.key = key;
+        ++summary.files;
+        const QDateTime time = get_dt(path);
+        if (time.isValid()) {
+            if (!summary.first.isValid() || time < summary.first)
+                summary.first = time;
+            if (!summary.last.isValid() || time > summary.last)
+                summary.last = time;
+        }
+    }
+    QList<camera_summary> list;
+    for (camera_summary& summary : found) {
+        summary.name = camera_name(summary.key);
+        summary.gps = camera_clocks::estimate(gps_differences(summary.key, false));
+        list << summary;
+    }
+    std::sort(list.begin(), list.end(), [](const camera_summary& a, const camera_summary& b) {
+        return QString::compare(a.name, b.name, Qt::CaseInsensitive) < 0;
+    });
+    return list;
+}
+
+QVector<qint64> table_data_model::gps_differences(const QString& camera, bool from_new) const
+{
+    QVector<qint64> differences;
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    for (const QString& path : files) {
+        const QString gps = value_of(record_of(path), QStringLiteral("gps_utc"));
+        if (gps.isEmpty() || date_only(path) || camera_key(path) != camera)
+            continue;
+        QDateTime utc = QDateTime::fromString(gps, QStringLiteral("yyyy:MM:dd hh:mm:ss"));
+        utc.setTimeSpec(Qt::UTC);
+        const auto difference = camera_clocks::gps_difference(utc, recorded_moment(path), now);
+        if (difference)
+            differences << (from_new ? new_moment(path).secsTo(utc) : *difference);
+    }
+    return differences;
+}
+
+QDateTime table_data_model::recorded_moment(const QString& path) const
+{
+    return moment_on(path, get_dt(path), false);
+}
+
+QDateTime table_data_model::new_moment(const QString& path) const
+{
+    return moment_on(path, get_offset_dt(path), true);
+}
+
+QDateTime table_data_model::moment_on(const QString& path, const QDateTime& time, bool with_offset) const
+{
+    if (!time.isValid())
+        return QDateTime();
+    // The clock the time is read on: the zone shown beside it, else the machine's for that date.
+    const std::optional<int> zone = entered_zone::minutes(get_timezone_string(path, with_offset));
+    if (!zone)
+        return time;
+    return QDateTime(time.date(), time.time(), Qt::OffsetFromUTC, *zone * 60);
 }
 
 QString table_data_model::get_timezone_string(const QString& path, bool with_offset) const
@@ -251,9 +369,9 @@ QString table_data_model::get_timezone_string(const QString& path, bool with_off
     if (date_only(path))
         return QString();
     const QString zone = value_of(record_of(path), QStringLiteral("file_timezone"));
-    const int entered = qRound(offset_timezone * 60);
+    const int entered = qRound(offsets->panel().zone * 60);
     // The entered zone is the zone of the new times; one that is no zone is never shown as one.
-    if (!with_offset || !has_timezone || !entered_zone::valid(entered))
+    if (!with_offset || !offsets->panel().has_zone || !entered_zone::valid(entered))
         return zone;
     return entered_zone::text(entered);
 }
@@ -306,6 +424,8 @@ QVariant table_data_model::data(const QModelIndex& index, int role) const
             return time_text(path, get_dt(path), get_timezone_string(path, false));
         case 2:
             return time_text(path, get_offset_dt(path), get_timezone_string(path, true));
+        case 3:
+            return camera_name(camera_key(path));
         }
     } else if (role == Qt::ForegroundRole || role == Qt::ToolTipRole) {
         // A row the last fix or undo could not write keeps its old time, marked.
@@ -321,6 +441,8 @@ QVariant table_data_model::data(const QModelIndex& index, int role) const
             return get_dt(path);
         case 2:
             return get_offset_dt(path);
+        case 3:
+            return camera_key(path);
         }
     }
     return QVariant();
@@ -340,13 +462,18 @@ QVariant table_data_model::headerData(int section, Qt::Orientation orientation, 
             return tr("Recording Time");
         case 2:
             return tr("New Recording Time");
+        case 3:
+            return tr("Camera");
         }
         break;
     case Qt::SizeHintRole: {
         QSize size = QAbstractTableModel::headerData(section, orientation, role).toSize();
         size.setHeight(30);
+        // The names and cameras leave the two times room for a zone each at 800 pixels.
         if (section == 0)
-            size.setWidth(300);
+            size.setWidth(200);
+        else if (section == 3)
+            size.setWidth(150);
         return size;
     }
     case Qt::InitialSortOrderRole:
@@ -361,7 +488,7 @@ QVariant table_data_model::headerData(int section, Qt::Orientation orientation, 
 
 void table_data_model::sort(int column, Qt::SortOrder order)
 {
-    if (column != 0 && column != 1) {
+    if (column != 0 && column != 1 && column != 3) {
         // The new time can't be sorted by: put the header's indicator back where it was.
         emit sort_order_override(sort_column, sort_order);
         return;
@@ -386,7 +513,7 @@ void table_data_model::sort(int column, Qt::SortOrder order)
         std::vector<std::pair<QString, QString>> rows;
         rows.reserve(size_t(files.size()));
         for (const QString& path : qAsConst(files))
-            rows.emplace_back(QFileInfo(path).fileName(), path);
+            rows.emplace_back(column == 3 ? camera_name(camera_key(path)) : QFileInfo(path).fileName(), path);
         // As file managers show names: case aside, numbers by value ("photo_2" before "photo_10"),
         // letters as the locale orders them. The C locale has no order of letters of its own; the
         // neutral one stands in, which puts "Ü" beside "U" rather than after "z".
@@ -429,10 +556,24 @@ void table_data_model::add_file(const QString& path, bool notify)
     prefetched.erase(ahead);
     exif_cache::instance()->load(path, ondo::exiftool::read_result(read));
     identity.store(exif_cache::instance()->file_data[path]);
+    count_camera(camera_key(path));
 
     // The row was shown before its tags came; let the view pick up its times.
     if (notify && row < files.size() && files.at(row) == path)
-        emit dataChanged(index(row, 0), index(row, 2));
+        emit dataChanged(index(row, 0), index(row, 3));
+}
+
+void table_data_model::add_loaded(const QStringList& paths)
+{
+    beginResetModel();
+    for (const QString& path : paths) {
+        if (loaded.contains(path))
+            continue;
+        files.append(path);
+        loaded.insert(path);
+        count_camera(camera_key(path));
+    }
+    endResetModel();
 }
 
 void table_data_model::add_files(const QStringList& paths)
@@ -472,6 +613,8 @@ void table_data_model::clear()
     beginResetModel();
     files.clear();
     loaded.clear();
+    camera_files.clear();
+    camera_names.clear();
     endResetModel();
 }
 
@@ -485,14 +628,5 @@ void table_data_model::datetime_format_changed(const QString& text)
 void table_data_model::datetime_offset_changed(int year, int month, int day, int hour, int minute,
                                                int second, bool timezone_entered, double timezone)
 {
-    emit layoutAboutToBeChanged();
-    offset_year = year;
-    offset_month = month;
-    offset_day = day;
-    offset_hour = hour;
-    offset_minute = minute;
-    offset_second = second;
-    has_timezone = timezone_entered;
-    offset_timezone = timezone;
-    emit layoutChanged();
+    offsets->set_panel({year, month, day, hour, minute, second, timezone_entered, timezone});
 }

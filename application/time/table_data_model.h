@@ -1,7 +1,9 @@
 #pragma once
 
 #include "recording_tags.h"
+#include "time_offsets.h"
 
+#include "camera_clocks.h"
 #include "file_identity.h"
 
 #include <ondo/exiftool.h>
@@ -9,7 +11,9 @@
 #include <QAbstractTableModel>
 #include <QDateTime>
 #include <QFont>
+#include <QHash>
 #include <QList>
+#include <QVector>
 #include <QSet>
 #include <QString>
 #include <QStringList>
@@ -46,9 +50,9 @@ public:
 // has (recording_tags::new_values), of which these are a part.
 QStringList time_tags(const exif_tag_map& record);
 
-// The table of loaded files: the file, its recording time and that time moved by the current
-// offset. The new time is computed on every request and never stored, so an offset change
-// shows through a bare layoutChanged.
+// The table of loaded files: the file, its recording time, that time moved by the current
+// offsets, and its camera. The new time is computed on every request and never stored, so an
+// offset change shows through a bare layoutChanged.
 class table_data_model : public QAbstractTableModel {
     Q_OBJECT
 public:
@@ -58,12 +62,15 @@ public:
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
-    // Columns 0 (name) and 1 (recording time) sort; any other is refused with sort_order_override.
+    // Columns 0 (name), 1 (recording time) and 3 (camera) sort; the new time is refused with
+    // sort_order_override.
     void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
 
     // Appends `path` and reads its tags, blocking until ExifTool has answered. A path already
     // in the table is ignored without reading anything. `notify` announces the new row.
     void add_file(const QString& path, bool notify);
+    // Appends files whose records exif_cache holds already, in one reset of the table.
+    void add_loaded(const QStringList& paths);
     // add_file(path, true) for each, then one sort with the stored column and order.
     void add_files(const QStringList& paths);
     // Starts the read of `path` ahead of its add_file, so that every ExifTool child has work;
@@ -82,8 +89,22 @@ public:
     QDateTime get_offset_dt(const QString& path) const;
     // The file's own zone text, or with `with_offset` and an entered zone, that zone moved by it.
     QString get_timezone_string(const QString& path, bool with_offset) const;
-    // The offset and zone as entered, for moving the file's tags the way the table moves times.
-    recording_tags::shift current_shift() const;
+    // The offset and zone that move this file: the panel's, then its camera's correction.
+    recording_tags::shift shift_for(const QString& path) const;
+    // The key of the file's camera (camera::key), empty for an unknown one, and its shown name.
+    QString camera_key(const QString& path) const;
+    QString camera_name(const QString& key) const;
+    // The cameras of the loaded files, in order of their names, each with its count, first and
+    // last recording time and GPS estimate. Computed anew on each call: once per load.
+    QList<camera_summary> cameras() const;
+    // For each file of `camera` with a usable GPS stamp: GPS time minus its recording moment, or
+    // with `from_new` minus its new moment. Usable: see camera_clocks::gps_difference, which
+    // always judges by the recording moment.
+    QVector<qint64> gps_differences(const QString& camera, bool from_new) const;
+    // The moment the file's recording time names: on the zone shown beside it, else on the
+    // machine's clock. The new one, with the offsets applied, on the zone shown beside that.
+    QDateTime recorded_moment(const QString& path) const;
+    QDateTime new_moment(const QString& path) const;
     // Whether the file's recording time is a date without a time.
     bool date_only(const QString& path) const;
 
@@ -102,14 +123,8 @@ public:
     int sort_column = -1;
     QString format;
     QFont header_font;
-    int offset_year = 0;
-    int offset_month = 0;
-    int offset_day = 0;
-    int offset_hour = 0;
-    int offset_minute = 0;
-    int offset_second = 0;
-    double offset_timezone = 0.0;
-    bool has_timezone = false;
+    // The panel's offset and the cameras' corrections; a change shows in the rows at once.
+    time_offsets* const offsets;
 
 public slots:
     void datetime_format_changed(const QString& format);
@@ -125,5 +140,11 @@ private:
         ondo::exif_response* read;
     };
     std::map<QString, pending_read> prefetched;
+    // The files of each camera key, and each key's shown name: a second body of a model gives
+    // both of them the end of their serials.
+    QHash<QString, int> camera_files;
+    QHash<QString, QString> camera_names;
+    void count_camera(const QString& key);
+    QDateTime moment_on(const QString& path, const QDateTime& time, bool with_offset) const;
     QString time_text(const QString& path, const QDateTime& time, const QString& zone) const;
 };

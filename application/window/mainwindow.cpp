@@ -95,6 +95,7 @@ MainWindow::MainWindow(QWidget* parent)
     setup_load_images_progress_dialog();
     setup_inter_widget_connections();
     setup_keyboard();
+    setup_cameras();
     ondo::application_information_box::install(this, {});
     load_application_settings();
 
@@ -257,6 +258,7 @@ void MainWindow::setup_tableview()
     header->setSectionResizeMode(0, QHeaderView::Fixed);
     header->setSectionResizeMode(1, QHeaderView::Stretch);
     header->setSectionResizeMode(2, QHeaderView::Stretch);
+    header->setSectionResizeMode(3, QHeaderView::Fixed);
     QStyle* header_style = QStyleFactory::create("fusion");
     header_style->setParent(header); // setStyle doesn't take it over
     header->setStyle(header_style);
@@ -365,6 +367,7 @@ void MainWindow::load_files(QStringList filenames)
     ui->tableView->setUpdatesEnabled(true);
     model->drop_prefetched();
     model->resort();
+    cameras_changed();
     // An empty list never reaches the maximum that hides the dialog by itself.
     load_images_progress_dialog->reset();
 }
@@ -445,9 +448,11 @@ void MainWindow::on_button_reset_clicked()
     ++resets;
     model->clear();
     ui->widget_time_adjust->clear();
+    model->offsets->clear_corrections();
     auto cache = exif_cache::instance();
     cache->file_data.clear();
     cache->file_tags.clear();
+    cameras_changed();
 }
 
 void MainWindow::on_button_settings_clicked()

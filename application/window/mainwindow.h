@@ -7,12 +7,15 @@
 #include <QElapsedTimer>
 #include <QList>
 #include <QMap>
+#include <QSet>
 #include <QSettings>
 #include <QString>
 #include <QStringList>
 
 class QAction;
 class QTimer;
+class camera_timeline;
+class cameras_panel;
 class Ui_MainWindow;
 class run_note;
 class table_data_model;
@@ -63,6 +66,13 @@ private slots:
     // Asks for the true time of the table's current photo and puts the offset that takes its
     // recording time there into the offset panel.
     void correct_time_of_current_photo();
+    // With exactly two rows of two cameras selected: the current row's camera gets the
+    // correction that puts its new time onto the other row's (mainwindow_cameras.cpp).
+    void same_moment();
+    // The current row's camera gets the correction that puts its files' new times on their GPS time.
+    void camera_from_gps();
+    // After the files or their times changed: the cameras, their estimates and the timeline's photos.
+    void cameras_changed();
 
 private:
     // In the progress dialog of the run under way: ExifTool is still at `file`, with a button
@@ -99,6 +109,13 @@ private:
     // Logs a note when the file system did not take the file time a fix wrote into `path`: a
     // FAT card holds nothing before 1980. The photo counts as fixed all the same.
     void note_unset_file_time(const QString& path, const exif_tag_map& values);
+    // The cameras panel and the timeline between the panels and the table, and the actions on
+    // cameras; shown once two cameras are loaded (mainwindow_cameras.cpp).
+    void setup_cameras();
+    // After an offset or a correction changed: the timeline's lanes move.
+    void offsets_changed();
+    // Whether the context menu's camera actions apply to the rows selected now.
+    void update_camera_actions();
 
     // When a run paints again: a few times a second, and after its last file. That is enough for
     // the eye; painting after every file would cost more than ExifTool's work on it.
@@ -156,4 +173,13 @@ private:
     run_note* note = nullptr;
     QStringList names_not_loaded;
     QAction* correct_time_action = nullptr;
+    QAction* same_moment_action = nullptr;
+    QAction* camera_from_gps_action = nullptr;
+    QWidget* cameras_area = nullptr;
+    cameras_panel* cameras = nullptr;
+    camera_timeline* timeline = nullptr;
+    // One photo of each of the timeline's lanes, by which the lane's shift is measured.
+    QStringList lane_photos;
+    // The cameras whose files hold a usable GPS time, as of the last change of the files.
+    QSet<QString> cameras_with_gps;
 };

@@ -84,13 +84,20 @@ void MainWindow::setup_keyboard()
         const QModelIndex index = table->indexAt(position);
         if (!index.isValid())
             return;
-        table->setCurrentIndex(index);
+        // A right click inside the selection keeps it, so that a pair can be acted on.
+        if (table->selectionModel()->isRowSelected(index.row(), QModelIndex()))
+            table->selectionModel()->setCurrentIndex(index, QItemSelectionModel::NoUpdate);
+        else
+            table->setCurrentIndex(index);
         QMenu menu(this);
         menu.setStyleSheet("QMenu {background-color: rgb(47,47,47); color: rgb(198,213,210);"
                            "border: 1px solid rgb(99,99,99); padding: 2px;}"
                            "QMenu::item {padding: 4px 16px;}"
                            "QMenu::item:selected {background-color: rgb(91,91,91); color: #f0f0f0;}");
         menu.addAction(correct_time_action);
+        update_camera_actions();
+        menu.addAction(same_moment_action);
+        menu.addAction(camera_from_gps_action);
         menu.exec(table->viewport()->mapToGlobal(position));
     });
 }
@@ -110,10 +117,22 @@ void MainWindow::correct_time_of_current_photo()
             tr("%1 has no recording time that an offset could start from.").arg(QFileInfo(path).fileName()));
         return;
     }
-    dialog_correct_time dialog(this, QFileInfo(path).fileName(), recorded, model->format);
+    // With several cameras the photo's camera is set, from the time the row shows now; the
+    // panel's offset and the other cameras stay.
+    const bool per_camera = model->cameras().size() >= 2;
+    const QDateTime shown = per_camera ? model->get_offset_dt(path) : recorded;
+    if (!shown.isValid())
+        return;
+    dialog_correct_time dialog(this, QFileInfo(path).fileName(), shown, model->format);
     if (dialog.exec() != QDialog::Accepted)
         return;
     const recording_tags::shift offset = dialog.shift();
+    if (per_camera) {
+        const QString key = model->camera_key(path);
+        const qint64 seconds = qint64(offset.days) * 86400 + qint64(offset.hours) * 3600 + offset.minutes * 60 + offset.seconds;
+        model->offsets->set_correction(key, model->offsets->correction(key) + seconds);
+        return;
+    }
     ui->widget_time_adjust->set_offset(offset.years, offset.months, offset.days, offset.hours, offset.minutes,
                                        offset.seconds);
 }

@@ -14,10 +14,9 @@ public:
     void show_after_fix(int changed, int failed, int left = 0);
     // `restored` files given back their old times, `failed` not.
     void show_after_undo(int restored, int failed);
+    // Any other word on what was just done, such as a camera's clock set.
+    void show_text(const QString& text);
 
 public slots:
     void clear();
-
-private:
-    void show_text(const QString& text);
 };

@@ -2,7 +2,33 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de_DE">
 <context>
+    <name>camera</name>
+    <message>
+        <source>Unknown camera</source>
+        <translation>Unbekannte Kamera</translation>
+    </message>
+</context>
+<context>
     <name>MainWindow</name>
+    <message>
+        <source>Same moment</source>
+        <translation>Gleicher Moment</translation>
+    </message>
+    <message>
+        <source>Set this camera&apos;s clock from GPS time</source>
+        <translation>Uhr dieser Kamera nach GPS-Zeit stellen</translation>
+    </message>
+    <message>
+        <source>%1: %2, from the same moment as %3</source>
+        <translation>%1: %2, aus dem gleichen Moment wie %3</translation>
+    </message>
+    <message numerus="yes">
+        <source>%1: %2, from the GPS time of %n photos</source>
+        <translation>
+            <numerusform>%1: %2, aus der GPS-Zeit von %n Foto</numerusform>
+            <numerusform>%1: %2, aus der GPS-Zeit von %n Fotos</numerusform>
+        </translation>
+    </message>
     <message>
         <source>%1 (moved while ExifTool replaced it; its copy is kept beside it)</source>
         <translation>%1 (verschoben, während ExifTool sie ersetzte; ihre Kopie bleibt daneben erhalten)</translation>
@@ -329,6 +355,55 @@ Die Anwendung muss neu gestartet werden um die neue Sprache zu verwenden.</trans
     </message>
 </context>
 <context>
+    <name>cameras_panel</name>
+    <message>
+        <source>Camera</source>
+        <translation>Kamera</translation>
+    </message>
+    <message>
+        <source>First recording</source>
+        <translation>Erste Aufnahme</translation>
+    </message>
+    <message>
+        <source>Last recording</source>
+        <translation>Letzte Aufnahme</translation>
+    </message>
+    <message>
+        <source>Clock correction</source>
+        <translation>Uhrkorrektur</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n files</source>
+        <translation>
+            <numerusform>%n Datei</numerusform>
+            <numerusform>%n Dateien</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Added to the recording times of this camera&apos;s files, on top of the offset for all files. Negative where its clock ran ahead.</source>
+        <translation>Wird zu den Aufnahmezeitpunkten der Dateien dieser Kamera addiert, zusätzlich zur Verschiebung für alle Dateien. Negativ, wenn ihre Uhr vorging.</translation>
+    </message>
+    <message>
+        <source>Clear</source>
+        <translation>Zurücksetzen</translation>
+    </message>
+    <message>
+        <source>Sets this camera&apos;s clock correction back to zero.</source>
+        <translation>Setzt die Uhrkorrektur dieser Kamera auf null zurück.</translation>
+    </message>
+    <message numerus="yes">
+        <source>GPS: %1, %n photos, spread %2</source>
+        <translation>
+            <numerusform>GPS: %1, %n Foto, Streuung %2</numerusform>
+            <numerusform>GPS: %1, %n Fotos, Streuung %2</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>The correction that the satellite time in this camera&apos;s photos suggests: the median over those photos, and how far they differ from one another. A spread of a few seconds makes it trustworthy.</source>
+        <translation>Die Korrektur, die die Satellitenzeit in den Fotos dieser Kamera nahelegt: der Median über diese Fotos und wie weit sie voneinander abweichen. Bei einer Streuung von wenigen Sekunden ist sie verlässlich.</translation>
+    </message>
+</context>
+<context>
     <name>command_line</name>
     <message>
         <source>Corrects the recording times of photos and videos.</source>
@@ -496,6 +571,10 @@ Die Anwendung muss neu gestartet werden um die neue Sprache zu verwenden.</trans
 </context>
 <context>
     <name>table_data_model</name>
+    <message>
+        <source>Camera</source>
+        <translation>Kamera</translation>
+    </message>
     <message>
         <source>%1
 Not changed: %2</source>

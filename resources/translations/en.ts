@@ -6,6 +6,13 @@
 <context>
     <name>MainWindow</name>
     <message numerus="yes">
+        <source>%1: %2, from the GPS time of %n photos</source>
+        <translation>
+            <numerusform>%1: %2, from the GPS time of %n photo</numerusform>
+            <numerusform>%1: %2, from the GPS time of %n photos</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
         <source>The times of %n photos have been changed since the fix, by another program or by hand:
 %1
 
@@ -90,6 +97,23 @@ All other values except the timezone will work normally.</numerusform>
             <numerusform>Trying to alter/set timezone of %n CR3 images.
 The CR3 format does not support timezone information.
 All other values except the timezone will work normally.</numerusform>
+        </translation>
+    </message>
+</context>
+<context>
+    <name>cameras_panel</name>
+    <message numerus="yes">
+        <source>%n files</source>
+        <translation>
+            <numerusform>%n file</numerusform>
+            <numerusform>%n files</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>GPS: %1, %n photos, spread %2</source>
+        <translation>
+            <numerusform>GPS: %1, %n photo, spread %2</numerusform>
+            <numerusform>GPS: %1, %n photos, spread %2</numerusform>
         </translation>
     </message>
 </context>
