@@ -596,6 +596,7 @@ private slots:
     // fixed, one beside a leftover of an earlier write, one whose time the clock skips.
     void failures_say_why_and_the_note_counts_every_file()
     {
+        test_support::log_capture log;
         const QList<QTranslator*> english = ondo::install_translators("en");
         auto uninstall = qScopeGuard([&] {
             for (QTranslator* translator : english)
@@ -614,6 +615,14 @@ private slots:
         QCOMPARE(window->findChild<QLabel*>("run_note")->text(),
                  QString("1 photo changed. Undo is possible until Tavimo closes. 1 file could not be changed. "
                          "1 file left as it was."));
+        press(undo_tip);
+        // The log tells each run, from its start to its counts, and each failure with its reason.
+        for (const QString& line : {QString("Load: 3 files"), QString("Load ended: 3 rows added, in "),
+                                    QString("Fix run: 3 files, offset 0 y 0 mo 0 d 1 h 0 min 0 s, zone none"),
+                                    "Not fixed: " + paths[1] + " (an earlier write left",
+                                    QString("Fix run ended: 1 written, 1 failed, 1 left as they were, in "),
+                                    QString("Undo run: 1 files"), QString("Undo run ended: 1 restored, 0 failed, in ")})
+            QVERIFY2(log.count(line) == 1, qPrintable(line + "\n" + log.lines().join('\n')));
     }
 
     // The window is closed from a timer while a run is under way, as main sets it up: the run

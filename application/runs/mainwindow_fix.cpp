@@ -1,6 +1,9 @@
 // The fix run, its undo information and the undo run of MainWindow.
 #include "mainwindow.h"
 
+#include "camera_clocks.h"
+#include "entered_zone.h"
+
 #include "file_identity.h"
 #include "photo_lock.h"
 #include "write_link.h"
@@ -175,6 +178,9 @@ void MainWindow::on_button_fix_time_clicked()
     tavimo_progress_dialog->setRange(0, plan.size());
     tavimo_progress_dialog->setValue(0);
     QCoreApplication::processEvents();
+    QElapsedTimer run_clock;
+    run_clock.start();
+    qInfo().noquote() << QStringLiteral("Fix run: %1 files, %2").arg(plan.size()).arg(offsets_for_log());
 
     // Writes go out a few files ahead, so that every ExifTool child works; they are taken back in
     // row order. Each file's undo is on disk before its write goes out: a few files' undo
@@ -337,6 +343,11 @@ void MainWindow::on_button_fix_time_clicked()
     // Before the question: an undo chosen there puts its own note in place of this one.
     // Every file of the run is counted once: written, failed, or left as it was.
     note->show_after_fix(written_count, failed_files.size(), plan.size() - written_count - failed_files.size());
+    qInfo().noquote() << QStringLiteral("Fix run ended: %1 written, %2 failed, %3 left as they were, in %4 s")
+                             .arg(written_count)
+                             .arg(failed_files.size())
+                             .arg(plan.size() - written_count - failed_files.size())
+                             .arg(run_clock.elapsed() / 1000.0, 0, 'f', 1);
 
     // A program that is quitting asks nothing more.
     if (!failed_files.isEmpty() && !quitting) {
@@ -366,6 +377,26 @@ void MainWindow::note_unset_file_time(const QString& path, const exif_tag_map& v
                                  .arg(wanted.toString(Qt::ISODate), path, kept.toString(Qt::ISODate));
 }
 
+QString MainWindow::offsets_for_log() const
+{
+    const recording_tags::shift& offset = model->offsets->panel();
+    QString text = QStringLiteral("offset %1 y %2 mo %3 d %4 h %5 min %6 s, zone %7")
+                       .arg(offset.years)
+                       .arg(offset.months)
+                       .arg(offset.days)
+                       .arg(offset.hours)
+                       .arg(offset.minutes)
+                       .arg(offset.seconds)
+                       .arg(offset.has_zone ? entered_zone::text(qRound(offset.zone * 60)) : QStringLiteral("none"));
+    QStringList corrections;
+    for (const camera_summary& camera : model->cameras())
+        if (model->offsets->correction(camera.key) != 0)
+            corrections << camera.name + QStringLiteral(" ") + camera_clocks::correction_text(model->offsets->correction(camera.key));
+    if (!corrections.isEmpty())
+        text += QStringLiteral(", corrections: ") + corrections.join(QStringLiteral("; "));
+    return text;
+}
+
 void MainWindow::on_button_undo_clicked()
 {
     const run_guard guard(this);
@@ -378,6 +409,9 @@ void MainWindow::on_button_undo_clicked()
     tavimo_progress_dialog->setRange(0, undo_info.size());
     tavimo_progress_dialog->setValue(0);
     QCoreApplication::processEvents();
+    QElapsedTimer run_clock;
+    run_clock.start();
+    qInfo().noquote() << QStringLiteral("Undo run: %1 files").arg(undo_info.size());
 
     // As in the fix run: writes go out a few files ahead and are taken back in order.
     struct pending_undo {
@@ -504,6 +538,12 @@ void MainWindow::on_button_undo_clicked()
     model->rows_changed();
     button_undo->setEnabled(!undo_info.isEmpty());
     note->show_after_undo(restored_count, int(failed_files.size()));
+    for (const QString& failed : qAsConst(failed_files))
+        qWarning().noquote() << "Not undone:" << failed;
+    qInfo().noquote() << QStringLiteral("Undo run ended: %1 restored, %2 failed, in %3 s")
+                             .arg(restored_count)
+                             .arg(failed_files.size())
+                             .arg(run_clock.elapsed() / 1000.0, 0, 'f', 1);
     cameras_changed();
     if (!failed_files.isEmpty() && !quitting)
         ondo::message_box::warning(ui->centralWidget, tr("Undo"),

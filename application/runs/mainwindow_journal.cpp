@@ -11,6 +11,7 @@
 
 #include <QFileInfo>
 #include <QSet>
+#include <QtDebug>
 #include <QTimer>
 
 namespace {
@@ -83,6 +84,13 @@ void MainWindow::offer_unfinished_runs()
                     .arg(written)
                     .arg(not_written),
                 undo_journal::tr("Undo"), undo_journal::tr("Keep"), QMessageBox::NoButton);
+            qInfo().noquote() << QStringLiteral("Offered the undo of an unfinished fix run (%1 photos changed, %2 not "
+                                                "written yet): %3")
+                                     .arg(written)
+                                     .arg(not_written)
+                                     .arg(answer == QMessageBox::Yes ? QStringLiteral("undo")
+                                              : answer == QMessageBox::No ? QStringLiteral("keep")
+                                                                          : QStringLiteral("no answer"));
             if (answer == QMessageBox::Yes) {
                 undo_info = journal->adopt(run);
                 on_button_undo_clicked();
@@ -115,6 +123,10 @@ void MainWindow::offer_unfinished_runs()
         for (;;) {
             const auto answer = ondo::message_box::question(this, title, text, undo_journal::tr("Keep"),
                 undo_journal::tr("Show list"), QMessageBox::NoButton);
+            qInfo().noquote() << QStringLiteral("Offered to keep an unfinished fix run that can't be undone safely: %1")
+                                     .arg(answer == QMessageBox::Yes ? QStringLiteral("keep")
+                                              : answer == QMessageBox::No ? QStringLiteral("show list")
+                                                                          : QStringLiteral("no answer"));
             if (answer == QMessageBox::Yes)
                 journal->discard(run);
             if (answer != QMessageBox::No)

@@ -11,6 +11,7 @@
 
 #include <QCollator>
 #include <QColor>
+#include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QSize>
@@ -419,7 +420,7 @@ QVariant table_data_model::data(const QModelIndex& index, int role) const
     if (role == Qt::DisplayRole) {
         switch (index.column()) {
         case 0:
-            return QFileInfo(path).fileName();
+            return shown_name(path);
         case 1:
             return time_text(path, get_dt(path), get_timezone_string(path, false));
         case 2:
@@ -513,7 +514,7 @@ void table_data_model::sort(int column, Qt::SortOrder order)
         std::vector<std::pair<QString, QString>> rows;
         rows.reserve(size_t(files.size()));
         for (const QString& path : qAsConst(files))
-            rows.emplace_back(column == 3 ? camera_name(camera_key(path)) : QFileInfo(path).fileName(), path);
+            rows.emplace_back(column == 3 ? camera_name(camera_key(path)) : shown_name(path), path);
         // As file managers show names: case aside, numbers by value ("photo_2" before "photo_10"),
         // letters as the locale orders them. The C locale has no order of letters of its own; the
         // neutral one stands in, which puts "Ü" beside "U" rather than after "z".
@@ -546,6 +547,7 @@ void table_data_model::add_file(const QString& path, bool notify)
         beginInsertRows(QModelIndex(), row, row);
     files.append(path);
     loaded.insert(path);
+    ++name_files[QFileInfo(path).fileName()];
     if (notify)
         endInsertRows();
 
@@ -571,6 +573,7 @@ void table_data_model::add_loaded(const QStringList& paths)
             continue;
         files.append(path);
         loaded.insert(path);
+        ++name_files[QFileInfo(path).fileName()];
         count_camera(camera_key(path));
     }
     endResetModel();
@@ -615,7 +618,45 @@ void table_data_model::clear()
     loaded.clear();
     camera_files.clear();
     camera_names.clear();
+    name_files.clear();
     endResetModel();
+}
+
+void table_data_model::remove_files(const QStringList& paths)
+{
+    const QSet<QString> gone(paths.begin(), paths.end());
+    beginResetModel();
+    QList<QString> kept;
+    kept.reserve(files.size());
+    for (const QString& path : qAsConst(files))
+        if (!gone.contains(path))
+            kept.append(path);
+    files = kept;
+    loaded.clear();
+    name_files.clear();
+    camera_files.clear();
+    camera_names.clear();
+    auto cache = exif_cache::instance();
+    for (const QString& path : gone) {
+        cache->file_data.erase(path);
+        cache->file_tags.erase(path);
+    }
+    // The counts and names of what is left, as a load of it would give them.
+    for (const QString& path : qAsConst(files)) {
+        loaded.insert(path);
+        ++name_files[QFileInfo(path).fileName()];
+        count_camera(camera_key(path));
+    }
+    endResetModel();
+}
+
+QString table_data_model::shown_name(const QString& path) const
+{
+    const QFileInfo file(path);
+    const QString name = file.fileName();
+    if (name_files.value(name) < 2)
+        return name;
+    return file.dir().dirName() + QLatin1Char('/') + name;
 }
 
 void table_data_model::datetime_format_changed(const QString& text)

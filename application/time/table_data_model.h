@@ -82,6 +82,11 @@ public:
     void resort();
     // Empties the table; exif_cache keeps its records.
     void clear();
+    // Takes `paths` out of the table, and their records out of exif_cache. Nothing is written.
+    void remove_files(const QStringList& paths);
+    // The name a row shows: the file's name, led by its folder's where another loaded file has
+    // the same name ("100CANON/DSC_0001.JPG").
+    QString shown_name(const QString& path) const;
 
     // The recording time as a local time; invalid when the record has no valid date.
     QDateTime get_dt(const QString& path) const;
@@ -143,6 +148,8 @@ private:
     // The files of each camera key, and each key's shown name: a second body of a model gives
     // both of them the end of their serials.
     QHash<QString, int> camera_files;
+    // How many loaded files have each name.
+    QHash<QString, int> name_files;
     QHash<QString, QString> camera_names;
     void count_camera(const QString& key);
     QDateTime moment_on(const QString& path, const QDateTime& time, bool with_offset) const;

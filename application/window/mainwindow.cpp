@@ -24,6 +24,7 @@
 #include <QCloseEvent>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QtDebug>
 #include <QFileInfo>
 #include <QFileOpenEvent>
 #include <QFontDatabase>
@@ -336,6 +337,10 @@ void MainWindow::load_files(QStringList filenames)
 {
     const run_guard guard(this);
     filenames = file_identity::as_stored(filenames);
+    QElapsedTimer load_clock;
+    load_clock.start();
+    const int rows_before = model->rowCount();
+    qInfo().noquote() << QStringLiteral("Load: %1 files").arg(filenames.size());
     stop_requested = false;
     note->clear();
     load_images_progress_dialog->setRange(0, filenames.size());
@@ -368,6 +373,10 @@ void MainWindow::load_files(QStringList filenames)
     model->drop_prefetched();
     model->resort();
     cameras_changed();
+    qInfo().noquote() << QStringLiteral("Load ended: %1 rows added%2, in %3 s")
+                             .arg(model->rowCount() - rows_before)
+                             .arg(run_ends() ? QStringLiteral(", stopped") : QString())
+                             .arg(load_clock.elapsed() / 1000.0, 0, 'f', 1);
     // An empty list never reaches the maximum that hides the dialog by itself.
     load_images_progress_dialog->reset();
 }

@@ -66,6 +66,8 @@ private slots:
     // Asks for the true time of the table's current photo and puts the offset that takes its
     // recording time there into the offset panel.
     void correct_time_of_current_photo();
+    // Takes the selected rows out of the table; the files are not touched.
+    void remove_selected_rows();
     // With exactly two rows of two cameras selected: the current row's camera gets the
     // correction that puts its new time onto the other row's (mainwindow_cameras.cpp).
     void same_moment();
@@ -109,6 +111,8 @@ private:
     // Logs a note when the file system did not take the file time a fix wrote into `path`: a
     // FAT card holds nothing before 1980. The photo counts as fixed all the same.
     void note_unset_file_time(const QString& path, const exif_tag_map& values);
+    // The panel's offset, its zone and the cameras' corrections, for the log line of a fix run.
+    QString offsets_for_log() const;
     // The cameras panel and the timeline between the panels and the table, and the actions on
     // cameras; shown once two cameras are loaded (mainwindow_cameras.cpp).
     void setup_cameras();
@@ -173,6 +177,7 @@ private:
     run_note* note = nullptr;
     QStringList names_not_loaded;
     QAction* correct_time_action = nullptr;
+    QAction* remove_action = nullptr;
     QAction* same_moment_action = nullptr;
     QAction* camera_from_gps_action = nullptr;
     QWidget* cameras_area = nullptr;

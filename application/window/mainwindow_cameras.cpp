@@ -62,6 +62,9 @@ void MainWindow::setup_cameras()
         grid->removeWidget(ui->tableView);
         grid->addWidget(cameras_area, 4, 1, 1, 2);
         grid->addWidget(ui->tableView, 5, 1, 1, 2);
+        // A larger window is room for more rows, not for the panels.
+        for (int row = 0; row < grid->rowCount(); ++row)
+            grid->setRowStretch(row, row == 5 ? 1 : 0);
     }
     cameras_area->hide();
 

@@ -79,6 +79,14 @@ void MainWindow::setup_keyboard()
                                               [this] { correct_time_of_current_photo(); }));
     connect(table, &QAbstractItemView::doubleClicked, this, &MainWindow::correct_time_of_current_photo);
 
+    // Delete and the context menu take the selected rows out of the table; nothing is written.
+    remove_action = new QAction(tr("Remove from the list"), table);
+    remove_action->setObjectName("action_remove_from_list");
+    remove_action->setShortcut(QKeySequence::Delete);
+    remove_action->setShortcutContext(Qt::WidgetShortcut);
+    table->addAction(remove_action);
+    connect(remove_action, &QAction::triggered, this, &MainWindow::remove_selected_rows);
+
     table->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(table, &QWidget::customContextMenuRequested, this, [this, table](const QPoint& position) {
         const QModelIndex index = table->indexAt(position);
@@ -98,8 +106,24 @@ void MainWindow::setup_keyboard()
         update_camera_actions();
         menu.addAction(same_moment_action);
         menu.addAction(camera_from_gps_action);
+        menu.addSeparator();
+        menu.addAction(remove_action);
         menu.exec(table->viewport()->mapToGlobal(position));
     });
+}
+
+void MainWindow::remove_selected_rows()
+{
+    if (runs_under_way > 0)
+        return;
+    QStringList paths;
+    for (const QModelIndex& row : ui->tableView->selectionModel()->selectedRows())
+        paths << model->files.value(row.row());
+    paths.removeAll(QString());
+    if (paths.isEmpty())
+        return;
+    model->remove_files(paths);
+    cameras_changed();
 }
 
 void MainWindow::correct_time_of_current_photo()

@@ -161,11 +161,15 @@ void application_log::install()
     cout_copy = std::make_unique<copy_streambuf<char>>(std::cout, capture, capture_lock);
     cerr_copy = std::make_unique<copy_streambuf<char>>(std::cerr, capture, capture_lock);
 
+    // The buttons' work is also a command, so that it can be done from the keyboard.
+    add_command("save", [this](const QString&) { on_save_clicked(); }, false);
+    add_command("clear", [this](const QString&) { clear_logs(); }, false);
+    add_command("network", [this](const QString&) { show_network_report(); }, false);
+    // Every command, the hidden ones too: help is where a user learns what there is.
     add_command("help", [this](const QString&) {
         std::cout << "List of commands:" << std::endl;
         for (const auto& [name, command] : commands)
-            if (!command.hidden)
-                std::cout << "    " << name.toUtf8().constData() << std::endl;
+            std::cout << "    " << name.toUtf8().constData() << std::endl;
     }, false);
 }
 

@@ -283,6 +283,7 @@ void answer(QDialog* dialog, const QString& wanted, seen_box& seen)
 std::mutex capture_mutex;
 QStringList captured;
 QtMessageHandler previous_handler = nullptr;
+int capture_depth = 0;
 
 // The worker thread may log while the capture goes, so the next handler is read under the lock.
 void capture(QtMsgType type, const QMessageLogContext& context, const QString& message)
@@ -290,7 +291,8 @@ void capture(QtMsgType type, const QMessageLogContext& context, const QString& m
     QtMessageHandler next = nullptr;
     {
         std::lock_guard<std::mutex> lock(capture_mutex);
-        if (context.category && QByteArray(context.category) == "exiftool")
+        // ExifTool's lines and the program's own: the runs' lines in the log.
+        if (context.category && (QByteArray(context.category) == "exiftool" || QByteArray(context.category) == "default"))
             captured << message;
         next = previous_handler;
     }
@@ -334,14 +336,19 @@ log_capture::log_capture()
 {
     QLoggingCategory::setFilterRules("exiftool.debug=true");
     std::lock_guard<std::mutex> lock(capture_mutex);
+    // A capture inside another (a helper's inside a test's) adds to what the outer one holds.
+    if (capture_depth++ > 0)
+        return;
     captured.clear();
     previous_handler = qInstallMessageHandler(capture);
 }
 
 log_capture::~log_capture()
 {
-    QLoggingCategory::setFilterRules("exiftool.debug=false");
     std::lock_guard<std::mutex> lock(capture_mutex);
+    if (--capture_depth > 0)
+        return;
+    QLoggingCategory::setFilterRules("exiftool.debug=false");
     qInstallMessageHandler(previous_handler);
 }
 
