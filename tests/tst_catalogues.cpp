@@ -130,6 +130,7 @@ private slots:
                                  << "Klicken Sie hier, um Informationen über Bibliotheken von Drittanbietern zu erhalten";
         QTest::newRow("website en") << "en" << "ondo::dialog_about" << "Website:" << "Website:";
         QTest::newRow("website de") << "de" << "ondo::dialog_about" << "Website:" << "Webseite:";
+        QTest::newRow("file dialog title") << "de" << "MainWindow" << "Select files" << "Dateien auswählen";
         QTest::newRow("camera column") << "de" << "table_data_model" << "Camera" << "Kamera";
         QTest::newRow("unknown camera") << "de" << "camera" << "Unknown camera" << "Unbekannte Kamera";
         QTest::newRow("same moment") << "de" << "MainWindow" << "Same moment" << "Gleicher Moment";

@@ -52,7 +52,7 @@ private slots:
     {
         QTest::addColumn<QString>("path");
         QTest::addColumn<qreal>("ratio");
-        for (const char* name : {"icon_fix_time", "icon_undo", "icon_undo_small", "icon_open", "icon_settings",
+        for (const char* name : {"icon_fix_time", "icon_undo", "icon_undo_small", "icon_clear_small", "icon_open", "icon_settings",
                  "icon_about", "icon_help", "logo_small", "head_medium_dark_without_shadow", "Head"})
             QTest::newRow(name) << QString(":/images/%1.png").arg(name) << qreal(2);
         for (const char* name : {"radio/checked", "radio/disabled_unchecked", "checkbox/checked", "combobox/arrow"})

@@ -331,6 +331,31 @@ QImage undo_icon(int size, qreal stroke)
     });
 }
 
+// Empty the list: a sheet with a cross over its lower right corner, unlike the round arrow of undo.
+QImage clear_icon(int size)
+{
+    return icon(size, size, [&](QPainter& p) {
+        const qreal u = size / 16.0;
+        p.setBrush(Qt::NoBrush);
+        p.setPen(QPen(Qt::white, 1.6 * u, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
+        p.drawRect(QRectF(1.8 * u, 1.8 * u, 8.4 * u, 10.4 * u));
+        p.drawLine(QPointF(4.0 * u, 5.0 * u), QPointF(8.0 * u, 5.0 * u));
+        p.drawLine(QPointF(4.0 * u, 8.0 * u), QPointF(6.5 * u, 8.0 * u));
+        // The cross, cut free of the sheet's lines by a clear margin.
+        QPainterPath cross;
+        cross.moveTo(9.0 * u, 9.0 * u);
+        cross.lineTo(14.6 * u, 14.6 * u);
+        cross.moveTo(14.6 * u, 9.0 * u);
+        cross.lineTo(9.0 * u, 14.6 * u);
+        p.setCompositionMode(QPainter::CompositionMode_Clear);
+        p.setPen(QPen(Qt::white, 4.6 * u, Qt::SolidLine, Qt::RoundCap));
+        p.drawPath(cross);
+        p.setCompositionMode(QPainter::CompositionMode_SourceOver);
+        p.setPen(QPen(Qt::white, 2.2 * u, Qt::SolidLine, Qt::RoundCap));
+        p.drawPath(cross);
+    });
+}
+
 QImage open_icon()
 {
     // An open folder: the back with its tab, and the front flap tilted forward.
@@ -410,6 +435,7 @@ void draw_icons()
     save(disc_with_glyph(16, "?", 13.5, QPointF(0.2, 0)), "images/icon_help.png");
     save(open_icon(), "images/icon_open.png");
     save(undo_icon(16, 2.5), "images/icon_undo_small.png");
+    save(clear_icon(16), "images/icon_clear_small.png");
     save(undo_icon(30, 2.1), "images/icon_undo.png");
     save(fix_time_icon(), "images/icon_fix_time.png");
     // The application's own drop-down glyphs, in the text colour.

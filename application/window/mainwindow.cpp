@@ -149,7 +149,7 @@ void MainWindow::make_buttons()
     button_about = make_button(this, 23, 22, QString(), ":/images/icon_about.png",
                                tr("Show information about the application"));
     button_load_images = make_button(this, 23, 22, QString(), ":/images/icon_open.png", tr("Load images"));
-    button_reset = make_button(this, 23, 22, QString(), ":/images/icon_undo_small.png",
+    button_reset = make_button(this, 23, 22, QString(), ":/images/icon_clear_small.png",
                                tr("Clear list of loaded images"));
     // The names match the slots; scripts that drive the window find the buttons by them too,
     // as the tool tips change with the language.
@@ -487,7 +487,7 @@ void MainWindow::on_button_about_clicked()
                       QCoreApplication::applicationName());
     about.third_party_action = [](QWidget* parent) {
         ondo::dialog_3rd_part_lib_info info(parent);
-        info.add({"Exiftool",
+        info.add({"ExifTool",
                   tr("This program reads and writes all metadata with ExifTool by Phil Harvey, used under the "
                      "terms of Perl itself (Artistic License or GNU GPL).\nhttps://exiftool.org/"),
                   QString()});

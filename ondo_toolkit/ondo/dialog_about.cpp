@@ -143,7 +143,7 @@ void dialog_about::default_3rdparty_libs(bool exiftool, bool image_libraries)
     third_party_action = [exiftool, image_libraries](QWidget* parent) {
         dialog_3rd_part_lib_info info(parent);
         if (exiftool)
-            info.add({"Exiftool",
+            info.add({"ExifTool",
                 tr("This software uses ExifTool by Phil Harvey, under the terms of Perl (Artistic License or "
                    "GPL).\nhttps://exiftool.org/"),
                 QString()});

@@ -203,7 +203,7 @@ Ihre Metadaten speichern eine solche Zeit korrekt. Die Zeit im Dateisystem mögl
     </message>
     <message>
         <source>Select files</source>
-        <translation>Dateien Auswählen</translation>
+        <translation>Dateien auswählen</translation>
     </message>
     <message>
         <source>Show documentation, shortcuts and usage information</source>
