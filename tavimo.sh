@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Set up, build and run Tavimo on Debian.
-#   ./tavimo.sh run    install what is needed, build, start the program
+#   ./tavimo.sh run    install what is needed, build the program alone, start it
 #   ./tavimo.sh test   install what is needed, build, run every test: against Qt 5, then Qt 6
 #   ./tavimo.sh deb    install what is needed, build, make the Debian package in the build folder
 # BUILD_DIR (default: build) and CMAKE_ARGS (e.g. -DTAVIMO_SANITIZE=address,undefined) are honoured.
@@ -25,6 +25,9 @@ packages+=(libheif-examples)
 # Memory cards for the fix's safety tests: FAT and exFAT through FUSE, on image files.
 packages+=(dosfstools fusefat exfatprogs exfat-fuse)
 
+# A Wayland compositor without a screen, and Qt's Wayland platforms, for the Wayland smoke test.
+packages+=(weston qtwayland5 qt6-wayland)
+
 install_packages() {
     local missing=()
     for p in "${packages[@]}"; do
@@ -43,28 +46,56 @@ build_dir() {
     if [ "$1" = 6 ]; then echo "${BUILD_DIR:-build}-qt6"; else echo "${BUILD_DIR:-build}"; fi
 }
 
-# Builds against Qt $1 into its folder.
+# Builds against Qt $1 into its folder; further arguments go to the build (--target tavimo).
 build() {
-    local dir
-    dir=$(build_dir "$1")
+    local version=$1 dir
+    dir=$(build_dir "$version")
+    shift
     # shellcheck disable=SC2086
-    cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTAVIMO_QT="$1" ${CMAKE_ARGS:-}
-    cmake --build "$dir" -j"$(nproc)"
+    cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTAVIMO_QT="$version" ${CMAKE_ARGS:-}
+    cmake --build "$dir" -j"$(nproc)" "$@"
+}
+
+# Whether the program would find a display, by the rule it applies itself: DISPLAY or
+# WAYLAND_DISPLAY, or a platform in QT_QPA_PLATFORM that needs none (offscreen, vnc...).
+have_display() {
+    if [ -n "${DISPLAY:-}" ] || [ -n "${WAYLAND_DISPLAY:-}" ]; then
+        return 0
+    fi
+    local entry entries
+    IFS=';' read -ra entries <<< "${QT_QPA_PLATFORM:-}"
+    for entry in "${entries[@]}"; do
+        entry=${entry%%:*}
+        case "$entry" in
+        "" | xcb | wayland*) ;;
+        *) return 0 ;;
+        esac
+    done
+    return 1
 }
 
 qt="${TAVIMO_QT:-5}"
 
 case "${1:-}" in
 run)
-    install_packages
-    build "$qt"
     dir=$(build_dir "$qt")
-    if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ]; then
-        echo "There is no display to show the window on (DISPLAY is not set)."
+    # Before anything is installed or built: without a display the window has nowhere to go,
+    # and the build alone takes minutes.
+    if ! have_display; then
+        echo "There is no display to show the window on (DISPLAY and WAYLAND_DISPLAY are not set)."
         echo "Start the program on a virtual display instead:"
-        echo "    xvfb-run -a -s '-screen 0 1280x1024x24' $dir/bin/tavimo"
+        if [ -x "$dir/bin/tavimo" ]; then
+            echo "    xvfb-run -a -s '-screen 0 1280x1024x24' $dir/bin/tavimo"
+        else
+            echo "    xvfb-run -a -s '-screen 0 1280x1024x24' $0 run"
+        fi
+        command -v xvfb-run >/dev/null || echo "(xvfb-run comes with Debian's packages xvfb and xauth.)"
         exit 1
     fi
+    install_packages
+    # The program and what it loads (its libraries with their catalogues and artwork); the
+    # tests and benchmarks are left to "test".
+    build "$qt" --target tavimo
     exec "$dir/bin/tavimo"
     ;;
 test)

@@ -13,6 +13,31 @@
 #include <QTextStream>
 #include <QTranslator>
 
+namespace {
+
+// True when Qt would look for a display that the environment doesn't name: xcb and wayland then
+// end the program inside QApplication's constructor. Other platforms (offscreen, minimal, vnc)
+// need none. A -platform argument counts before QT_QPA_PLATFORM, as it does for Qt.
+bool display_missing(const QStringList& arguments)
+{
+    if (!qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
+        return false;
+    QString platforms = qEnvironmentVariable("QT_QPA_PLATFORM");
+    for (int i = 1; i + 1 < arguments.size(); ++i) {
+        if (arguments[i] == QLatin1String("-platform") || arguments[i] == QLatin1String("--platform"))
+            platforms = arguments[i + 1];
+    }
+    // "wayland;xcb" is tried in turn, and "xcb:option" carries options behind the name.
+    for (const QString& entry : platforms.split(QLatin1Char(';'), Qt::SkipEmptyParts)) {
+        const QString name = entry.section(QLatin1Char(':'), 0, 0).trimmed().toLower();
+        if (name != QLatin1String("xcb") && !name.startsWith(QLatin1String("wayland")))
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
 int main(int argc, char** argv)
 {
     qSetMessagePattern("%{time hh:mm:ss.zzz} %{if-category}%{category}: %{endif}%{message}");
@@ -41,6 +66,15 @@ int main(int argc, char** argv)
         if (!request.paths.isEmpty() && desktop_service::open_in_running_copy(request.paths))
             return 0;
         paths = request.paths;
+        // Checked here, with the translators in place and before the application object, whose
+        // constructor would end the program with a fatal message instead.
+        if (display_missing(reader.arguments())) {
+            ondo::qt_compat::use_utf8(err);
+            err << QCoreApplication::translate("main",
+                       "Tavimo needs a graphical display: none found (DISPLAY and WAYLAND_DISPLAY are unset).")
+                << '\n';
+            return 1;
+        }
     }
 
     ondo::application<MainWindow> app(argc, argv);

@@ -11,6 +11,7 @@
 #include <QFile>
 #include <QSettings>
 #include <QTemporaryDir>
+#include <QTextBrowser>
 #include <QtTest>
 
 // Catches what would go to the browser.
@@ -64,7 +65,7 @@ private slots:
 
         const QString path = QDir::tempPath() + QString("/tavimo_help_%1.html").arg(lang);
         QCOMPARE(catcher.urls.size(), 1);
-        QCOMPARE(catcher.urls.first().toString(QUrl::None), "file:///" + path); // four slashes
+        QCOMPARE(catcher.urls.first().toString(QUrl::None), "file://" + path); // three slashes before /tmp
         QFile written(path);
         QVERIFY(written.open(QIODevice::ReadOnly));
         const QString text = QString::fromUtf8(written.readAll());
@@ -115,10 +116,64 @@ private slots:
         QFETCH(QString, opened);
         QCOMPARE(catcher.urls.size(), 1);
         const QString path = QDir::tempPath() + "/" + opened;
-        QCOMPARE(catcher.urls.first().toString(QUrl::None), "file:///" + path);
+        QCOMPARE(catcher.urls.first().toString(QUrl::None), "file://" + path);
         QFile written(path);
         QVERIFY(written.open(QIODevice::ReadOnly));
         QTEST(QString::fromUtf8(written.readAll()), "expected");
+    }
+
+    // No browser: no URL handler, and no launcher on PATH for a platform that would look for one.
+    // The page then opens in a dark window of the program's own, one at a time, and its link
+    // leads on to the guide.
+    void without_a_browser_data()
+    {
+        QTest::addColumn<QString>("lang");
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QString>("guide_title");
+        QTest::newRow("en") << "en" << "Help - Tavimo" << "Introduction to Tavimo";
+        QTest::newRow("de") << "de" << "Hilfe - Tavimo" << "Einführung in Tavimo";
+    }
+
+    void without_a_browser()
+    {
+        QFETCH(QString, lang);
+        QFETCH(QString, title);
+        QFETCH(QString, guide_title);
+        QDesktopServices::unsetUrlHandler("file");
+        const QByteArray path = qgetenv("PATH");
+        qputenv("PATH", dir->path().toLocal8Bit());
+        auto restore = qScopeGuard([&] {
+            qputenv("PATH", path);
+            QDesktopServices::setUrlHandler("file", &catcher, "open");
+        });
+        QSettings().setValue("lang", lang);
+        window = test_support::open_main_window();
+
+        window->on_button_help_clicked();
+        window->on_button_help_clicked(); // the second shows the same window again
+
+        const QList<QTextBrowser*> browsers = window->findChildren<QTextBrowser*>("help_browser");
+        QCOMPARE(browsers.size(), 1);
+        QTextBrowser* browser = browsers.first();
+        QVERIFY(browser->isWindow());
+        QVERIFY(QTest::qWaitForWindowExposed(browser));
+        const QString page = QDir::tempPath() + QString("/tavimo_help_%1.html").arg(lang);
+        QCOMPARE(browser->source().toString(), "file://" + page);
+        QCOMPARE(browser->documentTitle(), title);
+        QCOMPARE(browser->windowTitle(), title);
+
+        // Dark behind light text, in the browser's empty corner as on its page.
+        const QImage shot = browser->viewport()->grab().toImage();
+        for (const QPoint& at : {QPoint(2, 2), QPoint(shot.width() - 3, shot.height() - 3)})
+            QVERIFY2(qGray(shot.pixel(at)) < 60, qPrintable(QColor(shot.pixel(at)).name()));
+        QVERIFY(qGray(browser->palette().color(QPalette::Text).rgb()) > 160);
+
+        // The first link is the guide's; the keyboard reaches and follows it.
+        browser->setFocus();
+        QTest::keyClick(browser, Qt::Key_Tab);
+        QTest::keyClick(browser, Qt::Key_Return);
+        QCOMPARE(browser->source().fileName(), QString("tavimo_guide_%1.html").arg(lang));
+        QCOMPARE(browser->windowTitle(), guide_title);
     }
 
 private:

@@ -129,6 +129,7 @@ private slots:
         QFETCH(QString, format);
         if (!preset.isEmpty())
             QSettings().setValue("date_format", preset);
+        QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany)); // whose first format is DD.MM.YYYY
         datetime_format panel;
         QCOMPARE(panel.get_datetime_format(), (preset.isEmpty() ? "dd.MM.yyyy" : preset) + " - HH:mm:ss");
         QCOMPARE(panel.findChild<QRadioButton*>("rb_ddmmyyyy_dot")->isChecked(), preset.isEmpty());
@@ -144,6 +145,44 @@ private slots:
         datetime_format again;
         QCOMPARE(again.get_datetime_format(), format);
         QVERIFY(again.findChild<QRadioButton*>(radio)->isChecked());
+    }
+
+    // Until a date format is stored, the panel shows the offered row nearest to the locale's
+    // short date: its order of the fields, and its separator where that order has one. A stored
+    // choice stands whatever the locale, and the locale's row is not stored.
+    void first_date_format_follows_the_locale_data()
+    {
+        QTest::addColumn<QString>("locale");
+        QTest::addColumn<QString>("stored");
+        QTest::addColumn<QString>("radio");
+        QTest::addColumn<QString>("format");
+        QTest::newRow("en_US") << "en_US" << "" << "rb_mmddyyyy_slash" << "MM/dd/yyyy";
+        QTest::newRow("de_DE") << "de_DE" << "" << "rb_ddmmyyyy_dot" << "dd.MM.yyyy";
+        QTest::newRow("C") << "C" << "" << "rb_yyyymmdd_dash" << "yyyy-MM-dd";
+        QTest::newRow("en_GB: day first, slashes") << "en_GB" << "" << "rb_ddmmyyyy_slash" << "dd/MM/yyyy";
+        QTest::newRow("nl_NL: day first, dashes") << "nl_NL" << "" << "rb_ddmmyyyy_dash" << "dd-MM-yyyy";
+        QTest::newRow("ja_JP: year first, slashes") << "ja_JP" << "" << "rb_yyyymmdd_slash" << "yyyy/MM/dd";
+        QTest::newRow("ko_KR: year first, dots and blanks") << "ko_KR" << "" << "rb_yyyymmdd_dot" << "yyyy.MM.dd";
+        QTest::newRow("ar_EG: marks between the fields") << "ar_EG" << "" << "rb_ddmmyyyy_slash" << "dd/MM/yyyy";
+        QTest::newRow("en_US, DD.MM.YYYY chosen") << "en_US" << "dd.MM.yyyy" << "rb_ddmmyyyy_dot" << "dd.MM.yyyy";
+        QTest::newRow("C, MM/DD/YYYY chosen") << "C" << "MM/dd/yyyy" << "rb_mmddyyyy_slash" << "MM/dd/yyyy";
+    }
+
+    void first_date_format_follows_the_locale()
+    {
+        QFETCH(QString, locale);
+        QFETCH(QString, stored);
+        QFETCH(QString, radio);
+        QFETCH(QString, format);
+        QLocale::setDefault(QLocale(locale));
+        if (!stored.isEmpty())
+            QSettings().setValue("date_format", stored);
+
+        datetime_format panel;
+
+        QCOMPARE(panel.get_datetime_format(), format + " - HH:mm:ss");
+        QVERIFY(panel.findChild<QRadioButton*>(radio)->isChecked());
+        QCOMPARE(QSettings().value("date_format").toString(), stored);
     }
 };
 

@@ -4,7 +4,9 @@
 #include <QFileInfo>
 #include <QImage>
 #include <QProcess>
+#include <QSettings>
 #include <QTemporaryDir>
+#include <QTranslator>
 #include <QtTest>
 
 #include <csignal>
@@ -71,6 +73,72 @@ private slots:
         QVERIFY(perl.starts().isEmpty());
     }
 
+    // A shell with no display: DISPLAY, WAYLAND_DISPLAY and QT_QPA_PLATFORM are not in the
+    // environment at all (`platform` puts the last back). The program says so in the language of
+    // its settings and ends with 1 before Qt looks for a display, names to open or not; a platform
+    // that needs no display starts as ever, also when named on the command line.
+    void without_a_display_data()
+    {
+        QTest::addColumn<QString>("program");
+        QTest::addColumn<QString>("platform");
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("lang");
+        QTest::addColumn<int>("exit_code");
+        QTest::addColumn<QString>("err");
+        const QString english = "Tavimo needs a graphical display: none found (DISPLAY and WAYLAND_DISPLAY are unset).\n";
+        const QString german = "Tavimo benötigt eine grafische Anzeige: keine gefunden (DISPLAY und WAYLAND_DISPLAY sind "
+                               "nicht gesetzt).\n";
+        QTest::newRow("nothing set") << "tavimo" << "" << QStringList() << "en" << 1 << english;
+        QTest::newRow("a file to open") << "tavimo" << "" << QStringList{"a.jpg"} << "en" << 1 << english;
+        QTest::newRow("xcb named") << "tavimo" << "xcb" << QStringList() << "en" << 1 << english;
+        QTest::newRow("wayland, then xcb") << "tavimo" << "wayland;xcb" << QStringList() << "en" << 1 << english;
+        QTest::newRow("xcb on the command line") << "tavimo" << "offscreen" << QStringList{"-platform", "xcb"} << "en" << 1
+                                                 << english;
+        QTest::newRow("German") << "tavimo" << "" << QStringList() << "de" << 1 << german;
+        QTest::newRow("offscreen named") << "tavimo_close_soon" << "offscreen" << QStringList() << "en" << 0 << "";
+        QTest::newRow("offscreen on the command line") << "tavimo_close_soon" << "" << QStringList{"-platform", "offscreen"}
+                                                       << "en" << 0 << "";
+    }
+
+    void without_a_display()
+    {
+        QFETCH(QString, program);
+        QFETCH(QString, platform);
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, lang);
+        QFETCH(QString, err);
+        if (lang == "de") {
+            QTranslator catalogue;
+            const QString english = "Tavimo needs a graphical display: none found (DISPLAY and WAYLAND_DISPLAY are unset).";
+            if (!catalogue.load(":/translations/de") || catalogue.translate("main", english.toUtf8()).isEmpty())
+                QSKIP("The German catalogue doesn't hold the line yet");
+        }
+        test_support::fake_perl perl;
+        QTemporaryDir dir;
+        QSettings(dir.filePath("home/.config/Velmora/Tavimo.conf"), QSettings::IniFormat).setValue("lang", lang);
+
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+            env.remove(name);
+        if (!platform.isEmpty())
+            env.insert("QT_QPA_PLATFORM", platform);
+        env.insert("HOME", dir.filePath("home"));
+        env.insert("XDG_CONFIG_HOME", dir.filePath("home/.config"));
+        env.insert("TAVIMO_TEST_CLOSE_AFTER_MS", "300");
+        // No bus, so that no copy elsewhere on this machine takes the names.
+        env.insert("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
+        QProcess started;
+        started.setProcessEnvironment(env);
+        started.setWorkingDirectory(dir.path());
+        started.start(TAVIMO_BIN_DIR "/" + program, arguments);
+        QVERIFY(started.waitForFinished(30000));
+
+        QCOMPARE(started.exitStatus(), QProcess::NormalExit);
+        QTEST(started.exitCode(), "exit_code");
+        QCOMPARE(QString::fromUtf8(started.readAllStandardError()), err);
+        QVERIFY(perl.starts().isEmpty());
+    }
+
     // A relative name, a folder that holds it and one more, and a name that is nothing: the rows
     // come in once each, ExifTool runs for them, and a box lists the name that isn't there.
     void names_on_the_command_line()
@@ -88,8 +156,10 @@ private slots:
         QVERIFY(program.waitForFinished(30000));
         QCOMPARE(program.exitCode(), 0);
         const QString out = QString::fromUtf8(program.readAllStandardOutput());
+        // The two p000.jpg show their folders.
         QCOMPARE(out.count("row: "), 3);
-        QCOMPARE(out.count("row: p000.jpg"), 2);
+        QCOMPARE(out.count("row: album/p000.jpg"), 1);
+        QCOMPARE(out.count("row: " + QFileInfo(dir.path()).fileName() + "/p000.jpg"), 1);
         QCOMPARE(out.count("row: p001.jpg"), 1);
         QVERIFY2(out.contains("visible: ondo::message_box"), qPrintable(out));
     }

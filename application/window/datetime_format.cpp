@@ -5,6 +5,7 @@
 #include <ondo/style.h>
 
 #include <QFont>
+#include <QLocale>
 #include <QSettings>
 
 const QStringList datetime_format::date_formats = {
@@ -20,6 +21,60 @@ QSettings& settings()
 {
     static QSettings store;
     return store;
+}
+
+// The order of day, month and year in `format` ("dMy" for "dd.MM.yy") and the first separator
+// between them, read past quoted text and marks such as right-to-left ones. An empty order when a
+// field is missing or the month is spelled out.
+struct date_order {
+    QString fields;
+    QChar separator;
+};
+
+date_order order_of(const QString& format)
+{
+    date_order order;
+    bool quoted = false;
+    for (const QChar c : format) {
+        if (c == QLatin1Char('\''))
+            quoted = !quoted;
+        else if (quoted)
+            continue;
+        else if (c == QLatin1Char('d') || c == QLatin1Char('M') || c == QLatin1Char('y')) {
+            if (!order.fields.endsWith(c))
+                order.fields += c;
+        } else if (order.separator.isNull() && order.fields.size() == 1
+                   && (c == QLatin1Char('.') || c == QLatin1Char('/') || c == QLatin1Char('-'))) {
+            order.separator = c;
+        }
+    }
+    if (order.fields.size() != 3 || format.contains(QLatin1String("MMM")))
+        order.fields.clear();
+    return order;
+}
+
+// The offered format nearest to the locale's short date: the same order of the fields, with the
+// locale's separator where one of that order has it. ISO for the C locale, which has no habit of
+// its own, and for an order the panel doesn't offer.
+QString default_date_format(const QLocale& locale)
+{
+    const QString iso = QStringLiteral("yyyy-MM-dd");
+    if (locale.language() == QLocale::C)
+        return iso;
+    const date_order wanted = order_of(locale.dateFormat(QLocale::ShortFormat));
+    if (wanted.fields.isEmpty())
+        return iso;
+    QString same_order;
+    for (const QString& offered : datetime_format::date_formats) {
+        const date_order order = order_of(offered);
+        if (order.fields != wanted.fields)
+            continue;
+        if (order.separator == wanted.separator)
+            return offered;
+        if (same_order.isEmpty())
+            same_order = offered;
+    }
+    return same_order.isEmpty() ? iso : same_order;
 }
 
 } // namespace
@@ -42,7 +97,8 @@ datetime_format::~datetime_format() { delete ui; }
 
 void datetime_format::load_settings()
 {
-    date_format = settings().value("date_format", "dd.MM.yyyy").toString();
+    // Until a choice is stored, the dates read as the user's locale writes them.
+    date_format = settings().value("date_format", default_date_format(QLocale())).toString();
     time_format = settings().value("time_format", "HH:mm:ss").toString();
 
     // Buttons in an exclusive group can't all be unchecked one by one; lift the rule while

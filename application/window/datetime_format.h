@@ -19,6 +19,8 @@ public:
     static const QStringList time_formats;
 
     // A stored text that is no row is used all the same, with no radio of its group checked.
+    // Without a stored date format, the row nearest to the default locale's short date is taken
+    // (MM/DD/YYYY for en_US, DD.MM.YYYY for de, YYYY-MM-DD for C); it is stored only once chosen.
     void load_settings();
     void save_settings();
     // "<date> - <time>", e.g. "dd.MM.yyyy - HH:mm:ss".

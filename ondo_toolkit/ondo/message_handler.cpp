@@ -1,5 +1,6 @@
 #include "ondo/message_handler.h"
 
+#include <QApplication>
 #include <QCoreApplication>
 #include <QGuiApplication>
 #include <QMessageBox>
@@ -49,6 +50,16 @@ bool level_for(QtMsgType type, level& out)
     return false;
 }
 
+// A box needs a widget application whose platform has come up, on its own thread. Qt names the
+// platform only once it is running: a fatal message from QApplication's constructor (no display
+// to connect to) comes before that, and a box then would crash the program.
+bool can_show_a_box()
+{
+    QCoreApplication* app = QCoreApplication::instance();
+    return qobject_cast<QApplication*>(app) && !QGuiApplication::platformName().isEmpty()
+        && QThread::currentThread() == app->thread();
+}
+
 void message_handler(QtMsgType type, const QMessageLogContext& context, const QString& message)
 {
     if (message == QLatin1String("libpng warning: iCCP: known incorrect sRGB profile"))
@@ -82,8 +93,7 @@ void message_handler(QtMsgType type, const QMessageLogContext& context, const QS
             mutex->unlock();
     }
 
-    if (type == QtFatalMsg && QCoreApplication::instance()
-        && QThread::currentThread() == QCoreApplication::instance()->thread()) {
+    if (type == QtFatalMsg && can_show_a_box()) {
         QMessageBox::critical(nullptr, QObject::tr("Fatal error"),
             QObject::tr("%1 encountered a fatal error and must be terminated:\n%2")
                 .arg(QGuiApplication::applicationDisplayName(), message),

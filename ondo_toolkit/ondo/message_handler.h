@@ -10,6 +10,8 @@ namespace ondo {
 
 // Installs (install=true) the toolkit's handler for Qt messages, or gives messages back to Qt's
 // default. show_context is stored either way and adds " (file:line, function)" to every line.
+// A fatal message also shows a box, but only on the thread of a QApplication whose platform is
+// up; before that (no display yet) the line on standard error is all.
 void install_qt_message_handler(bool install, bool show_context);
 
 // Called with the level prefix, the raw message and a newline for every message the handler
