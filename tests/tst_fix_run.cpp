@@ -19,6 +19,7 @@
 #include <QPushButton>
 #include <QTableView>
 #include <QTranslator>
+#include <QSettings>
 #include <QtTest>
 
 #include <ctime>
@@ -476,6 +477,7 @@ private slots:
     // that failed keeps its time, marked. The offset is cleared, and the undo shows what it gave back.
     void the_table_shows_what_was_written()
     {
+        QSettings().setValue("date_format", "dd.MM.yyyy"); // chosen, so that no locale's default counts
         const QString good = photo("a.jpg", "ExifIFD:DateTimeOriginal=#;IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05-04:00");
         const QString gone = photo("b.jpg", "ExifIFD:DateTimeOriginal=#");
         load_and_type({good, gone}, "lineedit_hour", "1", "+02:00");

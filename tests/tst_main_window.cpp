@@ -7,6 +7,8 @@
 #include <ondo/application.h>
 #include <ondo/exiftool.h>
 
+#include <QAction>
+#include <QApplication>
 #include <QDir>
 #include <QFontInfo>
 #include <QHeaderView>
@@ -135,9 +137,48 @@ private slots:
         QTEST(seen.bold(), "bold");
     }
 
+    // A larger window gives its room to the table, in height and in width.
+    void the_table_takes_a_larger_window()
+    {
+        make_window();
+        window->resize(800, 700);
+        QApplication::processEvents();
+        const QSize before = table()->size();
+        window->resize(1200, 1000);
+        QApplication::processEvents();
+        QCOMPARE(table()->height() - before.height(), 300);
+        QCOMPARE(table()->width() - before.width(), 400);
+    }
+
+    // Two cameras that both write DSC_0001.JPG: each repeated name shows its folder, and every
+    // tooltip the whole path. Delete and the menu's action take rows out and write nothing.
+    void repeated_names_and_removed_rows()
+    {
+        QDir root(dir->path());
+        QVERIFY(root.mkpath("100CANON") && root.mkpath("100NIKON"));
+        const QStringList paths = {make_tagged_photo(dir->filePath("100CANON"), "DSC_0001.JPG", recorded),
+                                   make_tagged_photo(dir->filePath("100NIKON"), "DSC_0001.JPG", recorded),
+                                   make_tagged_photo(dir->filePath("100NIKON"), "DSC_0002.JPG", recorded)};
+        const QString listing = test_support::listing(paths[1]).join('\n');
+        make_window();
+        window->load_files(paths);
+        QCOMPARE(names(), (QStringList{"100CANON/DSC_0001.JPG", "100NIKON/DSC_0001.JPG", "DSC_0002.JPG"}));
+        QCOMPARE(table()->model()->index(2, 0).data(Qt::ToolTipRole).toString(), paths[2]);
+
+        table()->setFocus();
+        table()->selectRow(1);
+        QTest::keyClick(table(), Qt::Key_Delete);
+        QCOMPARE(names(), (QStringList{"DSC_0001.JPG", "DSC_0002.JPG"}));
+        table()->selectRow(1);
+        window->findChild<QAction*>("action_remove_from_list")->trigger();
+        QCOMPARE(names(), QStringList{"DSC_0001.JPG"});
+        QCOMPARE(test_support::listing(paths[1]).join('\n'), listing);
+    }
+
     // Each panel's edges in a picture of the window are those of its border image, stretched.
     void the_longest_texts_fit_at_800_pixels()
     {
+        QSettings().setValue("date_format", "dd.MM.yyyy"); // chosen, so that no locale's default counts
         make_window();
         QCOMPARE(window->width(), 800);
         window->load_files({make_tagged_photo(dir->path(), "a.jpg",

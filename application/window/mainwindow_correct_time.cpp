@@ -82,10 +82,10 @@ void MainWindow::setup_keyboard()
     // Delete and the context menu take the selected rows out of the table; nothing is written.
     remove_action = new QAction(tr("Remove from the list"), table);
     remove_action->setObjectName("action_remove_from_list");
+    // Shown in the menu; the key is taken by the table itself, as F2 is.
     remove_action->setShortcut(QKeySequence::Delete);
-    remove_action->setShortcutContext(Qt::WidgetShortcut);
-    table->addAction(remove_action);
     connect(remove_action, &QAction::triggered, this, &MainWindow::remove_selected_rows);
+    table->installEventFilter(new key_handler(table, {Qt::Key_Delete}, [this] { remove_selected_rows(); }));
 
     table->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(table, &QWidget::customContextMenuRequested, this, [this, table](const QPoint& position) {

@@ -10,7 +10,14 @@ namespace ondo {
 template <typename T>
 class application : public QApplication {
 public:
-    application(int& argc, char** argv) : QApplication(argc, argv) {}
+    application(int& argc, char** argv) : QApplication(argc, argv)
+    {
+        // A desktop program shows no software keyboard on its own. Asking for one after each key
+        // crashes Qt 6's Wayland client where the compositor offers no seat (no keyboard at all,
+        // as under a headless compositor whose keys a test sends): it looks up the text input of
+        // an input device that doesn't exist.
+        setAutoSipEnabled(false);
+    }
     ~application() override = default;
 
     bool event(QEvent* e) override

@@ -524,6 +524,13 @@ Die Anwendung muss neu gestartet werden um die neue Sprache zu verwenden.</trans
     </message>
 </context>
 <context>
+    <name>main</name>
+    <message>
+        <source>Tavimo needs a graphical display: none found (DISPLAY and WAYLAND_DISPLAY are unset).</source>
+        <translation>Tavimo benötigt eine grafische Anzeige: keine gefunden (DISPLAY und WAYLAND_DISPLAY sind nicht gesetzt).</translation>
+    </message>
+</context>
+<context>
     <name>run_note</name>
     <message numerus="yes">
         <source>%n files left as they were.</source>

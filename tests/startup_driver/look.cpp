@@ -1,6 +1,7 @@
 // Linked with the program's own main.cpp into the screenshot driver that the README describes:
 // it opens TAVIMO_LOOK_FILES, types TAVIMO_LOOK_HOURS and TAVIMO_LOOK_ZONE, presses the button that
-// TAVIMO_LOOK_PRESS names (or with "correct" opens the first row's correct-time dialog), and after
+// TAVIMO_LOOK_PRESS names (or with "correct" opens the first row's correct-time dialog), a second
+// one that TAVIMO_LOOK_THEN names a second and a half later, and after
 // TAVIMO_LOOK_QUIT_AFTER_MS refuses the open box and closes the window, so that ExifTool ends
 // with it. With TAVIMO_LOOK_GRAB it saves a picture of the main window there, 100 ms before the
 // close (or after 5 s), also where no screenshot tool is at hand.
@@ -47,6 +48,9 @@ static void look()
         // Queued, so that the box or dialog runs from the event loop and not inside this timer.
         if (QPushButton* button = press.isEmpty() ? nullptr : find_button(press))
             QTimer::singleShot(0, button, &QPushButton::click);
+        const QString then = qEnvironmentVariable("TAVIMO_LOOK_THEN");
+        if (QPushButton* button = then.isEmpty() ? nullptr : find_button(then))
+            QTimer::singleShot(1500, button, &QPushButton::click);
         // The first row's correct-time dialog, by its key.
         if (press == "correct")
             QTimer::singleShot(0, qApp, [] {
