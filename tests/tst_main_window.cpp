@@ -137,6 +137,18 @@ private slots:
         QTEST(seen.bold(), "bold");
     }
 
+    // A call queued on the application runs once with the window up: the application hands the
+    // window its file-open requests, not its own events.
+    void queued_calls_run_once()
+    {
+        make_window();
+        int calls = 0;
+        QTimer::singleShot(0, qApp, [&calls] { ++calls; });
+        QTRY_COMPARE(calls, 1);
+        QTest::qWait(50);
+        QCOMPARE(calls, 1);
+    }
+
     // A larger window gives its room to the table, in height and in width.
     void the_table_takes_a_larger_window()
     {

@@ -5,8 +5,7 @@
 
 namespace ondo {
 
-// A QApplication that hands application-level events (file-open requests above all) on to the
-// main window once that window is visible.
+// A QApplication that hands file-open requests on to the main window once that window is visible.
 template <typename T>
 class application : public QApplication {
 public:
@@ -22,10 +21,11 @@ public:
 
     bool event(QEvent* e) override
     {
-        const bool handled = QApplication::event(e);
-        if (main_window && main_window->isVisible())
+        // Only the file-open requests: the application's own events (a queued call among them)
+        // would otherwise run a second time in the window.
+        if (e->type() == QEvent::FileOpen && main_window && main_window->isVisible())
             return main_window->event(e);
-        return handled;
+        return QApplication::event(e);
     }
 
     QPointer<T> main_window;
