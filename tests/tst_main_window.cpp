@@ -9,6 +9,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QDialog>
 #include <QDir>
 #include <QFontInfo>
 #include <QHeaderView>
@@ -19,6 +20,7 @@
 #include <QPushButton>
 #include <QSettings>
 #include <QTableView>
+#include <QWindow>
 #include <QtTest>
 
 #include <cmath>
@@ -147,6 +149,21 @@ private slots:
         QTRY_COMPARE(calls, 1);
         QTest::qWait(50);
         QCOMPARE(calls, 1);
+    }
+
+    // Every dialog of the window stands over it: the compositor of a Wayland desktop places a
+    // window by the parent it names.
+    void dialogs_name_the_window()
+    {
+        make_window();
+        const QList<QDialog*> dialogs = window->findChildren<QDialog*>();
+        QVERIFY(dialogs.size() >= 2);
+        for (QDialog* dialog : dialogs) {
+            dialog->show();
+            QVERIFY2(dialog->windowHandle() && dialog->windowHandle()->transientParent() == window->windowHandle(),
+                     qPrintable(dialog->objectName() + dialog->windowTitle()));
+            dialog->hide();
+        }
     }
 
     // A larger window gives its room to the table, in height and in width.
