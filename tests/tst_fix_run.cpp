@@ -1,3 +1,4 @@
+#include "camera.h"
 #include "mainwindow.h"
 #include "file_identity.h"
 #include "photo_lock.h"
@@ -350,6 +351,7 @@ private slots:
         const QString time = model->data(model->index(0, 1), Qt::UserRole).toDateTime().toString("yyyy:MM:dd hh:mm:ss");
         const QString file_zone = model->data(model->index(0, 1)).toString().section("  UTC", 1);
         QCOMPARE(file_zone.isEmpty() ? time : time + " " + file_zone, expand(shown));
+        same_from_the_kept_tags(path, model, zone);
 
         QCOMPARE(press(fix_tip).size(), 1);
         QStringList expected = own_before;
@@ -785,6 +787,32 @@ private:
         return writes;
     }
     int rows() const { return exif_cache::instance()->file_tags.size(); }
+    // What a loaded file keeps of its tags gives the rows, the fix's values and conditions, the
+    // undo and the camera that all of its tags give.
+    static void same_from_the_kept_tags(const QString& path, const QAbstractItemModel* model, const QString& zone)
+    {
+        const exif_tag_map all = ondo::exiftool::read_result(ondo::exiftool::read_tags_async(path, true));
+        const exif_tag_map kept = recording_tags::kept_tags(all);
+        QVERIFY(kept.size() < all.size());
+        const QDateTime time = model->data(model->index(0, 1), Qt::UserRole).toDateTime();
+        const QDateTime new_time = model->data(model->index(0, 2), Qt::UserRole).toDateTime();
+        const recording_tags::shift shift{0, 0, 0, 1, 0, 0, !zone.isEmpty(), zone.toDouble()};
+        auto undo_text = [](const QList<undo_entry>& entries) {
+            QStringList lines;
+            for (const undo_entry& entry : entries)
+                lines << QString("%1|%2|%3|%4").arg(entry.tag).arg(entry.existed).arg(entry.value, entry.written);
+            return lines;
+        };
+        const exif_tag_map values = recording_tags::new_values(all, time, new_time, shift);
+        QCOMPARE(recording_tags::new_values(kept, time, new_time, shift), values);
+        QCOMPARE(undo_text(recording_tags::undo_entries(kept, {}, values)), undo_text(recording_tags::undo_entries(all, {}, values)));
+        QCOMPARE(recording_tags::expected_before(kept, values, true), recording_tags::expected_before(all, values, true));
+        QCOMPARE(recording_tags::recording_time(kept).text, recording_tags::recording_time(all).text);
+        QCOMPARE(recording_tags::recording_time(kept).utc, recording_tags::recording_time(all).utc);
+        QCOMPARE(recording_tags::file_zone(kept), recording_tags::file_zone(all));
+        QCOMPARE(recording_tags::holds_exif_zone(kept), recording_tags::holds_exif_zone(all));
+        QCOMPARE(camera::of(kept).key(), camera::of(all).key());
+    }
     QStringList last_log; // everything the bridge logged during the last press
 };
 

@@ -564,6 +564,24 @@ QDateTime moment(const QString& text)
     return value->has_zone ? instant_of(*value) : QDateTime(value->date, value->time, Qt::LocalTime);
 }
 
+exif_tag_map kept_tags(const exif_tag_map& tags)
+{
+    static const QStringList named = {QStringLiteral("Make"), QStringLiteral("Model"), QStringLiteral("SerialNumber"),
+                                      QStringLiteral("InternalSerialNumber"), QStringLiteral("XMPToolkit")};
+    exif_tag_map kept;
+    QStringView last_group;
+    for (const auto& [tag, value] : tags) {
+        const int colon = tag.indexOf(QLatin1Char(':'));
+        const QStringView group = QStringView(tag).left(qMax(colon, 0));
+        const bool first_of_group = group != last_group;
+        last_group = group;
+        if (may_be_date_tag(tag) || named.contains(QStringView(tag).mid(colon + 1))
+            || (first_of_group && exif_directory(group.toString())))
+            kept.emplace_hint(kept.end(), tag, value);
+    }
+    return kept;
+}
+
 bool holds_exif_zone(const exif_tag_map& tags)
 {
     // Any EXIF directory will do: ExifTool makes the ExifIFD for the zone tags if there is none.

@@ -119,4 +119,10 @@ QDateTime moment(const QString& text);
 // Whether an entered zone can be written into the file's EXIF (it has an EXIF directory).
 bool holds_exif_zone(const exif_tag_map& tags);
 
+// The part of a file's tags that a loaded file keeps: every date and time tag (zones and GPS
+// stamps among them), the camera's make, model and serials, the XMP toolkit, and the first tag of
+// each EXIF directory, which says the directory is there. Every rule here, and the camera, gives
+// the same answer for these as for all the tags; the rest (a camera JPEG has hundreds) is let go.
+exif_tag_map kept_tags(const exif_tag_map& tags);
+
 } // namespace recording_tags

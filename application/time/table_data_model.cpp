@@ -153,9 +153,11 @@ std::shared_ptr<exif_cache> exif_cache::instance()
     return _cache;
 }
 
-void exif_cache::load(const QString& path, const exif_tag_map& tags)
+void exif_cache::load(const QString& path, const exif_tag_map& all_tags)
 {
-    file_tags[path] = tags;
+    // Only what the rows, the fix, the undo and the cameras read: a camera's JPEG brings hundreds
+    // of tags, and a library a hundred thousand files.
+    const exif_tag_map& tags = file_tags[path] = recording_tags::kept_tags(all_tags);
     exif_tag_map& record = file_data[path];
     // Derived anew each time, also after a fix: only what the load saw of the file itself stays.
     const bool identified = record.count(QStringLiteral("file_type")) > 0;

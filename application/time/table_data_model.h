@@ -36,10 +36,11 @@ public:
     // "DateTimeOriginalInIFD0"; and from add_file the file's identity at load ("file_device",
     // "file_inode", "file_type", "file_link").
     std::map<QString, exif_tag_map> file_data;
-    // The tags as ExifTool returned them, with their groups ("ExifIFD:DateTimeOriginal").
+    // The tags as ExifTool returned them, with their groups ("ExifIFD:DateTimeOriginal"), as far
+    // as the time rules and the cameras read them (recording_tags::kept_tags).
     std::map<QString, exif_tag_map> file_tags;
 
-    // Stores `tags` for `path` and derives its record from them anew, keeping the identity the
+    // Stores what is kept of `tags` for `path` and derives its record from them anew, keeping the identity the
     // load saw; the recording time falls back to the file-system time when none of its date tags
     // holds a proper date.
     void load(const QString& path, const exif_tag_map& tags);
