@@ -1,4 +1,5 @@
 #include "mainwindow.h"
+#include "run_pace.h"
 #include "table_data_model.h"
 
 #include "test_support.h"
@@ -137,6 +138,28 @@ private slots:
         QCOMPARE(seen.family(), QString("FreeSans"));
         QTEST(seen.pixelSize(), "pixels");
         QTEST(seen.bold(), "bold");
+    }
+
+    // The bar of a long run: its count, then the pace and the time left at it.
+    void the_pace_of_a_run_data()
+    {
+        QTest::addColumn<int>("done");
+        QTest::addColumn<int>("total");
+        QTest::addColumn<qint64>("elapsed_ms");
+        QTest::addColumn<QString>("format");
+        QTest::newRow("first half second") << 40 << 1000 << qint64(500) << "%v of %m";
+        QTest::newRow("seconds left") << 100 << 1000 << qint64(2000) << "%v of %m, 50 files/s, 18 s left";
+        QTest::newRow("minutes left") << 1000 << 100000 << qint64(10000) << "%v of %m, 100 files/s, 16 min 30 s left";
+        QTest::newRow("slow and long") << 3 << 20000 << qint64(4000) << "%v of %m, 0.8 files/s, 7 h 24 min left";
+        QTest::newRow("done") << 1000 << 1000 << qint64(9000) << "%v of %m";
+    }
+
+    void the_pace_of_a_run()
+    {
+        QFETCH(int, done);
+        QFETCH(int, total);
+        QFETCH(qint64, elapsed_ms);
+        QTEST(run_pace_format(done, total, elapsed_ms), "format");
     }
 
     // A call queued on the application runs once with the window up: the application hands the

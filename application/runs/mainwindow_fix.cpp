@@ -180,6 +180,7 @@ void MainWindow::on_button_fix_time_clicked()
     QCoreApplication::processEvents();
     QElapsedTimer run_clock;
     run_clock.start();
+    show_pace(tavimo_progress_dialog, 0, 0);
     qInfo().noquote() << QStringLiteral("Fix run: %1 files, %2").arg(plan.size()).arg(offsets_for_log());
 
     // Writes go out a few files ahead, so that every ExifTool child works; they are taken back in
@@ -273,6 +274,7 @@ void MainWindow::on_button_fix_time_clicked()
         // Events between files, so that buttons work during the run.
         if (pacer.due(pending.isEmpty())) {
             tavimo_progress_dialog->setValue(finished);
+            show_pace(tavimo_progress_dialog, finished, run_clock.elapsed());
             QCoreApplication::processEvents();
         }
     };
@@ -411,6 +413,7 @@ void MainWindow::on_button_undo_clicked()
     QCoreApplication::processEvents();
     QElapsedTimer run_clock;
     run_clock.start();
+    show_pace(tavimo_progress_dialog, 0, 0);
     qInfo().noquote() << QStringLiteral("Undo run: %1 files").arg(undo_info.size());
 
     // As in the fix run: writes go out a few files ahead and are taken back in order.
@@ -462,6 +465,7 @@ void MainWindow::on_button_undo_clicked()
         ++done;
         if (pacer.due(pending.isEmpty())) {
             tavimo_progress_dialog->setValue(done);
+            show_pace(tavimo_progress_dialog, done, run_clock.elapsed());
             QCoreApplication::processEvents();
         }
     };

@@ -3,6 +3,7 @@
 #include "dialog_settings.h"
 #include "drop_files_widget.h"
 #include "run_note.h"
+#include "run_pace.h"
 #include "table_data_model.h"
 #include "ui_mainwindow.h"
 #include "user_guide.h"
@@ -340,6 +341,7 @@ void MainWindow::load_files(QStringList filenames)
     QElapsedTimer load_clock;
     load_clock.start();
     const int rows_before = model->rowCount();
+    show_pace(load_images_progress_dialog, 0, 0);
     qInfo().noquote() << QStringLiteral("Load: %1 files").arg(filenames.size());
     stop_requested = false;
     note->clear();
@@ -365,6 +367,7 @@ void MainWindow::load_files(QStringList filenames)
         if (pacer.due(i + 1 == filenames.size())) {
             ui->tableView->setUpdatesEnabled(true);
             load_images_progress_dialog->setValue(i + 1);
+            show_pace(load_images_progress_dialog, i + 1, load_clock.elapsed());
             QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents, 50);
             ui->tableView->setUpdatesEnabled(false);
         }
@@ -389,6 +392,12 @@ void MainWindow::closeEvent(QCloseEvent* e)
     }
     ondo::main_window::closeEvent(e);
     closed = closed || e->isAccepted();
+}
+
+void MainWindow::show_pace(ondo::progress_dialog* dialog, int done, qint64 elapsed_ms)
+{
+    if (auto* bar = dialog->findChild<QProgressBar*>())
+        bar->setFormat(run_pace_format(done, dialog->maximum(), elapsed_ms));
 }
 
 void MainWindow::show_stall_notice(const QString& file)

@@ -80,6 +80,8 @@ private:
     // In the progress dialog of the run under way: ExifTool is still at `file`, with a button
     // that stops it. Until the file has answered, the rest of the window takes no input.
     void show_stall_notice(const QString& file);
+    // The bar of `dialog` shows the files per second and the time left after `done` files.
+    void show_pace(ondo::progress_dialog* dialog, int done, qint64 elapsed_ms);
     void end_stall_notice();
     // Stops each child that has been at its file for `busy_for_ms`; the run under way counts
     // that file as failed and ends before the next one.

@@ -11,6 +11,22 @@
 <context>
     <name>MainWindow</name>
     <message>
+        <source>%1, %2 files/s, %3 left</source>
+        <translation>%1, %2 Dateien/s, noch %3</translation>
+    </message>
+    <message>
+        <source>%1 s</source>
+        <translation>%1 s</translation>
+    </message>
+    <message>
+        <source>%1 min %2 s</source>
+        <translation>%1 min %2 s</translation>
+    </message>
+    <message>
+        <source>%1 h %2 min</source>
+        <translation>%1 h %2 min</translation>
+    </message>
+    <message>
         <source>Same moment</source>
         <translation>Gleicher Moment</translation>
     </message>
