@@ -303,8 +303,13 @@ void table_data_model::count_camera(const QString& key)
 QList<camera_summary> table_data_model::cameras() const
 {
     QHash<QString, camera_summary> found;
+    QHash<QString, QVector<qint64>> differences;
+    const QDateTime now = QDateTime::currentDateTimeUtc();
     for (const QString& path : files) {
         const QString key = camera_key(path);
+        // In the same pass: a camera at a time would read every file once per camera.
+        if (const auto difference = gps_difference(path, now, false))
+            differences[key] << *difference;
         camera_summary& summary = found[key];
         summary.key = key;
         ++summary.files;
@@ -319,7 +324,7 @@ QList<camera_summary> table_data_model::cameras() const
     QList<camera_summary> list;
     for (camera_summary& summary : found) {
         summary.name = camera_name(summary.key);
-        summary.gps = camera_clocks::estimate(gps_differences(summary.key, false));
+        summary.gps = camera_clocks::estimate(differences.value(summary.key));
         list << summary;
     }
     std::sort(list.begin(), list.end(), [](const camera_summary& a, const camera_summary& b) {
@@ -332,17 +337,24 @@ QVector<qint64> table_data_model::gps_differences(const QString& camera, bool fr
 {
     QVector<qint64> differences;
     const QDateTime now = QDateTime::currentDateTimeUtc();
-    for (const QString& path : files) {
-        const QString gps = value_of(record_of(path), QStringLiteral("gps_utc"));
-        if (gps.isEmpty() || date_only(path) || camera_key(path) != camera)
-            continue;
-        QDateTime utc = QDateTime::fromString(gps, QStringLiteral("yyyy:MM:dd hh:mm:ss"));
-        utc.setTimeSpec(Qt::UTC);
-        const auto difference = camera_clocks::gps_difference(utc, recorded_moment(path), now);
-        if (difference)
-            differences << (from_new ? new_moment(path).secsTo(utc) : *difference);
-    }
+    for (const QString& path : files)
+        if (camera_key(path) == camera)
+            if (const auto difference = gps_difference(path, now, from_new))
+                differences << *difference;
     return differences;
+}
+
+std::optional<qint64> table_data_model::gps_difference(const QString& path, const QDateTime& now, bool from_new) const
+{
+    const QString gps = value_of(record_of(path), QStringLiteral("gps_utc"));
+    if (gps.isEmpty() || date_only(path))
+        return std::nullopt;
+    QDateTime utc = QDateTime::fromString(gps, QStringLiteral("yyyy:MM:dd hh:mm:ss"));
+    utc.setTimeSpec(Qt::UTC);
+    const auto difference = camera_clocks::gps_difference(utc, recorded_moment(path), now);
+    if (!difference)
+        return std::nullopt;
+    return from_new ? new_moment(path).secsTo(utc) : *difference;
 }
 
 QDateTime table_data_model::recorded_moment(const QString& path) const

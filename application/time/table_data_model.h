@@ -19,6 +19,7 @@
 #include <QStringList>
 
 #include <map>
+#include <optional>
 #include <memory>
 
 // What is known of every loaded file, keyed by absolute path. Touched on the GUI thread only.
@@ -154,5 +155,7 @@ private:
     QHash<QString, QString> camera_names;
     void count_camera(const QString& key);
     QDateTime moment_on(const QString& path, const QDateTime& time, bool with_offset) const;
+    // One file's part of gps_differences; nothing where it has no usable stamp.
+    std::optional<qint64> gps_difference(const QString& path, const QDateTime& now, bool from_new) const;
     QString time_text(const QString& path, const QDateTime& time, const QString& zone) const;
 };
