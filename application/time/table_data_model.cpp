@@ -45,15 +45,19 @@ QDateTime creation_time(const QString& path)
 #endif
 }
 
+// The recording time's six fields, "year:month:day:hour:minute:second", in one entry: a library
+// of a hundred thousand files keeps one small text a file rather than six.
+void store_fields(exif_tag_map& record, const QStringList& fields)
+{
+    record[QStringLiteral("rec_time")] = fields.join(QLatin1Char(':'));
+}
+
 void store_file_system_time(const QString& path, exif_tag_map& record)
 {
     const QDateTime created = creation_time(path);
-    record[QStringLiteral("rec_year")] = QString::number(created.date().year());
-    record[QStringLiteral("rec_month")] = two_digits(created.date().month());
-    record[QStringLiteral("rec_day")] = two_digits(created.date().day());
-    record[QStringLiteral("rec_hour")] = two_digits(created.time().hour());
-    record[QStringLiteral("rec_minute")] = two_digits(created.time().minute());
-    record[QStringLiteral("rec_second")] = two_digits(created.time().second());
+    store_fields(record, {QString::number(created.date().year()), two_digits(created.date().month()),
+                          two_digits(created.date().day()), two_digits(created.time().hour()),
+                          two_digits(created.time().minute()), two_digits(created.time().second())});
 }
 
 // ExifTool's "2017:06:21 18:30:05", optionally with a zone, which is dropped. The fields are
@@ -68,22 +72,19 @@ void store_recording_text(const QString& path, const QString& text, exif_tag_map
     }
 
     const QStringList date = parts.at(0).split(QLatin1Char(':'));
-    record[QStringLiteral("rec_year")] = date.value(0);
-    record[QStringLiteral("rec_month")] = date.value(1);
-    record[QStringLiteral("rec_day")] = date.value(2);
-    if (parts.size() == 1)
-        return;
-
-    QString time = parts.at(1);
-    for (const QChar sign : {QLatin1Char('+'), QLatin1Char('-')}) {
-        const int at = time.indexOf(sign);
-        if (at >= 0)
-            time.truncate(at);
+    QStringList fields = {date.value(0), date.value(1), date.value(2), QString(), QString(), QString()};
+    if (parts.size() > 1) {
+        QString time = parts.at(1);
+        for (const QChar sign : {QLatin1Char('+'), QLatin1Char('-')}) {
+            const int at = time.indexOf(sign);
+            if (at >= 0)
+                time.truncate(at);
+        }
+        const QStringList clock = time.split(QLatin1Char(':'));
+        for (int i = 0; i < 3; ++i)
+            fields[3 + i] = clock.value(i);
     }
-    const QStringList fields = time.split(QLatin1Char(':'));
-    record[QStringLiteral("rec_hour")] = fields.value(0);
-    record[QStringLiteral("rec_minute")] = fields.value(1);
-    record[QStringLiteral("rec_second")] = fields.value(2);
+    store_fields(record, fields);
 }
 
 void store_iptc(const exif_tag_map& tags, exif_tag_map& record)
@@ -237,15 +238,14 @@ int table_data_model::columnCount(const QModelIndex& parent) const
 
 QDateTime table_data_model::get_dt(const QString& path) const
 {
-    // Built once: the sorts call this for every row.
-    static const QString keys[] = {
-        QStringLiteral("rec_year"), QStringLiteral("rec_month"),  QStringLiteral("rec_day"),
-        QStringLiteral("rec_hour"), QStringLiteral("rec_minute"), QStringLiteral("rec_second"),
-    };
-    const exif_tag_map& record = record_of(path);
-    int fields[6];
-    for (int i = 0; i < 6; ++i)
-        fields[i] = value_of(record, keys[i]).toInt();
+    // Read in place: the sorts call this for every row.
+    const QString text = value_of(record_of(path), QStringLiteral("rec_time"));
+    int fields[6] = {};
+    int field = 0;
+    for (const QStringView part : QStringView(text).split(QLatin1Char(':'))) {
+        if (field < 6)
+            fields[field++] = part.toInt();
+    }
     return QDateTime(QDate(fields[0], fields[1], fields[2]), QTime(fields[3], fields[4], fields[5], 0),
                      Qt::LocalTime);
 }

@@ -29,7 +29,7 @@ class exif_cache {
 public:
     static std::shared_ptr<exif_cache> instance();
 
-    // Derived record: "rec_year" ... "rec_second", "rec_source" (the tag the time came from,
+    // Derived record: "rec_time" (year, month, day, hour, minute and second, joined by ":"), "rec_source" (the tag the time came from,
     // empty for the file system), "rec_date_only" (the time is a date alone), "rec_utc" (the
     // moment, for a file that keeps it in UTC and states no zone), "file_timezone" (the zone the
     // file states), "run_failure" (why the last run could not write it), "has_data",
