@@ -391,9 +391,9 @@ QString MainWindow::offsets_for_log() const
                        .arg(offset.seconds)
                        .arg(offset.has_zone ? entered_zone::text(qRound(offset.zone * 60)) : QStringLiteral("none"));
     QStringList corrections;
-    for (const camera_summary& camera : model->cameras())
-        if (model->offsets->correction(camera.key) != 0)
-            corrections << camera.name + QStringLiteral(" ") + camera_clocks::correction_text(model->offsets->correction(camera.key));
+    for (const QString& camera : model->offsets->corrected())
+        corrections << model->camera_name(camera) + QStringLiteral(" ") + camera_clocks::correction_text(model->offsets->correction(camera));
+    corrections.sort();
     if (!corrections.isEmpty())
         text += QStringLiteral(", corrections: ") + corrections.join(QStringLiteral("; "));
     return text;

@@ -586,11 +586,24 @@ void table_data_model::add_loaded(const QStringList& paths)
         if (loaded.contains(path))
             continue;
         files.append(path);
-        loaded.insert(path);
-        ++name_files[QFileInfo(path).fileName()];
-        count_camera(camera_key(path));
+        count_loaded(path);
     }
     endResetModel();
+}
+
+void table_data_model::count_loaded(const QString& path)
+{
+    loaded.insert(path);
+    ++name_files[QFileInfo(path).fileName()];
+    count_camera(camera_key(path));
+}
+
+void table_data_model::forget_counts()
+{
+    loaded.clear();
+    name_files.clear();
+    camera_files.clear();
+    camera_names.clear();
 }
 
 void table_data_model::add_files(const QStringList& paths)
@@ -629,10 +642,7 @@ void table_data_model::clear()
 {
     beginResetModel();
     files.clear();
-    loaded.clear();
-    camera_files.clear();
-    camera_names.clear();
-    name_files.clear();
+    forget_counts();
     endResetModel();
 }
 
@@ -646,21 +656,15 @@ void table_data_model::remove_files(const QStringList& paths)
         if (!gone.contains(path))
             kept.append(path);
     files = kept;
-    loaded.clear();
-    name_files.clear();
-    camera_files.clear();
-    camera_names.clear();
+    forget_counts();
     auto cache = exif_cache::instance();
     for (const QString& path : gone) {
         cache->file_data.erase(path);
         cache->file_tags.erase(path);
     }
     // The counts and names of what is left, as a load of it would give them.
-    for (const QString& path : qAsConst(files)) {
-        loaded.insert(path);
-        ++name_files[QFileInfo(path).fileName()];
-        count_camera(camera_key(path));
-    }
+    for (const QString& path : qAsConst(files))
+        count_loaded(path);
     endResetModel();
 }
 

@@ -104,6 +104,8 @@ public:
     // The cameras of the loaded files, in order of their names, each with its count, first and
     // last recording time and GPS estimate. Computed anew on each call: once per load.
     QList<camera_summary> cameras() const;
+    // How many cameras the loaded files come from, without going through them.
+    int camera_count() const { return camera_files.size(); }
     // For each file of `camera` with a usable GPS stamp: GPS time minus its recording moment, or
     // with `from_new` minus its new moment. Usable: see camera_clocks::gps_difference, which
     // always judges by the recording moment.
@@ -154,6 +156,9 @@ private:
     QHash<QString, int> name_files;
     QHash<QString, QString> camera_names;
     void count_camera(const QString& key);
+    // A file whose record is in exif_cache joins the duplicate check and the name and camera counts.
+    void count_loaded(const QString& path);
+    void forget_counts();
     QDateTime moment_on(const QString& path, const QDateTime& time, bool with_offset) const;
     // One file's part of gps_differences; nothing where it has no usable stamp.
     std::optional<qint64> gps_difference(const QString& path, const QDateTime& now, bool from_new) const;

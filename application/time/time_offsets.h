@@ -6,6 +6,7 @@
 #include <QHash>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 
 // The offsets a fix applies: the panel's, for every file, and each camera's own clock
 // correction. The one place that turns a row's recording time into its new one; the table, the
@@ -23,6 +24,8 @@ public:
     qint64 correction(const QString& camera) const { return corrections.value(camera); }
     void set_correction(const QString& camera, qint64 seconds);
     bool has_corrections() const { return !corrections.isEmpty(); }
+    // The cameras with a correction other than zero.
+    QStringList corrected() const { return corrections.keys(); }
     // Every correction back to zero.
     void clear_corrections();
 

@@ -143,7 +143,7 @@ void MainWindow::correct_time_of_current_photo()
     }
     // With several cameras the photo's camera is set, from the time the row shows now; the
     // panel's offset and the other cameras stay.
-    const bool per_camera = model->cameras().size() >= 2;
+    const bool per_camera = model->camera_count() >= 2;
     const QDateTime shown = per_camera ? model->get_offset_dt(path) : recorded;
     if (!shown.isValid())
         return;
