@@ -3,6 +3,7 @@
 
 #include "camera_clocks.h"
 #include "entered_zone.h"
+#include "photo_family.h"
 
 #include "file_identity.h"
 #include "photo_lock.h"
@@ -26,6 +27,7 @@
 #include <QStorageInfo>
 #include <QMap>
 #include <QPair>
+#include <QSet>
 #include <QTimer>
 #include <QVector>
 #include <QtDebug>
@@ -118,10 +120,63 @@ void MainWindow::on_button_fix_time_clicked()
         QDateTime time, new_time;
     };
     QVector<planned_file> plan;
-    for (int row = 0; row < model->rowCount(); ++row) {
-        auto cell = [this, row](int column) { return model->data(model->index(row, column), Qt::UserRole); };
-        plan.append({cell(0).toString(), cell(1).toDateTime(), cell(2).toDateTime()});
+    auto make_plan = [this, &plan] {
+        plan.clear();
+        for (int row = 0; row < model->rowCount(); ++row) {
+            auto cell = [this, row](int column) { return model->data(model->index(row, column), Qt::UserRole); };
+            plan.append({cell(0).toString(), cell(1).toDateTime(), cell(2).toDateTime()});
+        }
+    };
+    make_plan();
+
+    // A RAW's JPEG, a Live Photo's movie: a photo's companions that were not loaded would keep
+    // the old time beside the new one. They are named before anything else is asked, so that the
+    // questions after count them too.
+    {
+        photo_family family;
+        QStringList left_out;
+        QSet<QString> seen;
+        for (const planned_file& file : qAsConst(plan))
+            for (const QString& companion : family.companions_of(file.path))
+                if (!model->holds(companion) && !seen.contains(companion)) {
+                    seen.insert(companion);
+                    left_out << companion;
+                }
+        if (!left_out.isEmpty()) {
+            constexpr int shown_lines = 10;
+            QStringList names;
+            for (const QString& companion : left_out.mid(0, shown_lines))
+                names << QFileInfo(companion).fileName();
+            if (left_out.size() > shown_lines)
+                names << undo_journal::tr("… and %n more", nullptr, int(left_out.size()) - shown_lines);
+            const auto answer = ondo::message_box::question(ui->centralWidget, tr("Companions"),
+                tr("%n files taken together with the loaded photos were left out: a RAW's JPEG or HEIC, or a Live "
+                   "Photo's movie, of the same name in the same folder:\n%1\n\nThey keep their old time unless they "
+                   "are included.",
+                   nullptr, int(left_out.size()))
+                    .arg(names.join(QLatin1Char('\n'))),
+                tr("Include them"), tr("Only the loaded files"), QMessageBox::NoButton);
+            if (answer != QMessageBox::Yes && answer != QMessageBox::No)
+                return;
+            if (answer == QMessageBox::Yes) {
+                load_files(left_out);
+                if (closed)
+                    return;
+                make_plan();
+            }
+        }
     }
+    const int disagreeing = int(std::count_if(plan.begin(), plan.end(), [this](const planned_file& file) {
+        return model->sidecar_disagrees(file.path);
+    }));
+    if (disagreeing > 0
+        && ondo::message_box::question(ui->centralWidget, tr("Continue?"),
+               tr("The sidecar of %n photos states another recording time than the photo. Both will be moved by "
+                  "the same offset.",
+                  nullptr, disagreeing),
+               tr("Continue"), tr("Cancel"), QMessageBox::NoButton)
+            != QMessageBox::Yes)
+        return;
 
     // Nothing is written before the questions are through, so "Abort" leaves everything as it was.
     // With a zone entered, CR3 files that have nowhere to keep it are asked about; without one,
@@ -188,7 +243,9 @@ void MainWindow::on_button_fix_time_clicked()
     // information is flushed at once, then their writes are sent.
     struct pending_write {
         int row;
+        // A row's file, or one of its sidecars (`sidecar`), which are written with it.
         QString path;
+        bool sidecar;
         QList<undo_entry> undo;
         exif_tag_map values;
         // What the file must still hold when ExifTool writes it: a file that another program
@@ -203,12 +260,14 @@ void MainWindow::on_button_fix_time_clicked()
     };
     QList<pending_write> unsent, pending;
     qint64 unsent_bytes = 0, pending_bytes = 0;
-    QMap<int, QString> failures; // by row, so that they are listed in table order
+    QMap<int, QStringList> failures; // by row, so that they are listed in table order
     QVector<QPair<QString, exif_tag_map>> written_values;
-    int written_count = 0;
-    // Marks the row of `path` with why it failed: what the listing says behind the path.
+    QSet<int> written_rows;
+    int sidecars_written = 0;
+    // Marks the row of `path` (a row's file or its sidecar) with why it failed: what the listing
+    // says behind the path.
     auto fail = [&](int row, const QString& path, const QString& listed) {
-        failures.insert(row, listed);
+        failures[row] << listed;
         qWarning().noquote() << "Not fixed:" << listed;
         QString reason = listed.mid(path.size()).trimmed();
         if (reason.startsWith(QLatin1Char('(')) && reason.endsWith(QLatin1Char(')')))
@@ -257,7 +316,10 @@ void MainWindow::on_button_fix_time_clicked()
         if (kept)
             undo_info.insert(write.path, write.undo);
         if (written) {
-            ++written_count;
+            if (write.sidecar)
+                ++sidecars_written;
+            else
+                written_rows.insert(write.row);
             // Shown once the run is through: until the offset is cleared, the new times would be
             // moved again in the last column.
             written_values.append({write.path, write.values});
@@ -270,7 +332,9 @@ void MainWindow::on_button_fix_time_clicked()
         // A write the stop dropped before any child had it is left, as rows after the stop are.
         journal->written(write.path, kept, after);
         end_stall_notice();
-        ++finished;
+        // The bar counts photos: one is through when its file and its sidecars are.
+        if (pending.isEmpty() || pending.first().row != write.row)
+            ++finished;
         // Events between files, so that buttons work during the run.
         if (pacer.due(pending.isEmpty())) {
             tavimo_progress_dialog->setValue(finished);
@@ -287,29 +351,59 @@ void MainWindow::on_button_fix_time_clicked()
             continue;
 
         // Each time tag moves from its own value; the undo gives back what was there and deletes
-        // what the run adds.
+        // what the run adds. The sidecars' dates move with the file's, each from its own value.
+        QVector<pending_write> family;
         const exif_tag_map tags = cache->file_tags[path];
         const exif_tag_map values = recording_tags::new_values(tags, time, new_time, model->shift_for(path));
-        const QList<undo_entry> undo = recording_tags::undo_entries(tags, cache->file_data[path], values);
+        const bool own_time = !cache->file_data[path][QStringLiteral("rec_source")].isEmpty();
+        family.append({row, path, false, recording_tags::undo_entries(tags, cache->file_data[path], values), values,
+                       recording_tags::expected_before(tags, values, own_time), 0, nullptr, nullptr, nullptr});
+        for (const QString& sidecar : model->sidecars(path)) {
+            const exif_tag_map sidecar_tags = cache->file_tags[sidecar];
+            const exif_tag_map sidecar_values =
+                recording_tags::sidecar_values(sidecar_tags, time, new_time, model->shift_for(path));
+            if (!sidecar_values.empty())
+                family.append({row, sidecar, true, recording_tags::sidecar_undo_entries(sidecar_tags, sidecar_values),
+                               sidecar_values, recording_tags::expected_before(sidecar_tags, sidecar_values, true), 0,
+                               nullptr, nullptr, nullptr});
+        }
 
-        QStringList refused;
-        std::shared_ptr<photo_lock> lock;
-        const QFileInfo file(path);
-        if (values.empty()) {
+        // The whole family is checked before any of it is journaled: a photo is written with its
+        // sidecars or not at all.
+        bool refused_any = values.empty();
+        if (values.empty())
             fail(row, path, tr("%1 (nothing to write)").arg(path));
-        } else if (file.isFile() && QStorageInfo(file.absolutePath()).bytesAvailable() < file.size()) {
-            // ExifTool writes a whole copy before it replaces the photo's contents.
-            fail(row, path, tr("%1 (not enough free space for ExifTool's copy)").arg(path));
-        } else if (!(lock = photo_lock::try_lock(path))) {
-            fail(row, path, undo_journal::tr("%1 (being changed by another copy of Tavimo)").arg(path));
-        } else if (journal_before_write(path, undo, refused, false)) {
-            const qint64 size = qMax(qint64(0), file_identity::from_record(cache->file_data[path]).size);
-            const bool own_time = !cache->file_data[path][QStringLiteral("rec_source")].isEmpty();
-            unsent.append({row, path, undo, values, recording_tags::expected_before(tags, values, own_time), size, nullptr,
-                           lock});
-            unsent_bytes += size;
-        } else {
-            fail(row, path, refused.join(QLatin1Char('\n')));
+        for (pending_write& member : family) {
+            if (refused_any)
+                break;
+            const QFileInfo file(member.path);
+            member.size = qMax(qint64(0), file_identity::from_record(cache->file_data[member.path]).size);
+            refused_any = true;
+            if (file.isFile() && QStorageInfo(file.absolutePath()).bytesAvailable() < file.size()) {
+                // ExifTool writes a whole copy before it replaces the photo's contents.
+                fail(row, member.path, tr("%1 (not enough free space for ExifTool's copy)").arg(member.path));
+            } else if (!file_identity::from_record(cache->file_data[member.path]).same_file(file_identity::of(member.path))) {
+                fail(row, member.path, undo_journal::tr("%1 (changed since it was loaded)").arg(member.path));
+            } else if (!(member.lock = photo_lock::try_lock(member.path))) {
+                fail(row, member.path, undo_journal::tr("%1 (being changed by another copy of Tavimo)").arg(member.path));
+            } else {
+                refused_any = false;
+            }
+        }
+        for (int journaled = 0; !refused_any && journaled < family.size(); ++journaled) {
+            QStringList refused;
+            if (!journal_before_write(family[journaled].path, family[journaled].undo, refused, false)) {
+                fail(row, family[journaled].path, refused.join(QLatin1Char('\n')));
+                for (int back = 0; back < journaled; ++back)
+                    journal->written(family[back].path, false);
+                refused_any = true;
+            }
+        }
+        if (!refused_any) {
+            for (const pending_write& member : qAsConst(family)) {
+                unsent.append(member);
+                unsent_bytes += member.size;
+            }
         }
         if (unsent.size() >= syncs.group || unsent_bytes >= bytes_ahead / 2)
             send();
@@ -330,7 +424,7 @@ void MainWindow::on_button_fix_time_clicked()
     for (const auto& [path, values] : qAsConst(written_values)) {
         model->refresh(path, values);
         // The file the write left is the one a second correction must find.
-        if (model->loaded.contains(path))
+        if (model->holds(path))
             journal->loaded_identity(path).store(cache->file_data[path]);
     }
     written_values.clear();
@@ -339,16 +433,24 @@ void MainWindow::on_button_fix_time_clicked()
     model->offsets->clear_corrections();
     model->resort();
     cameras_changed();
-    const QStringList failed_files = failures.values();
+    QStringList failed_files;
+    for (const QStringList& listed : qAsConst(failures))
+        failed_files << listed;
+    // A row counts as written when its file and all of its sidecars were.
+    for (auto failed = failures.keyBegin(); failed != failures.keyEnd(); ++failed)
+        written_rows.remove(*failed);
+    const int written_count = int(written_rows.size());
+    const int failed_count = int(failures.size());
     // Skipped rows at the end leave the bar short of its maximum, where it would stay up.
     tavimo_progress_dialog->reset();
     // Before the question: an undo chosen there puts its own note in place of this one.
-    // Every file of the run is counted once: written, failed, or left as it was.
-    note->show_after_fix(written_count, failed_files.size(), plan.size() - written_count - failed_files.size());
-    qInfo().noquote() << QStringLiteral("Fix run ended: %1 written, %2 failed, %3 left as they were, in %4 s")
+    // Every photo of the run is counted once: written, failed, or left as it was.
+    note->show_after_fix(written_count, failed_count, plan.size() - written_count - failed_count, sidecars_written);
+    qInfo().noquote() << QStringLiteral("Fix run ended: %1 written, %2 failed, %3 left as they were, %4 sidecars written, in %5 s")
                              .arg(written_count)
-                             .arg(failed_files.size())
-                             .arg(plan.size() - written_count - failed_files.size())
+                             .arg(failed_count)
+                             .arg(plan.size() - written_count - failed_count)
+                             .arg(sidecars_written)
                              .arg(run_clock.elapsed() / 1000.0, 0, 'f', 1);
 
     // A program that is quitting asks nothing more.
@@ -433,7 +535,9 @@ void MainWindow::on_button_undo_clicked()
     int restored_count = 0;
     // After the undo's write through `link` has landed in the photo.
     auto restored = [&](const QString& path, write_link& link, const exif_tag_map& values) {
-        ++restored_count;
+        // A sidecar is part of its photo, which is counted.
+        if (model->owner_of(path).isEmpty())
+            ++restored_count;
         // ExifTool sets file times to the second: the fraction the load saw goes back on.
         const auto file_time = values.find(QStringLiteral("System:FileModifyDate"));
         if (file_time != values.end() && !file_time->second.isEmpty())
@@ -443,7 +547,7 @@ void MainWindow::on_button_undo_clicked()
         // The file as the undo left it, its time's fraction included, is the one a next
         // correction must find.
         file_identity after;
-        if (model->loaded.contains(path) && link.landed(&after)) {
+        if (model->holds(path) && link.landed(&after)) {
             const file_identity now = file_identity::of(link.target());
             (now.type == file_identity::regular ? now : after).store(exif_cache::instance()->file_data[path]);
         }

@@ -477,6 +477,27 @@ QList<undo_entry> undo_entries(const exif_tag_map& tags, const exif_tag_map&, co
     return entries;
 }
 
+exif_tag_map sidecar_values(const exif_tag_map& tags, const QDateTime& old_time, const QDateTime& new_time,
+                            const shift& offset)
+{
+    exif_tag_map values = new_values(tags, old_time, new_time, offset);
+    for (auto it = values.begin(); it != values.end();)
+        it = it->first.startsWith(QLatin1String("System:")) ? values.erase(it) : std::next(it);
+    // Nothing but the toolkit's own name left means no date to move: the sidecar isn't touched.
+    if (values.size() == 1 && values.count(xmp_toolkit))
+        values.clear();
+    return values;
+}
+
+QList<undo_entry> sidecar_undo_entries(const exif_tag_map& tags, const exif_tag_map& values)
+{
+    QList<undo_entry> entries = undo_entries(tags, {}, values);
+    const QString file_time = QStringLiteral("System:FileModifyDate");
+    if (!values.empty() && tags.count(file_time))
+        entries << undo_entry{file_time, true, tags.at(file_time), QString(), true};
+    return entries;
+}
+
 namespace {
 
 // File-system times change with every copy and backup; they say nothing of whose photo a file is.

@@ -91,6 +91,15 @@ QString file_zone(const exif_tag_map& tags);
 exif_tag_map new_values(const exif_tag_map& tags, const QDateTime& old_time, const QDateTime& new_time,
                         const shift& offset);
 
+// What a fix writes into a sidecar of a file whose recording time moves from `old_time` to
+// `new_time`: its dates, each moved from its own value as new_values() moves a file's XMP, the
+// entered zone included. Its file times are not the photo's: they are left to the write.
+exif_tag_map sidecar_values(const exif_tag_map& tags, const QDateTime& old_time, const QDateTime& new_time,
+                            const shift& offset);
+// The undo of a sidecar's `values`: its tags' old texts, and its modification time as it was
+// before the write set it to the moment of writing.
+QList<undo_entry> sidecar_undo_entries(const exif_tag_map& tags, const exif_tag_map& values);
+
 // What an undo of `values` writes back: each tag's old text exactly as it was read, or an empty
 // text (a deletion) for a tag the file didn't have. `record` is unused and kept for callers.
 QList<undo_entry> undo_entries(const exif_tag_map& tags, const exif_tag_map& record, const exif_tag_map& values);

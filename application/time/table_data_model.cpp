@@ -403,13 +403,16 @@ QString table_data_model::time_text(const QString& path, const QDateTime& time, 
 
 void table_data_model::refresh(const QString& path, const exif_tag_map& values, const QString& failure)
 {
-    if (!loaded.contains(path))
+    if (!holds(path))
         return;
     auto cache = exif_cache::instance();
+    const QString owner = sidecar_owner.value(path);
     if (failure.isEmpty())
         cache->load(path, recording_tags::after_write(cache->file_tags[path], values));
-    else
+    else if (owner.isEmpty())
         cache->file_data[path][QStringLiteral("run_failure")] = failure;
+    else
+        cache->file_data[owner][QStringLiteral("run_failure")] = tr("its sidecar %1: %2").arg(QFileInfo(path).fileName(), failure);
 }
 
 void table_data_model::clear_failures()
@@ -433,8 +436,11 @@ QVariant table_data_model::data(const QModelIndex& index, int role) const
 
     if (role == Qt::DisplayRole) {
         switch (index.column()) {
-        case 0:
-            return shown_name(path);
+        case 0: {
+            // A photo with sidecars says so: they move with it.
+            const int sidecar_count = sidecar_files.value(path).size();
+            return sidecar_count == 0 ? shown_name(path) : tr("%1  +%n XMP", nullptr, sidecar_count).arg(shown_name(path));
+        }
         case 1:
             return time_text(path, get_dt(path), get_timezone_string(path, false));
         case 2:
@@ -447,7 +453,13 @@ QVariant table_data_model::data(const QModelIndex& index, int role) const
         const QString failure = value_of(record_of(path), QStringLiteral("run_failure"));
         if (role == Qt::ForegroundRole)
             return failure.isEmpty() ? QVariant() : QVariant(QColor(255, 110, 90));
-        return failure.isEmpty() ? QVariant(path) : QVariant(tr("%1\nNot changed: %2").arg(path, failure));
+        QString tip = path;
+        QStringList sidecar_names;
+        for (const QString& sidecar : sidecar_files.value(path))
+            sidecar_names << QFileInfo(sidecar).fileName();
+        if (!sidecar_names.isEmpty())
+            tip += QLatin1Char('\n') + tr("Sidecars, moved with it: %1").arg(sidecar_names.join(QStringLiteral(", ")));
+        return failure.isEmpty() ? QVariant(tip) : QVariant(tr("%1\nNot changed: %2").arg(tip, failure));
     } else if (role == Qt::UserRole) {
         switch (index.column()) {
         case 0:
@@ -565,14 +577,25 @@ void table_data_model::add_file(const QString& path, bool notify)
     if (notify)
         endInsertRows();
 
-    prefetch(path);
-    const auto ahead = prefetched.find(path);
-    const file_identity identity = ahead->second.identity;
-    ondo::exif_response* read = ahead->second.read;
-    prefetched.erase(ahead);
-    exif_cache::instance()->load(path, ondo::exiftool::read_result(read));
-    identity.store(exif_cache::instance()->file_data[path]);
+    auto take = [this](const QString& file) {
+        prefetch(file);
+        const auto ahead = prefetched.find(file);
+        const file_identity identity = ahead->second.identity;
+        ondo::exif_response* read = ahead->second.read;
+        prefetched.erase(ahead);
+        exif_cache::instance()->load(file, ondo::exiftool::read_result(read));
+        identity.store(exif_cache::instance()->file_data[file]);
+    };
+    take(path);
     count_camera(camera_key(path));
+    for (const QString& sidecar : family.sidecars_of(path)) {
+        // A sidecar loaded before as a photo of its own stays one.
+        if (loaded.contains(sidecar) || sidecar_owner.contains(sidecar))
+            continue;
+        take(sidecar);
+        sidecar_files[path].append(sidecar);
+        sidecar_owner.insert(sidecar, path);
+    }
 
     // The row was shown before its tags came; let the view pick up its times.
     if (notify && row < files.size() && files.at(row) == path)
@@ -620,6 +643,10 @@ void table_data_model::prefetch(const QString& path)
     if (!prefetched.count(path)) {
         const file_identity identity = file_identity::of(path);
         prefetched.emplace(path, pending_read{identity, ondo::exiftool::read_tags_async(path, true)});
+        // Its sidecars' reads go out with it, so that no child waits for them.
+        for (const QString& sidecar : family.sidecars_of(path))
+            if (!loaded.contains(sidecar) && !sidecar_owner.contains(sidecar))
+                prefetch(sidecar);
     }
 }
 
@@ -643,6 +670,8 @@ void table_data_model::clear()
     beginResetModel();
     files.clear();
     forget_counts();
+    sidecar_files.clear();
+    sidecar_owner.clear();
     endResetModel();
 }
 
@@ -659,6 +688,11 @@ void table_data_model::remove_files(const QStringList& paths)
     forget_counts();
     auto cache = exif_cache::instance();
     for (const QString& path : gone) {
+        for (const QString& sidecar : sidecar_files.value(path)) {
+            cache->file_data.erase(sidecar);
+            cache->file_tags.erase(sidecar);
+        }
+        forget_sidecars(path);
         cache->file_data.erase(path);
         cache->file_tags.erase(path);
     }
@@ -666,6 +700,37 @@ void table_data_model::remove_files(const QStringList& paths)
     for (const QString& path : qAsConst(files))
         count_loaded(path);
     endResetModel();
+}
+
+bool table_data_model::sidecar_disagrees(const QString& path) const
+{
+    const QString zone_key = QStringLiteral("file_timezone");
+    const QString own_zone = value_of(record_of(path), zone_key);
+    for (const QString& sidecar : sidecar_files.value(path)) {
+        // A sidecar that states no time has nothing to disagree with.
+        if (value_of(record_of(sidecar), QStringLiteral("rec_source")).isEmpty())
+            continue;
+        if (date_only(path) || date_only(sidecar)) {
+            if (get_dt(path).date() != get_dt(sidecar).date())
+                return true;
+            continue;
+        }
+        const QString zone = value_of(record_of(sidecar), zone_key);
+        const bool zoned = !own_zone.isEmpty() && !zone.isEmpty();
+        auto at = [zoned](const QDateTime& time, const QString& zone) {
+            return zoned ? recording_tags::moment(time.toString(QStringLiteral("yyyy:MM:dd hh:mm:ss")) + zone)
+                         : QDateTime(time.date(), time.time(), Qt::UTC);
+        };
+        if (qAbs(at(get_dt(path), own_zone).secsTo(at(get_dt(sidecar), zone))) > 1)
+            return true;
+    }
+    return false;
+}
+
+void table_data_model::forget_sidecars(const QString& path)
+{
+    for (const QString& sidecar : sidecar_files.take(path))
+        sidecar_owner.remove(sidecar);
 }
 
 QString table_data_model::shown_name(const QString& path) const

@@ -5,6 +5,7 @@
 
 #include "camera_clocks.h"
 #include "file_identity.h"
+#include "photo_family.h"
 
 #include <ondo/exiftool.h>
 
@@ -68,8 +69,9 @@ public:
     // sort_order_override.
     void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
 
-    // Appends `path` and reads its tags, blocking until ExifTool has answered. A path already
-    // in the table is ignored without reading anything. `notify` announces the new row.
+    // Appends `path` and reads its tags, and those of its sidecars, blocking until ExifTool has
+    // answered. A path already in the table is ignored without reading anything. `notify`
+    // announces the new row.
     void add_file(const QString& path, bool notify);
     // Appends files whose records exif_cache holds already, in one reset of the table.
     void add_loaded(const QStringList& paths);
@@ -84,8 +86,19 @@ public:
     void resort();
     // Empties the table; exif_cache keeps its records.
     void clear();
-    // Takes `paths` out of the table, and their records out of exif_cache. Nothing is written.
+    // Takes `paths` out of the table, and their records and their sidecars' out of exif_cache.
+    // Nothing is written.
     void remove_files(const QStringList& paths);
+    // The sidecars read with the loaded file `path` (photo_family::sidecars_of), whose records
+    // exif_cache holds; they are no rows of their own and are written and undone with it.
+    QStringList sidecars(const QString& path) const { return sidecar_files.value(path); }
+    // The loaded file a sidecar belongs to; empty for any other path.
+    QString owner_of(const QString& sidecar) const { return sidecar_owner.value(sidecar); }
+    // Whether a sidecar of `path` states a recording time more than a second away from the
+    // file's: as moments where both state a zone, else as clock readings; a date alone by its date.
+    bool sidecar_disagrees(const QString& path) const;
+    // Whether `path` is a row or a row's sidecar: a file whose record exif_cache holds for the table.
+    bool holds(const QString& path) const { return loaded.contains(path) || sidecar_owner.contains(path); }
     // The name a row shows: the file's name, led by its folder's where another loaded file has
     // the same name ("100CANON/DSC_0001.JPG").
     QString shown_name(const QString& path) const;
@@ -118,8 +131,8 @@ public:
     bool date_only(const QString& path) const;
 
     // After a fix or an undo wrote `values` into `path`: its row shows what the file holds now.
-    // With a `failure`, nothing was written: the row keeps its time and is marked with the reason.
-    // Paths no longer in the table are passed over. rows_changed() then shows it all.
+    // With a `failure`, nothing was written: the row keeps its time and is marked with the reason;
+    // a sidecar's failure marks its file's row. Paths no longer in the table are passed over. rows_changed() then shows it all.
     void refresh(const QString& path, const exif_tag_map& values, const QString& failure = QString());
     // Takes the marks of the last run's failures away.
     void clear_failures();
@@ -128,6 +141,8 @@ public:
     QList<QString> files;
     // The same paths, for the duplicate check of add_file: a list search made a large load quadratic.
     QSet<QString> loaded;
+    // Which files of the folders belong together; a load starts it anew.
+    photo_family family;
     Qt::SortOrder sort_order = Qt::AscendingOrder;
     int sort_column = -1;
     QString format;
@@ -155,6 +170,9 @@ private:
     // How many loaded files have each name.
     QHash<QString, int> name_files;
     QHash<QString, QString> camera_names;
+    QHash<QString, QStringList> sidecar_files;
+    QHash<QString, QString> sidecar_owner;
+    void forget_sidecars(const QString& path);
     void count_camera(const QString& key);
     // A file whose record is in exif_cache joins the duplicate check and the name and camera counts.
     void count_loaded(const QString& path);

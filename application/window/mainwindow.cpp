@@ -337,7 +337,9 @@ void MainWindow::save_application_settings() { settings.setValue("last_load_path
 void MainWindow::load_files(QStringList filenames)
 {
     const run_guard guard(this);
-    filenames = file_identity::as_stored(filenames);
+    // The folders as they are now: a sidecar loaded with its image, or alone, makes the image's row.
+    model->family = photo_family();
+    filenames = model->family.rows_of(file_identity::as_stored(filenames));
     QElapsedTimer load_clock;
     load_clock.start();
     const int rows_before = model->rowCount();

@@ -13,11 +13,13 @@ run_note::run_note(QWidget* parent) : QLabel(parent)
     setTextFormat(Qt::PlainText);
 }
 
-void run_note::show_after_fix(int changed, int failed, int left)
+void run_note::show_after_fix(int changed, int failed, int left, int sidecars)
 {
-    QString text = changed > 0
-        ? tr("%n photos changed.", nullptr, changed) + ' ' + tr("Undo is possible until Tavimo closes.")
-        : tr("No photos changed.");
+    const QString photos = sidecars > 0
+        ? tr("%1 and %2 changed.").arg(tr("%n photos", nullptr, changed), tr("%n sidecars", nullptr, sidecars))
+        : tr("%n photos changed.", nullptr, changed);
+    QString text = changed > 0 || sidecars > 0 ? photos + ' ' + tr("Undo is possible until Tavimo closes.")
+                                               : tr("No photos changed.");
     if (failed > 0)
         text += ' ' + tr("%n files could not be changed.", nullptr, failed);
     if (left > 0)

@@ -11,6 +11,45 @@
 <context>
     <name>MainWindow</name>
     <message>
+        <source>Companions</source>
+        <translation>Zugehörige Dateien</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n files taken together with the loaded photos were left out: a RAW&apos;s JPEG or HEIC, or a Live Photo&apos;s movie, of the same name in the same folder:
+%1
+
+They keep their old time unless they are included.</source>
+        <translation>
+            <numerusform>%n Datei, die zu den geladenen Fotos gehört, wurde nicht geladen: die JPEG- oder HEIC-Datei eines RAW oder der Film eines Live-Fotos, gleichen Namens im selben Ordner:
+%1
+
+Sie behält ihre alte Zeit, wenn sie nicht einbezogen wird.</numerusform>
+            <numerusform>%n Dateien, die zu den geladenen Fotos gehören, wurden nicht geladen: die JPEG- oder HEIC-Dateien eines RAW oder die Filme eines Live-Fotos, gleichen Namens im selben Ordner:
+%1
+
+Sie behalten ihre alte Zeit, wenn sie nicht einbezogen werden.</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Include them</source>
+        <translation>Einbeziehen</translation>
+    </message>
+    <message>
+        <source>Only the loaded files</source>
+        <translation>Nur die geladenen Dateien</translation>
+    </message>
+    <message numerus="yes">
+        <source>The sidecar of %n photos states another recording time than the photo. Both will be moved by the same offset.</source>
+        <translation>
+            <numerusform>Bei %n Foto nennt die Begleitdatei eine andere Aufnahmezeit als das Foto. Beide werden um denselben Versatz verschoben.</numerusform>
+            <numerusform>Bei %n Fotos nennt die Begleitdatei eine andere Aufnahmezeit als das Foto. Beide werden um denselben Versatz verschoben.</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
         <source>%1, %2 files/s, %3 left</source>
         <translation>%1, %2 Dateien/s, noch %3</translation>
     </message>
@@ -548,6 +587,24 @@ Die Anwendung muss neu gestartet werden um die neue Sprache zu verwenden.</trans
 </context>
 <context>
     <name>run_note</name>
+    <message>
+        <source>%1 and %2 changed.</source>
+        <translation>%1 und %2 geändert.</translation>
+    </message>
+    <message numerus="yes">
+        <source>%n photos</source>
+        <translation>
+            <numerusform>%n Foto</numerusform>
+            <numerusform>%n Fotos</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n sidecars</source>
+        <translation>
+            <numerusform>%n Begleitdatei</numerusform>
+            <numerusform>%n Begleitdateien</numerusform>
+        </translation>
+    </message>
     <message numerus="yes">
         <source>%n files left as they were.</source>
         <translation>
@@ -594,6 +651,21 @@ Die Anwendung muss neu gestartet werden um die neue Sprache zu verwenden.</trans
 </context>
 <context>
     <name>table_data_model</name>
+    <message numerus="yes">
+        <source>%1  +%n XMP</source>
+        <translation>
+            <numerusform>%1  +%n XMP</numerusform>
+            <numerusform>%1  +%n XMP</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>Sidecars, moved with it: %1</source>
+        <translation>Begleitdateien, die mit ihm verschoben werden: %1</translation>
+    </message>
+    <message>
+        <source>its sidecar %1: %2</source>
+        <translation>seine Begleitdatei %1: %2</translation>
+    </message>
     <message>
         <source>Camera</source>
         <translation>Kamera</translation>

@@ -6,6 +6,29 @@
 <context>
     <name>MainWindow</name>
     <message numerus="yes">
+        <source>%n files taken together with the loaded photos were left out: a RAW&apos;s JPEG or HEIC, or a Live Photo&apos;s movie, of the same name in the same folder:
+%1
+
+They keep their old time unless they are included.</source>
+        <translation>
+            <numerusform>%n file taken together with the loaded photos was left out: a RAW&apos;s JPEG or HEIC, or a Live Photo&apos;s movie, of the same name in the same folder:
+%1
+
+It keeps its old time unless it is included.</numerusform>
+            <numerusform>%n files taken together with the loaded photos were left out: a RAW&apos;s JPEG or HEIC, or a Live Photo&apos;s movie, of the same name in the same folder:
+%1
+
+They keep their old time unless they are included.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>The sidecar of %n photos states another recording time than the photo. Both will be moved by the same offset.</source>
+        <translation>
+            <numerusform>The sidecar of %n photo states another recording time than the photo. Both will be moved by the same offset.</numerusform>
+            <numerusform>The sidecar of %n photos states another recording time than the photo. Both will be moved by the same offset.</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
         <source>%1: %2, from the GPS time of %n photos</source>
         <translation>
             <numerusform>%1: %2, from the GPS time of %n photo</numerusform>
@@ -120,6 +143,20 @@ All other values except the timezone will work normally.</numerusform>
 <context>
     <name>run_note</name>
     <message numerus="yes">
+        <source>%n photos</source>
+        <translation>
+            <numerusform>%n photo</numerusform>
+            <numerusform>%n photos</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
+        <source>%n sidecars</source>
+        <translation>
+            <numerusform>%n sidecar</numerusform>
+            <numerusform>%n sidecars</numerusform>
+        </translation>
+    </message>
+    <message numerus="yes">
         <source>%n files left as they were.</source>
         <translation>
             <numerusform>%n file left as it was.</numerusform>
@@ -152,6 +189,16 @@ All other values except the timezone will work normally.</numerusform>
         <translation>
             <numerusform>Undo done: %n photo as before.</numerusform>
             <numerusform>Undo done: %n photos as before.</numerusform>
+        </translation>
+    </message>
+</context>
+<context>
+    <name>table_data_model</name>
+    <message numerus="yes">
+        <source>%1  +%n XMP</source>
+        <translation>
+            <numerusform>%1  +%n XMP</numerusform>
+            <numerusform>%1  +%n XMP</numerusform>
         </translation>
     </message>
 </context>

@@ -1,0 +1,369 @@
+#include "mainwindow.h"
+#include "photo_family.h"
+#include "recording_tags.h"
+#include "undo_journal.h"
+
+#include "test_support.h"
+#include "window_test.h"
+
+#include <ondo/application.h>
+#include <ondo/exiftool.h>
+#include <ondo/language.h>
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QProcess>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTableView>
+#include <QTranslator>
+#include <QtTest>
+
+#include <ctime>
+#include <unistd.h>
+
+namespace {
+
+const QString fix_tip = "Apply changes to the timestamps of the images";
+const QString undo_tip = "Undo the last set of timestamp changes";
+const QString taken = "2017:06:21 18:30:05";
+
+// A RAW shooter's folder: a DNG with both forms of sidecar, a NEF with its darktable-style
+// sidecar, a RAW+JPEG pair, a NEF and sidecar spelt in different case, and an XMP file of no image.
+const QStringList family_folder = {
+    "IMG_1001.dng|IFD0:DNGVersion=1.4.0.0;IFD0:Make=Canon;ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=#",
+    "IMG_1001.xmp|XMP-exif:DateTimeOriginal=#;XMP-xmp:CreateDate=#;XMP-photoshop:DateCreated=#;"
+    "XMP-xmp:ModifyDate=2020:01:02 03:04:05;XMP-x:XMPToolkit=Adobe XMP Core 5.6-c140",
+    "IMG_1001.dng.xmp|XMP-exif:DateTimeOriginal=#;XMP-xmp:CreateDate=#;XMP-x:XMPToolkit=XMP Core 4.4.0-Exiv2",
+    "DSC_2002.NEF|IFD0:Make=NIKON CORPORATION;ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=#",
+    "DSC_2002.NEF.xmp|XMP-exif:DateTimeOriginal=#;XMP-xmp:CreateDate=#",
+    "DSC_3003.NEF|IFD0:Make=NIKON CORPORATION;ExifIFD:DateTimeOriginal=#",
+    "DSC_3003.JPG|IFD0:Make=NIKON CORPORATION;ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=#;IFD0:ModifyDate=#",
+    "dsc_4004.nef|ExifIFD:DateTimeOriginal=#",
+    "DSC_4004.NEF.XMP|XMP-exif:DateTimeOriginal=#",
+    "notes.xmp|XMP-xmp:CreateDate=2019:01:01 10:00:00",
+};
+
+// Processes carrying the crashing child's environment: it and its ExifTool children.
+int crashed_processes()
+{
+    int count = 0;
+    for (const QString& pid : QDir("/proc").entryList({"[0-9]*"}, QDir::Dirs)) {
+        QFile environment("/proc/" + pid + "/environ");
+        count += environment.open(QIODevice::ReadOnly) && environment.readAll().contains("TAVIMO_TEST_FAMILY_CRASH=");
+    }
+    return count;
+}
+
+// The child's side of a crash: loads every file of TAVIMO_TEST_FOLDER, fixes them by an hour and
+// ends without a word once the bar shows every photo written, before the run is closed.
+int crash_after_the_writes(int argc, char** argv)
+{
+    ondo::application<MainWindow> app(argc, argv);
+    const QDir folder(qEnvironmentVariable("TAVIMO_TEST_FOLDER"));
+    QStringList paths;
+    for (const QString& name : folder.entryList(QDir::Files, QDir::Name))
+        paths << folder.absoluteFilePath(name);
+    MainWindow* window = test_support::open_main_window();
+    window->load_files(paths);
+    const int rows = window->findChild<QTableView*>()->model()->rowCount();
+    QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
+    for (QProgressBar* bar : window->findChildren<QProgressBar*>())
+        QObject::connect(bar, &QProgressBar::valueChanged, [rows](int value) {
+            if (value >= rows)
+                ::_exit(0);
+        });
+    test_support::button(window, fix_tip)->click();
+    return 3;
+}
+
+} // namespace
+
+// Sidecars, RAW+JPEG pairs and Live Photos: a photo's files move together and come back together.
+class tst_families : public test_support::window_test {
+    Q_OBJECT
+
+private slots:
+    void which_files_belong_together_data()
+    {
+        QTest::addColumn<QStringList>("folder");
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QStringList>("sidecars");
+        QTest::addColumn<QStringList>("companions");
+        QTest::newRow("both sidecar forms") << QStringList{"a.dng", "A.XMP", "a.dng.xmp", "a.dng.xmp.bak"} << "a.dng"
+                                            << QStringList{"A.XMP", "a.dng.xmp"} << QStringList{};
+        // Raw developers keep "base.xmp" beside the RAW; the JPEG taken with it has its own only.
+        QTest::newRow("RAW+JPEG, the JPEG") << QStringList{"b.CR3", "b.jpg", "b.xmp", "b.jpg.xmp"} << "b.jpg"
+                                            << QStringList{"b.jpg.xmp"} << QStringList{"b.CR3"};
+        QTest::newRow("RAW+JPEG, the RAW") << QStringList{"b.CR3", "b.jpg", "b.xmp"} << "b.CR3" << QStringList{"b.xmp"}
+                                           << QStringList{"b.jpg"};
+        QTest::newRow("Live Photo") << QStringList{"IMG_7.HEIC", "IMG_7.MOV", "IMG_7.xmp"} << "IMG_7.MOV" << QStringList{}
+                                    << QStringList{"IMG_7.HEIC"};
+        QTest::newRow("Live Photo, the still") << QStringList{"IMG_7.HEIC", "IMG_7.MOV", "IMG_7.xmp"} << "IMG_7.HEIC"
+                                               << QStringList{"IMG_7.xmp"} << QStringList{"IMG_7.MOV"};
+        // A RAW and a movie of one name are no pair, nor are files that only begin alike.
+        QTest::newRow("no family") << QStringList{"c.nef", "c.mov", "c2.jpg", "c.nef.txt"} << "c.nef" << QStringList{}
+                                   << QStringList{};
+    }
+
+    void which_files_belong_together()
+    {
+        QFETCH(QStringList, folder);
+        QFETCH(QString, file);
+        QFETCH(QStringList, sidecars);
+        QFETCH(QStringList, companions);
+        for (const QString& name : folder) {
+            QFile made(dir->filePath(name));
+            QVERIFY(made.open(QIODevice::WriteOnly));
+        }
+        auto in_dir = [this](QStringList names) {
+            for (QString& name : names)
+                name = dir->filePath(name);
+            return names;
+        };
+        photo_family family;
+        QCOMPARE(family.sidecars_of(dir->filePath(file)), in_dir(sidecars));
+        QCOMPARE(family.companions_of(dir->filePath(file)), in_dir(companions));
+        for (const QString& sidecar : in_dir(sidecars))
+            QCOMPARE(family.image_of(sidecar), dir->filePath(file));
+    }
+
+    void one_row_per_image_data()
+    {
+        QTest::addColumn<QStringList>("loaded"); // names; "/" is the folder, dropped
+        QTest::addColumn<QStringList>("rows");
+        const QStringList rows_of_all = {"DSC_2002.NEF  +1 XMP", "DSC_3003.JPG", "DSC_3003.NEF", "dsc_4004.nef  +1 XMP",
+                                         "IMG_1001.dng  +2 XMP", "notes.xmp"};
+        QTest::newRow("the folder dropped") << QStringList{"/"} << rows_of_all;
+        QTest::newRow("a selection of an image and its sidecars")
+            << QStringList{"IMG_1001.xmp", "IMG_1001.dng", "IMG_1001.dng.xmp"} << QStringList{"IMG_1001.dng  +2 XMP"};
+        QTest::newRow("a sidecar alone stands for its image") << QStringList{"DSC_2002.NEF.xmp"}
+                                                              << QStringList{"DSC_2002.NEF  +1 XMP"};
+        QTest::newRow("an XMP file of no image") << QStringList{"notes.xmp"} << QStringList{"notes.xmp"};
+    }
+
+    void one_row_per_image()
+    {
+        QFETCH(QStringList, loaded);
+        make_folder(family_folder);
+        window = test_support::open_main_window();
+        if (loaded == QStringList{"/"}) {
+            QVERIFY(test_support::drop_urls(window, {QUrl::fromLocalFile(dir->path())}));
+        } else {
+            QStringList paths;
+            for (const QString& name : loaded)
+                paths << dir->filePath(name);
+            window->load_files(paths);
+        }
+        QTEST(rows(), "rows");
+        const QString tip = table()->model()->index(rows().indexOf("IMG_1001.dng  +2 XMP"), 0).data(Qt::ToolTipRole).toString();
+        if (rows().contains("IMG_1001.dng  +2 XMP"))
+            QVERIFY2(tip.contains("IMG_1001.xmp, IMG_1001.dng.xmp"), qPrintable(tip));
+    }
+
+    // A fix of an hour with a zone moves every date of the RAWs, their sidecars and the JPEG that
+    // the question brings in, by exactly that hour, each from its own value, with the entered
+    // zone wherever a zone goes; the undo gives every file back.
+    void a_family_moves_as_one_and_comes_back()
+    {
+        make_folder(family_folder);
+        const QStringList files = {"IMG_1001.dng", "IMG_1001.xmp", "IMG_1001.dng.xmp", "DSC_2002.NEF", "DSC_2002.NEF.xmp",
+                                   "DSC_3003.NEF", "DSC_3003.JPG"};
+        QMap<QString, QStringList> before;
+        QMap<QString, exif_tag_map> tags_before;
+        for (const QString& name : files) {
+            before[name] = test_support::listing(dir->filePath(name));
+            tags_before[name] = test_support::read_back(dir->filePath(name));
+        }
+        window = test_support::open_main_window();
+        window->load_files({dir->filePath("IMG_1001.dng"), dir->filePath("DSC_2002.NEF"), dir->filePath("DSC_3003.NEF")});
+        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
+        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_timezone"), "2");
+
+        const auto asked = test_support::answer_next_box("Include them");
+        test_support::button(window, fix_tip)->click();
+        QVERIFY(asked->answered);
+        QVERIFY2(asked->text.startsWith("1 file taken together with the loaded photos was left out"), qPrintable(asked->text));
+        QVERIFY(asked->text.contains("DSC_3003.JPG"));
+        QCOMPARE(asked->buttons, QStringList({"Include them", "Only the loaded files"}));
+        QCOMPARE(rows().size(), 4);
+        QCOMPARE(window->findChild<QLabel*>("run_note")->text().section(' ', 0, 5), "4 photos and 3 sidecars changed.");
+
+        for (const QString& name : files) {
+            const exif_tag_map after = test_support::read_back(dir->filePath(name));
+            int moved = 0;
+            for (const auto& [tag, text] : tags_before[name]) {
+                const auto was = recording_tags::parse(text);
+                if (tag.startsWith("System:") || !was || !was->has_time)
+                    continue;
+                const auto now = recording_tags::parse(after.at(tag));
+                QVERIFY2(now, qPrintable(name + " " + tag));
+                const QDateTime wall_before(was->date, was->time, Qt::UTC), wall_after(now->date, now->time, Qt::UTC);
+                QVERIFY2(wall_before.secsTo(wall_after) == 3600, qPrintable(name + " " + tag + " " + after.at(tag)));
+                // The sidecars hold no EXIF: their dates carry the zone; the RAWs and the JPEG keep it in EXIF.
+                QCOMPARE(now->has_zone, name.endsWith(".xmp"));
+                if (now->has_zone)
+                    QCOMPARE(now->zone_seconds, 7200);
+                ++moved;
+            }
+            QVERIFY2(moved >= 1, qPrintable(name));
+            if (!name.endsWith(".xmp"))
+                QCOMPARE(after.at("ExifIFD:OffsetTimeOriginal"), "+02:00");
+            // The toolkit the sidecar names stays its own.
+            QCOMPARE(after.count("XMP-x:XMPToolkit") ? after.at("XMP-x:XMPToolkit") : QString(),
+                     tags_before[name].count("XMP-x:XMPToolkit") ? tags_before[name].at("XMP-x:XMPToolkit") : QString());
+        }
+
+        test_support::button(window, undo_tip)->click();
+        for (const QString& name : files)
+            QCOMPARE(test_support::listing(dir->filePath(name)), before[name]);
+    }
+
+    void a_disagreeing_sidecar_is_asked_about_data()
+    {
+        QTest::addColumn<QString>("photo");
+        QTest::addColumn<QString>("sidecar");
+        QTest::addColumn<QString>("answer"); // empty: no question
+        const QString nef = "a.nef|IFD0:Make=NIKON CORPORATION;ExifIFD:DateTimeOriginal=#";
+        QTest::newRow("five minutes apart, cancelled") << nef << "a.nef.xmp|XMP-exif:DateTimeOriginal=2017:06:21 18:35:05"
+                                                       << "Cancel";
+        QTest::newRow("five minutes apart, continued") << nef << "a.nef.xmp|XMP-exif:DateTimeOriginal=2017:06:21 18:35:05"
+                                                       << "Continue";
+        QTest::newRow("a second apart") << nef << "a.nef.xmp|XMP-exif:DateTimeOriginal=2017:06:21 18:30:06" << "";
+        // The same moment, told in UTC by the sidecar and on the local clock by the photo.
+        QTest::newRow("one moment in two zones") << nef + ";ExifIFD:OffsetTimeOriginal=+02:00"
+                                                 << "a.nef.xmp|XMP-exif:DateTimeOriginal=2017:06:21 16:30:05Z" << "";
+        QTest::newRow("a sidecar without a date") << nef << "a.nef.xmp|XMP-dc:Title=Harbour" << "";
+    }
+
+    void a_disagreeing_sidecar_is_asked_about()
+    {
+        QFETCH(QString, photo);
+        QFETCH(QString, sidecar);
+        QFETCH(QString, answer);
+        make_folder({photo, sidecar});
+        const QString xmp = dir->filePath("a.nef.xmp");
+        const QStringList before = test_support::listing(xmp) + test_support::listing(dir->filePath("a.nef"));
+        window = test_support::open_main_window();
+        window->load_files({dir->filePath("a.nef")});
+        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
+        const auto asked = test_support::answer_next_box(answer.isEmpty() ? "close" : answer);
+        test_support::button(window, fix_tip)->click();
+        if (answer.isEmpty()) {
+            asked->cancelled = true;
+            QVERIFY(!asked->answered);
+            QCOMPARE(test_support::read_back(dir->filePath("a.nef")).at("ExifIFD:DateTimeOriginal"), "2017:06:21 19:30:05");
+            return;
+        }
+        QVERIFY(asked->answered);
+        QCOMPARE(asked->text, "The sidecar of 1 photo states another recording time than the photo. Both will be moved "
+                              "by the same offset.");
+        QCOMPARE(asked->buttons, QStringList({"Continue", "Cancel"}));
+        if (answer == "Cancel")
+            QCOMPARE(test_support::listing(xmp) + test_support::listing(dir->filePath("a.nef")), before);
+        else
+            QCOMPARE(test_support::read_back(xmp).at("XMP-exif:DateTimeOriginal"), "2017:06:21 19:35:05");
+    }
+
+    // A sidecar that is no longer the file that was loaded fails its row, with its name, and its
+    // photo is not written either.
+    void a_sidecar_replaced_by_a_folder_is_refused()
+    {
+        make_folder({family_folder[0], family_folder[2]});
+        const QString photo = dir->filePath("IMG_1001.dng"), xmp = dir->filePath("IMG_1001.dng.xmp");
+        const QStringList before = test_support::listing(photo);
+        window = test_support::open_main_window();
+        window->load_files({photo});
+        QVERIFY(QFile::remove(xmp) && QDir().mkdir(xmp));
+        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
+        const auto failed = test_support::answer_next_box("Keep changes");
+        test_support::button(window, fix_tip)->click();
+        QVERIFY(failed->answered);
+        QVERIFY2(failed->text.contains(xmp + " (changed since it was loaded)"), qPrintable(failed->text));
+        QCOMPARE(test_support::listing(photo), before);
+        QVERIFY(QFileInfo(xmp).isDir());
+        const QString tip = table()->model()->index(0, 0).data(Qt::ToolTipRole).toString();
+        QVERIFY2(tip.contains("its sidecar IMG_1001.dng.xmp"), qPrintable(tip));
+    }
+
+    // A run killed after its writes: the next start's undo gives the sidecars back too.
+    void a_killed_run_is_undone_with_its_sidecars()
+    {
+        make_folder({family_folder[0], family_folder[1], family_folder[2], family_folder[3], family_folder[4]});
+        QMap<QString, QStringList> before;
+        for (const QString& name : QDir(dir->path()).entryList(QDir::Files))
+            before[name] = test_support::listing(dir->filePath(name));
+
+        QProcess child;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("TAVIMO_TEST_FAMILY_CRASH", "1");
+        environment.insert("TAVIMO_TEST_FOLDER", dir->path());
+        child.setProcessEnvironment(environment);
+        child.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        child.start(QCoreApplication::applicationFilePath(), QStringList());
+        QVERIFY(child.waitForFinished(120000) && child.exitCode() == 0);
+        QVERIFY(QTest::qWaitFor([] { return crashed_processes() == 0; }, 20000));
+        QCOMPARE(test_support::read_back(dir->filePath("IMG_1001.dng.xmp")).at("XMP-exif:DateTimeOriginal"), "2017:06:21 19:30:05");
+
+        const auto offered = test_support::answer_next_box("Undo");
+        window = test_support::open_main_window();
+        QTRY_VERIFY(offered->answered);
+        QVERIFY2(offered->text.contains("Photos that run had changed: 5"), qPrintable(offered->text));
+        for (auto file = before.cbegin(); file != before.cend(); ++file)
+            QCOMPARE(test_support::listing(dir->filePath(file.key())), file.value());
+    }
+
+private:
+    // Files of `specs` ("name|tags", "#" standing for the time taken) in the test's folder: XMP
+    // files made by ExifTool from nothing, JPEGs from an image, RAWs from a small TIFF.
+    void make_folder(const QStringList& specs)
+    {
+        for (const QString& spec : specs) {
+            const QString name = spec.section('|', 0, 0);
+            const exif_tag_map tags = test_support::tag_map(spec.section('|', 1).replace("#", taken));
+            const QString path = dir->filePath(name);
+            if (name.endsWith(".jpg", Qt::CaseInsensitive)) {
+                test_support::make_tagged_photo(dir->path(), name, tags);
+                continue;
+            }
+            QStringList arguments = {"-m", "-q"};
+            for (const auto& [tag, value] : tags)
+                arguments << QString("-%1=%2").arg(tag, value);
+            if (name.endsWith(".xmp", Qt::CaseInsensitive))
+                arguments << "-o" << path;
+            else
+                arguments << "-overwrite_original" << test_support::make_tiff(dir->path(), name);
+            test_support::run(TAVIMO_EXIFTOOL_SCRIPT, arguments);
+            QVERIFY2(QFileInfo(path).isFile(), qPrintable(path));
+        }
+    }
+    QTableView* table() const { return window->findChild<QTableView*>(); }
+    QStringList rows() const
+    {
+        QStringList names;
+        for (int row = 0; row < table()->model()->rowCount(); ++row)
+            names << table()->model()->index(row, 0).data().toString();
+        names.sort(Qt::CaseInsensitive);
+        return names;
+    }
+};
+
+int main(int argc, char** argv)
+{
+    qputenv("TZ", "Europe/Berlin");
+    tzset();
+    test_support::use_private_settings();
+    // The state folder, shared with the crashing child.
+    if (qEnvironmentVariableIsSet("TAVIMO_TEST_FAMILY_CRASH"))
+        return crash_after_the_writes(argc, argv);
+    static QTemporaryDir state;
+    qputenv("XDG_DATA_HOME", state.path().toLocal8Bit());
+    ondo::application<MainWindow> app(argc, argv);
+    // The English catalogue, for the singular forms the user reads.
+    for (QTranslator* translator : ondo::install_translators("en"))
+        QCoreApplication::installTranslator(translator);
+    tst_families test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_families.moc"
