@@ -446,11 +446,12 @@ void MainWindow::on_button_fix_time_clicked()
     // Before the question: an undo chosen there puts its own note in place of this one.
     // Every photo of the run is counted once: written, failed, or left as it was.
     note->show_after_fix(written_count, failed_count, plan.size() - written_count - failed_count, sidecars_written);
-    qInfo().noquote() << QStringLiteral("Fix run ended: %1 written, %2 failed, %3 left as they were, %4 sidecars written, in %5 s")
+    qInfo().noquote() << QStringLiteral("Fix run ended: %1 written, %2 failed, %3 left as they were%4, in %5 s")
                              .arg(written_count)
                              .arg(failed_count)
                              .arg(plan.size() - written_count - failed_count)
-                             .arg(sidecars_written)
+                             .arg(sidecars_written > 0 ? QStringLiteral(", %1 sidecars written").arg(sidecars_written)
+                                                       : QString())
                              .arg(run_clock.elapsed() / 1000.0, 0, 'f', 1);
 
     // A program that is quitting asks nothing more.
