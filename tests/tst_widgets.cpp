@@ -157,54 +157,44 @@ private slots:
         QCOMPARE(QColor(lightest_inside(empty)), QColor(text));
     }
 
-    void recolour_monochrome()
+    // Monochrome art takes the colours given at its own alpha; multicolour art keeps its pixels and
+    // is highlighted by the shift from the pixel nearest to `normal` to `highlight`. Disabled art
+    // is half as opaque.
+    void recolour_data()
     {
-        const QVector<QRgb> pixels{qRgba(10, 20, 30, 255), qRgba(200, 0, 0, 128), qRgba(0, 0, 0, 1), 0};
-        ondo::button_dark::img_highlighter h;
-        h.normal = ondo::pixel_argb(129, 136, 133);
-        h.highlight = ondo::pixel_argb(240, 241, 242);
-        QImage normal = row_of(pixels), highlight = normal, disabled = normal;
-        h.create_images(normal, highlight, disabled);
-        for (int x = 0; x < pixels.size(); ++x) {
-            const int alpha = qAlpha(pixels[x]);
-            QCOMPARE(normal.pixel(x, 0), qRgba(129, 136, 133, alpha));
-            QCOMPARE(highlight.pixel(x, 0), qRgba(240, 241, 242, alpha));
-            QCOMPARE(disabled.pixel(x, 0), qRgba(129, 136, 133, alpha >> 1)); // 1 becomes 0
-        }
-    }
-
-    // The highlighted picture is shifted by `highlight` minus the pixel nearest to `normal`.
-    void recolour_multicolor_data()
-    {
+        QTest::addColumn<bool>("multicolor");
         QTest::addColumn<QVector<QRgb>>("pixels");
         QTest::addColumn<QRgb>("normal");
         QTest::addColumn<QRgb>("highlight");
-        QTest::addColumn<QVector<QRgb>>("expected");
+        QTest::addColumn<QVector<QRgb>>("highlighted");
+        const QRgb light = qRgb(240, 241, 242);
+        QTest::newRow("monochrome") << false << QVector<QRgb>{qRgba(10, 20, 30, 255), qRgba(200, 0, 0, 128), qRgba(0, 0, 0, 1), 0}
+                                    << qRgb(129, 136, 133) << light << QVector<QRgb>{light, light, light, light};
         QTest::newRow("first of equally near")
-            << QVector<QRgb>{qRgb(0, 0, 0), qRgb(110, 100, 100), qRgb(100, 100, 90)} << qRgb(100, 100, 100)
-            << qRgb(150, 150, 150) << QVector<QRgb>{qRgb(40, 50, 50), qRgb(150, 150, 150), qRgb(140, 150, 140)};
-        QTest::newRow("clamped both ways") << QVector<QRgb>{qRgb(20, 20, 20), qRgb(250, 5, 128)} << qRgb(20, 20, 20)
-                                           << qRgb(60, 0, 20) << QVector<QRgb>{qRgb(60, 0, 20), qRgb(255, 0, 128)};
+            << true << QVector<QRgb>{qRgba(0, 0, 0, 200), qRgba(110, 100, 100, 200), qRgba(100, 100, 90, 200)}
+            << qRgb(100, 100, 100) << qRgb(150, 150, 150) << QVector<QRgb>{qRgb(40, 50, 50), qRgb(150, 150, 150), qRgb(140, 150, 140)};
+        QTest::newRow("clamped both ways") << true << QVector<QRgb>{qRgba(20, 20, 20, 200), qRgba(250, 5, 128, 200)}
+                                           << qRgb(20, 20, 20) << qRgb(60, 0, 20) << QVector<QRgb>{qRgb(60, 0, 20), qRgb(255, 0, 128)};
     }
 
-    void recolour_multicolor()
+    void recolour()
     {
+        QFETCH(bool, multicolor);
         QFETCH(QVector<QRgb>, pixels);
         QFETCH(QRgb, normal);
         QFETCH(QRgb, highlight);
-        QFETCH(QVector<QRgb>, expected);
+        QFETCH(QVector<QRgb>, highlighted);
         ondo::button_dark::img_highlighter h;
-        h.multicolor = true;
+        h.multicolor = multicolor;
         h.normal = ondo::pixel_argb(normal);
         h.highlight = ondo::pixel_argb(highlight);
-        for (QRgb& p : pixels)
-            p = with_alpha(p, 200);
         QImage n = row_of(pixels), hi = n, d = n;
         h.create_images(n, hi, d);
         for (int x = 0; x < pixels.size(); ++x) {
-            QCOMPARE(n.pixel(x, 0), pixels[x]);
-            QCOMPARE(hi.pixel(x, 0), with_alpha(expected[x], 200));
-            QCOMPARE(d.pixel(x, 0), with_alpha(pixels[x], 100));
+            const QRgb plain = multicolor ? pixels[x] : with_alpha(normal, qAlpha(pixels[x]));
+            QCOMPARE(n.pixel(x, 0), plain);
+            QCOMPARE(hi.pixel(x, 0), with_alpha(highlighted[x], qAlpha(pixels[x])));
+            QCOMPARE(d.pixel(x, 0), with_alpha(plain, qAlpha(pixels[x]) >> 1)); // 1 becomes 0
         }
     }
 
