@@ -1,6 +1,7 @@
 #include "desktop_service.h"
 #include "mainwindow.h"
 
+#include "processes.h"
 #include "test_support.h"
 #include "window_test.h"
 
@@ -58,44 +59,22 @@ private slots:
     void another_copy()
     {
         const QStringList items = open_window_beside_album();
-
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert("HOME", dir->filePath("home"));
-        env.insert("XDG_CONFIG_HOME", dir->filePath("home/.config"));
-        env.insert("TAVIMO_TEST_CLOSE_AFTER_MS", "1500");
-        QProcess copy;
-        copy.setProcessEnvironment(env);
-        copy.start(TAVIMO_BIN_DIR "/tavimo_close_soon", QStringList());
-        QVERIFY(copy.waitForFinished(30000));
-        QCOMPARE(copy.exitStatus(), QProcess::NormalExit);
-        QCOMPARE(copy.exitCode(), 0);
-        const QString out = QString::fromUtf8(copy.readAllStandardOutput());
+        QString out;
+        QVERIFY2(run_copy(out, "1500"), qPrintable(out));
         QVERIFY2(out.contains("visible: MainWindow 800x700"), qPrintable(out));
         QCOMPARE(out.count("Desktop open requests go to the copy that already runs"), 1);
-
         call_open({QUrl::fromLocalFile(items.first()).toString()});
         QTRY_COMPARE_WITH_TIMEOUT(names(), QStringList{"a.jpg"}, 30000);
     }
 
     // A start with names while this copy holds the bus name: the names come here, relative ones
-    // read against the new start's folder, and it ends by itself without a window.
+    // read against the new start's folder, and it ends by itself without a window (one would stay
+    // for a minute).
     void a_second_start_hands_over_its_names()
     {
         open_window_beside_album();
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.insert("HOME", dir->filePath("home"));
-        env.insert("XDG_CONFIG_HOME", dir->filePath("home/.config"));
-        // Long enough to be seen if it opened a window after all.
-        env.insert("TAVIMO_TEST_CLOSE_AFTER_MS", "20000");
-        QProcess copy;
-        copy.setProcessEnvironment(env);
-        copy.setWorkingDirectory(dir->path());
-        copy.start(TAVIMO_BIN_DIR "/tavimo_close_soon", {"a.jpg", "album"});
-        // This test's own loop answers the call, so it must keep running while the copy waits.
-        QTRY_VERIFY_WITH_TIMEOUT(copy.state() == QProcess::NotRunning, 15000);
-        QCOMPARE(copy.exitStatus(), QProcess::NormalExit);
-        QCOMPARE(copy.exitCode(), 0);
-        QVERIFY(!copy.readAllStandardOutput().contains("visible:"));
+        QString out;
+        QVERIFY2(run_copy(out, "60000", {"a.jpg", "album"}) && !out.contains("visible:"), qPrintable(out));
         QTRY_COMPARE_WITH_TIMEOUT(names(), (QStringList{"a.jpg", "c.jpg"}), 30000);
     }
 
@@ -123,6 +102,18 @@ private:
         if (!desktop_service::offer(window))
             qWarning("the test could not take the application's name on its bus");
         return {root.filePath("a.jpg"), root.filePath("b ü.png"), root.filePath("album")};
+    }
+
+    // The program's own main in a second process, with a home of its own and the test's folder as
+    // its working folder: true when it ended by itself, without an error; `out` is what it printed.
+    bool run_copy(QString& out, const QString& close_after_ms, const QStringList& arguments = {})
+    {
+        QProcess copy;
+        test_support::launch(copy, "tavimo_close_soon", dir->path(), {{"TAVIMO_TEST_CLOSE_AFTER_MS", close_after_ms}}, arguments);
+        // This test's own loop answers the copy's call, so it must keep running while the copy waits.
+        const bool ended = QTest::qWaitFor([&] { return copy.state() == QProcess::NotRunning; }, 30000);
+        out = QString::fromUtf8(copy.readAllStandardOutput());
+        return ended && copy.exitStatus() == QProcess::NormalExit && copy.exitCode() == 0;
     }
 
     // Another connection to the bus, as a file manager's would be; the answer is not awaited,

@@ -1,6 +1,9 @@
+#include <ondo/language.h>
 #include <ondo/message_handler.h>
 
 #include <QProcess>
+#include <QSettings>
+#include <QTemporaryDir>
 #include <QThread>
 #include <QtTest>
 
@@ -31,9 +34,25 @@ written capture(const std::function<void()>& log)
     return {QString::fromStdString(out.str()), QString::fromStdString(err.str())};
 }
 
+// This program again as a child, with `vars` set and `removed` unset, run to its end.
+void run_again(QProcess& child, const QMap<QString, QString>& vars, const QStringList& removed)
+{
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    for (const QString& name : removed)
+        env.remove(name);
+    for (auto it = vars.begin(); it != vars.end(); ++it)
+        env.insert(it.key(), it.value());
+    child.setProcessEnvironment(env);
+    child.start(QCoreApplication::applicationFilePath(), QStringList());
+    QVERIFY(child.waitForFinished(30000));
+}
+
 } // namespace
 
-class tst_message_handler : public QObject {
+// What the toolkit sets up for the process before any window: the message handler and the
+// language. The system locale is read once per process, and a fatal message ends it, so those
+// cases run this program again as a child.
+class tst_application_setup : public QObject {
     Q_OBJECT
 
 private slots:
@@ -92,15 +111,8 @@ private slots:
         QFETCH(QString, child);
         QFETCH(QString, platform);
         QFETCH(QString, line);
-        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-        env.remove("DISPLAY");
-        env.remove("WAYLAND_DISPLAY");
-        env.insert("QT_QPA_PLATFORM", platform);
-        env.insert("TST_FATAL_CHILD", child);
         QProcess started;
-        started.setProcessEnvironment(env);
-        started.start(QCoreApplication::applicationFilePath(), QStringList());
-        QVERIFY(started.waitForFinished(20000));
+        run_again(started, {{"QT_QPA_PLATFORM", platform}, {"TST_FATAL_CHILD", child}}, {"DISPLAY", "WAYLAND_DISPLAY"});
         QCOMPARE(started.exitStatus(), QProcess::CrashExit);
         // On Unix a crashed child's exit code is the signal that ended it: Qt's abort, not a
         // segmentation fault in a box.
@@ -114,10 +126,44 @@ private slots:
         if (child != "platform")
             QCOMPARE(lines.size(), 1);
     }
+
+    void language_suffix_data()
+    {
+        QTest::addColumn<QString>("system_locale");
+        QTest::addColumn<QString>("stored");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("German system") << "de_DE.UTF-8" << "" << "de";
+        QTest::newRow("French system: in the table, not offered") << "fr_FR.UTF-8" << "" << "en";
+        QTest::newRow("fr set by hand") << "de_DE.UTF-8" << "fr" << "fr";
+    }
+
+    // Each case with a settings store of its own.
+    void language_suffix()
+    {
+        QFETCH(QString, system_locale);
+        QFETCH(QString, stored);
+        QTemporaryDir config;
+        const QString store = config.filePath("Velmora/Tavimo.conf");
+        if (!stored.isEmpty())
+            QSettings(store, QSettings::IniFormat).setValue("lang", stored);
+        QProcess child;
+        run_again(child, {{"TAVIMO_PRINT_LANGUAGE", "1"}, {"LC_ALL", system_locale}, {"XDG_CONFIG_HOME", config.path()}},
+                  {"LANGUAGE"});
+        QTEST(QString::fromUtf8(child.readAllStandardOutput()).trimmed(), "expected");
+        // The answer is never written back.
+        QCOMPARE(QSettings(store, QSettings::IniFormat).value("lang").toString(), stored);
+    }
 };
 
 int main(int argc, char** argv)
 {
+    if (qEnvironmentVariableIsSet("TAVIMO_PRINT_LANGUAGE")) {
+        QCoreApplication app(argc, argv);
+        QCoreApplication::setOrganizationName("Velmora");
+        QCoreApplication::setApplicationName("Tavimo");
+        std::cout << ondo::get_language_suffix("lang").toStdString() << std::endl;
+        return 0;
+    }
     const QByteArray child = qgetenv("TST_FATAL_CHILD");
     if (!child.isEmpty()) {
         // The aborts are expected; no core file for them.
@@ -143,8 +189,8 @@ int main(int argc, char** argv)
         return 0;
     }
     QApplication app(argc, argv);
-    tst_message_handler test;
+    tst_application_setup test;
     return QTest::qExec(&test, argc, argv);
 }
 
-#include "tst_message_handler.moc"
+#include "tst_application_setup.moc"
