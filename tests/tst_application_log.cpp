@@ -65,9 +65,7 @@ void save_into(const QTemporaryDir& home)
 {
     qputenv("HOME", home.path().toLocal8Bit());
     qputenv("XDG_CONFIG_HOME", home.filePath("config").toLocal8Bit());
-    for (QPushButton* button : log_window()->findChildren<QPushButton*>())
-        if (button->text() == "Save to disk")
-            button->click();
+    log_button("Save to disk")->click();
 }
 
 // A long single write with a running count, so that a lost or doubled character shows.
@@ -186,6 +184,7 @@ private slots:
         QCOMPARE(page("page filtered")->toPlainText(), QString("Error: disk full\nERRORS\n"));
     }
 
+    // A command typed into the filter runs on Return, in any case and with no blank needed.
     void commands_data()
     {
         QTest::addColumn<QString>("input");
