@@ -229,7 +229,6 @@ private slots:
         QCOMPARE(test_support::listing(paths[1]).join('\n'), listing);
     }
 
-
     // From the first button round to it again; the undo button is off until a fix, and each group
     // of radio buttons is one stop, inside which the arrow keys go. A button reached by Tab must
     // show it, or the keyboard's place is lost.
