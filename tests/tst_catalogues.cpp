@@ -1,22 +1,29 @@
+#include "dialog_settings.h"
 #include "mainwindow.h"
 
 #include "test_support.h"
 #include "window_test.h"
 
 #include <ondo/application.h>
+#include <ondo/help.h>
 #include <ondo/language.h>
 #include <ondo/qt_compat.h>
 
+#include <QAbstractItemView>
+#include <QComboBox>
+#include <QDesktopServices>
 #include <QFileDialog>
 #include <QHeaderView>
 #include <QLabel>
-#include <QLibraryInfo>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QSettings>
+#include <QTextBrowser>
 #include <QTranslator>
 #include <QTreeView>
 #include <QtTest>
+
+using test_support::answer_next_box;
 
 namespace {
 
@@ -31,14 +38,40 @@ struct installed_catalogues {
     QList<QTranslator*> translators;
 };
 
+QString read_all(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : "<unreadable>";
+}
+
 } // namespace
 
+// Catches what would go to the browser.
+class url_catcher : public QObject {
+    Q_OBJECT
+public:
+    QList<QUrl> urls;
+public slots:
+    void open(const QUrl& url) { urls << url; }
+};
+
 // What the catalogues make of the texts a user reads: counts in the singular and the plural in
-// both languages, the polite form of address in German, and Qt's own texts in its file dialog.
+// both languages, the polite form of address in German, Qt's own texts in its file dialog; the
+// language choice and the prompt after it; the help page in the chosen language, which goes
+// through a temporary file to the browser with the control key named as the platform names it.
 class tst_catalogues : public test_support::window_test {
     Q_OBJECT
+public:
+    ~tst_catalogues() override { QDesktopServices::unsetUrlHandler("file"); }
 
 private slots:
+    void initTestCase()
+    {
+        // A temporary folder of this test's own, so that no help page of another run is read back.
+        qputenv("TMPDIR", temp.path().toLocal8Bit());
+        QDesktopServices::setUrlHandler("file", &catcher, "open");
+    }
+
     // `also` must stand in both forms: the words that were corrected.
     void counted_texts_data()
     {
@@ -73,8 +106,7 @@ private slots:
             "Eine FAT- oder exFAT-Speicherkarte");
         row("en CR3", "en", "MainWindow", cr3, "Trying to alter/set timezone of 1 CR3 image.\n",
             "Trying to alter/set timezone of 2 CR3 images.\n", "");
-        row("de CR3", "de", "MainWindow", cr3, "Die Zeitzone von 1 Bild im CR3 Format",
-            "Die Zeitzone von 2 Bildern im CR3 Format", "");
+        row("de CR3", "de", "MainWindow", cr3, "Die Zeitzone von 1 Bild im CR3 Format", "Die Zeitzone von 2 Bildern im CR3 Format", "");
         row("en failed", "en", "MainWindow", failed, "The following file could not be fixed:\n%1",
             "The following 2 files could not be fixed:\n%1", "");
         row("de failed", "de", "MainWindow", failed, "Die folgende Datei konnte nicht angepasst werden:\n%1",
@@ -100,42 +132,48 @@ private slots:
         QFETCH(QString, lang);
         QFETCH(QString, context);
         QFETCH(QString, source);
-        QFETCH(QString, also);
-        const installed_catalogues catalogues(lang);
-        const QByteArray context_name = context.toLatin1();
-        const QByteArray text = source.toUtf8();
-        const QString one = QCoreApplication::translate(context_name, text, nullptr, 1);
-        const QString two = QCoreApplication::translate(context_name, text, nullptr, 2);
         QFETCH(QString, one_start);
         QFETCH(QString, two_start);
+        QFETCH(QString, also);
+        const installed_catalogues catalogues(lang);
+        const QString one = QCoreApplication::translate(context.toLatin1(), source.toUtf8(), nullptr, 1);
+        const QString two = QCoreApplication::translate(context.toLatin1(), source.toUtf8(), nullptr, 2);
         QVERIFY2(one.startsWith(one_start), qPrintable(one));
         QVERIFY2(two.startsWith(two_start), qPrintable(two));
         QVERIFY2(one.contains(also) && two.contains(also), qPrintable(also));
     }
 
-    // Texts without a count that were corrected, and the German catalogue's form of address.
+    // Texts without a count that were corrected or are easily lost.
     void corrected_texts_data()
     {
         QTest::addColumn<QString>("lang");
         QTest::addColumn<QString>("context");
         QTest::addColumn<QString>("source");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("log saved") << "de" << "ondo::application_log" << "Application logs saved"
-                                   << "Anwendungsprotokolle gespeichert";
-        QTest::newRow("clear log") << "de" << "ondo::application_log" << "Clear application logs"
-                                   << "Anwendungsprotokolle leeren";
-        QTest::newRow("clear question") << "de" << "ondo::application_log" << "Do you really want to clear the application logs?"
-                                        << "Möchten Sie die Anwendungsprotokolle wirklich leeren?";
-        QTest::newRow("credits") << "de" << "ondo::dialog_about" << "Click here for 3rd party library information"
-                                 << "Klicken Sie hier, um Informationen über Bibliotheken von Drittanbietern zu erhalten";
+        auto de = [](const char* name, const char* context, const char* source, const char* expected) {
+            QTest::newRow(name) << "de" << context << source << expected;
+        };
+        de("log saved", "ondo::application_log", "Application logs saved", "Anwendungsprotokolle gespeichert");
+        de("clear log", "ondo::application_log", "Clear application logs", "Anwendungsprotokolle leeren");
+        de("clear question", "ondo::application_log", "Do you really want to clear the application logs?",
+           "Möchten Sie die Anwendungsprotokolle wirklich leeren?");
+        de("credits", "ondo::dialog_about", "Click here for 3rd party library information",
+           "Klicken Sie hier, um Informationen über Bibliotheken von Drittanbietern zu erhalten");
         QTest::newRow("website en") << "en" << "ondo::dialog_about" << "Website:" << "Website:";
-        QTest::newRow("website de") << "de" << "ondo::dialog_about" << "Website:" << "Webseite:";
-        QTest::newRow("file dialog title") << "de" << "MainWindow" << "Select files" << "Dateien auswählen";
-        QTest::newRow("camera column") << "de" << "table_data_model" << "Camera" << "Kamera";
-        QTest::newRow("unknown camera") << "de" << "camera" << "Unknown camera" << "Unbekannte Kamera";
-        QTest::newRow("same moment") << "de" << "MainWindow" << "Same moment" << "Gleicher Moment";
-        QTest::newRow("clock from GPS") << "de" << "MainWindow" << "Set this camera's clock from GPS time"
-                                        << "Uhr dieser Kamera nach GPS-Zeit stellen";
+        de("website de", "ondo::dialog_about", "Website:", "Webseite:");
+        de("file dialog title", "MainWindow", "Select files", "Dateien auswählen");
+        de("camera column", "table_data_model", "Camera", "Kamera");
+        de("unknown camera", "camera", "Unknown camera", "Unbekannte Kamera");
+        de("same moment", "MainWindow", "Same moment", "Gleicher Moment");
+        de("clock from GPS", "MainWindow", "Set this camera's clock from GPS time", "Uhr dieser Kamera nach GPS-Zeit stellen");
+        de("menu", "MainWindow", "Set the correct time of this photo…", "Richtige Zeit dieses Fotos einstellen…");
+        de("not loaded", "MainWindow", "Not loaded", "Nicht geladen");
+        de("known-time dialog", "dialog_correct_time", "Correct time:", "Richtige Zeit:");
+        de("usage", "command_line", "[FILE|FOLDER]...", "[DATEI|ORDNER]...");
+        de("Qt's wrong option", "QCommandLineParser", "Unknown option '%1'.", "Unbekannte Option '%1'.");
+        // The same source text in two catalogues, each with its own words.
+        de("window's quit", "MainWindow", "Quit now", "Anwendung jetzt beenden");
+        de("toolkit's quit", "QObject", "Quit now", "Anwendung jetzt Beenden");
     }
 
     void corrected_texts()
@@ -160,9 +198,8 @@ private slots:
     void german_is_polite()
     {
         QFETCH(QString, file);
-        QFile source(QString(TAVIMO_SOURCE_DIR "/") + file);
-        QVERIFY2(source.open(QIODevice::ReadOnly), qPrintable(file));
-        const QString text = QString::fromUtf8(source.readAll());
+        const QString text = read_all(QString(TAVIMO_SOURCE_DIR "/") + file);
+        QVERIFY2(text != "<unreadable>", qPrintable(file));
         const QRegularExpression familiar("\\b(du|dich|dir|dein\\w*|[Kk]licke|[Dd]rücke|[Zz]iehe|[Ww]ähle|[Tt]rage)\\b",
                                           QRegularExpression::UseUnicodePropertiesOption);
         const QRegularExpressionMatch found = familiar.match(text);
@@ -186,7 +223,9 @@ private slots:
     void file_dialog()
     {
         QFETCH(QString, lang);
+        QFETCH(QString, tool_tip);
         QFETCH(QStringList, buttons);
+        QFETCH(QString, filter);
         if (lang == "de" && !QFile::exists(ondo::qt_compat::translations_path() + "/qtbase_de.qm"))
             QSKIP("Qt's German catalogue (qttranslations5-l10n) is not installed");
         QSettings().setValue("lang", lang);
@@ -199,7 +238,7 @@ private slots:
 
         QString look_in, shown_filter;
         QStringList cut;
-        const auto seen = test_support::answer_next_box(buttons.last(), [&](QDialog* box) {
+        const auto seen = answer_next_box(buttons.last(), [&](QDialog* box) {
             auto* dialog = qobject_cast<QFileDialog*>(box);
             look_in = dialog->findChild<QLabel*>("lookInLabel")->text();
             shown_filter = dialog->selectedNameFilter();
@@ -213,17 +252,274 @@ private slots:
                     cut << shown;
             }
         });
-        QFETCH(QString, tool_tip);
         test_support::button(window, tool_tip)->click();
 
         QVERIFY(seen->answered);
         for (const QString& button : buttons)
             QVERIFY2(seen->buttons.contains(button), qPrintable(seen->buttons.join(", ")));
         QTEST(look_in, "look_in");
-        QFETCH(QString, filter);
         QVERIFY2(shown_filter.startsWith(filter), qPrintable(shown_filter.left(40)));
         QVERIFY2(cut.isEmpty(), qPrintable(cut.join(", ")));
     }
+
+    // The language dialog stores a choice at once, and nothing when nothing was chosen.
+    void dialog_stores_only_changes_data()
+    {
+        QTest::addColumn<QString>("stored");
+        QTest::addColumn<QStringList>("selections");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("opening and closing stores nothing") << "" << QStringList() << "";
+        QTest::newRow("Deutsch is stored at once") << "" << QStringList{"Deutsch"} << "de";
+        QTest::newRow("fr shows English; there and back stores en") << "fr" << QStringList{"Deutsch", "English"} << "en";
+    }
+
+    void dialog_stores_only_changes()
+    {
+        QFETCH(QString, stored);
+        QFETCH(QStringList, selections);
+        if (!stored.isEmpty())
+            QSettings().setValue("lang", stored);
+        QString first_shown;
+        const auto seen = answer_next_box("close", [&](QDialog* dialog) {
+            auto* combo = dialog->findChild<QComboBox*>();
+            first_shown = combo->currentText();
+            for (const QString& selection : selections)
+                combo->setCurrentIndex(combo->findText(selection));
+        });
+        dialog_settings(nullptr).exec();
+
+        QVERIFY(seen->answered);
+        QCOMPARE(first_shown, QString("English"));
+        QCOMPARE(QSettings().contains("lang"), !stored.isEmpty() || !selections.isEmpty());
+        QTEST(QSettings().value("lang").toString(), "expected");
+    }
+
+    // The window's prompt has "Continue working" on Yes as the default; the toolkit's puts
+    // "Quit now" on Yes and defaults to No. In both the default keeps the program running.
+    void prompts_data()
+    {
+        QTest::addColumn<bool>("toolkit");
+        QTest::addColumn<QString>("answer");
+        QTest::addColumn<bool>("quits");
+        QTest::newRow("window: continue") << false << "Continue working" << false;
+        QTest::newRow("toolkit: quit") << true << "Quit now" << true;
+    }
+
+    void prompts()
+    {
+        QFETCH(bool, toolkit);
+        QFETCH(QString, answer);
+        QFETCH(bool, quits);
+        window = test_support::open_main_window();
+        bool returned = false;
+        QSharedPointer<test_support::seen_box> prompt;
+        // Both run inside the event loop, so that a quit has a loop to end.
+        QTimer::singleShot(0, window, [&]() {
+            if (toolkit) {
+                QSettings().setValue("lang", "de");
+                prompt = answer_next_box(answer);
+                returned = ondo::ask_for_application_restart_if_language_changed(window, "en");
+            } else {
+                answer_next_box("close", [&](QDialog* dialog) {
+                    auto* combo = dialog->findChild<QComboBox*>();
+                    combo->setCurrentIndex(combo->findData("de"));
+                    prompt = answer_next_box(answer);
+                });
+                window->on_button_settings_clicked();
+            }
+            // A program that goes on ends its loop by closing the window.
+            if (!quits)
+                QTimer::singleShot(0, window, &QWidget::close);
+        });
+        QCOMPARE(QApplication::exec(), 0);
+
+        QVERIFY(prompt && prompt->answered);
+        QCOMPARE(QSet<QString>(prompt->buttons.begin(), prompt->buttons.end()), (QSet<QString>{"Continue working", "Quit now"}));
+        QCOMPARE(prompt->default_button, QString("Continue working"));
+        if (toolkit)
+            QCOMPARE(returned, quits);
+        // A quit doesn't close the window first.
+        QCOMPARE(window->isVisible(), quits);
+    }
+
+    // A fresh window in the stored language: its headers, its drop picture and a counted question.
+    void a_fresh_window_speaks_the_language_data()
+    {
+        QTest::addColumn<QString>("lang");
+        QTest::addColumn<QStringList>("headers");
+        QTest::addColumn<QString>("question_start");
+        QTest::addColumn<QString>("abort");
+        QTest::newRow("de") << "de" << QStringList{"Foto", "Aufnahmezeitpunkt", "Neuer Aufnahmezeitpunkt"}
+                            << "1 Datei würde eine Aufnahmezeit vor dem 1. Januar 1972" << "Abbrechen";
+        QTest::newRow("fr: the application speaks English, counts included")
+            << "fr" << QStringList{"Photos", "Recording Time", "New Recording Time"}
+            << "1 file would be assigned a recording time before" << "Abort";
+    }
+
+    void a_fresh_window_speaks_the_language()
+    {
+        QFETCH(QString, lang);
+        QFETCH(QStringList, headers);
+        QFETCH(QString, question_start);
+        QFETCH(QString, abort);
+        QSettings().setValue("lang", lang);
+        const installed_catalogues catalogues(ondo::get_language_suffix("lang"));
+        const QString photo = test_support::make_tagged_photo(dir->path(), "early.jpg",
+            test_support::tag_map("ExifIFD:DateTimeOriginal=1960:06:21 18:30:05"));
+        window = test_support::open_main_window();
+
+        QAbstractItemModel* model = window->findChild<QAbstractItemView*>("tableView")->model();
+        QStringList shown;
+        for (int column = 0; column < 3; ++column)
+            shown << model->headerData(column, Qt::Horizontal).toString();
+        QCOMPARE(shown, headers);
+        QVERIFY(window->findChild<QWidget*>("widget")->styleSheet().contains(QString("drop_images_here_%1.png").arg(lang)));
+
+        QVERIFY(test_support::drop_urls(window, {QUrl::fromLocalFile(photo)}));
+        QTRY_COMPARE(model->rowCount(), 1);
+        const auto question = answer_next_box(abort);
+        window->on_button_fix_time_clicked();
+        QVERIFY(question->answered);
+        QVERIFY2(question->text.startsWith(question_start), qPrintable(question->text));
+    }
+
+    // The window's help button: `opened` is the temporary page the browser gets, and `shows`
+    // a text on it.
+    void help_page_data()
+    {
+        QTest::addColumn<QString>("lang");
+        QTest::addColumn<QString>("shows");
+#ifdef Q_OS_MACOS
+        QTest::newRow("de") << "de" << "Cmd + Q oder Alt + F4";
+        QTest::newRow("en") << "en" << "Cmd + O";
+#else
+        QTest::newRow("de") << "de" << "Strg + Q oder Alt + F4";
+        QTest::newRow("en") << "en" << "Ctrl + O";
+#endif
+        QTest::newRow("fr has no page: an empty file") << "fr" << "";
+    }
+
+    void help_page()
+    {
+        QFETCH(QString, lang);
+        QFETCH(QString, shows);
+        QSettings().setValue("lang", lang);
+        window = test_support::open_main_window();
+        catcher.urls.clear();
+
+        window->on_button_help_clicked();
+
+        const QString path = QDir::tempPath() + QString("/tavimo_help_%1.html").arg(lang);
+        QCOMPARE(catcher.urls.size(), 1);
+        QCOMPARE(catcher.urls.first().toString(QUrl::None), "file://" + path); // three slashes before /tmp
+        const QString text = read_all(path);
+        QVERIFY(shows.isEmpty() ? text.isEmpty() : text.contains(shows));
+#ifdef Q_OS_MACOS
+        QVERIFY(!text.contains("Ctrl") && !text.contains("Strg"));
+#else
+        QVERIFY(!text.contains("Cmd"));
+#endif
+    }
+
+    // A page that names the literal key escapes it; both escapes give "Ctrl". The blank goes
+    // from the file's name; a language without a page falls back to English.
+    void any_help_page_data()
+    {
+        QTest::addColumn<QString>("lang");
+        QTest::addColumn<QString>("opened");
+        QTest::addColumn<QString>("expected");
+#ifdef Q_OS_MACOS
+        QTest::newRow("de page") << "de" << "demoapp_help_de.html" << "de: Cmd+Q Cmd+Q Ctrl+C Ctrl+C";
+        QTest::newRow("fr falls back to en") << "fr" << "demoapp_help_en.html" << "en: Cmd+Q Cmd+Q Ctrl+C Ctrl+C";
+#else
+        QTest::newRow("de page") << "de" << "demoapp_help_de.html" << "de: Ctrl+Q Strg+Q Ctrl+C Ctrl+C";
+        QTest::newRow("fr falls back to en") << "fr" << "demoapp_help_en.html" << "en: Ctrl+Q Strg+Q Ctrl+C Ctrl+C";
+#endif
+    }
+
+    void any_help_page()
+    {
+        QFETCH(QString, lang);
+        QFETCH(QString, opened);
+        // The language is read from this name's own store.
+        const QString name = QCoreApplication::applicationName();
+        QCoreApplication::setApplicationName("Demo App");
+        auto restore = qScopeGuard([&]() {
+            test_support::clear_settings();
+            QCoreApplication::setApplicationName(name);
+        });
+        QSettings().setValue("lang", lang);
+        for (const QString page_lang : {"en", "de"}) {
+            QFile page(dir->filePath(QString("page_%1.html").arg(page_lang)));
+            QVERIFY(page.open(QIODevice::WriteOnly));
+            page.write(page_lang.toUtf8() + ": Ctrl+Q Strg+Q CtXrl+C StXrg+C");
+        }
+        catcher.urls.clear();
+
+        ondo::open_help(dir->filePath("page_%1.html"));
+
+        QCOMPARE(catcher.urls.size(), 1);
+        const QString path = QDir::tempPath() + "/" + opened;
+        QCOMPARE(catcher.urls.first().toString(QUrl::None), "file://" + path);
+        QTEST(read_all(path), "expected");
+    }
+
+    // No browser: no URL handler, and no launcher on PATH for a platform that would look for one.
+    // The page then opens in a dark window of the program's own, one at a time, and its link
+    // leads on to the guide.
+    void help_without_a_browser_data()
+    {
+        QTest::addColumn<QString>("lang");
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QString>("guide_title");
+        QTest::newRow("en") << "en" << "Help - Tavimo" << "Introduction to Tavimo";
+        QTest::newRow("de") << "de" << "Hilfe - Tavimo" << "Einführung in Tavimo";
+    }
+
+    void help_without_a_browser()
+    {
+        QFETCH(QString, lang);
+        QFETCH(QString, title);
+        QFETCH(QString, guide_title);
+        QDesktopServices::unsetUrlHandler("file");
+        const QByteArray path = qgetenv("PATH");
+        qputenv("PATH", dir->path().toLocal8Bit());
+        auto restore = qScopeGuard([&] {
+            qputenv("PATH", path);
+            QDesktopServices::setUrlHandler("file", &catcher, "open");
+        });
+        QSettings().setValue("lang", lang);
+        window = test_support::open_main_window();
+
+        window->on_button_help_clicked();
+        window->on_button_help_clicked(); // the second shows the same window again
+
+        const QList<QTextBrowser*> browsers = window->findChildren<QTextBrowser*>("help_browser");
+        QCOMPARE(browsers.size(), 1);
+        QTextBrowser* browser = browsers.first();
+        QVERIFY(browser->isWindow());
+        QVERIFY(QTest::qWaitForWindowExposed(browser));
+        QCOMPARE(browser->source().toString(), "file://" + QDir::tempPath() + QString("/tavimo_help_%1.html").arg(lang));
+        QCOMPARE(browser->documentTitle(), title);
+        QCOMPARE(browser->windowTitle(), title);
+
+        // Dark behind light text, in the browser's empty corner as on its page.
+        const QImage shot = browser->viewport()->grab().toImage();
+        for (const QPoint& at : {QPoint(2, 2), QPoint(shot.width() - 3, shot.height() - 3)})
+            QVERIFY2(qGray(shot.pixel(at)) < 60, qPrintable(QColor(shot.pixel(at)).name()));
+        QVERIFY(qGray(browser->palette().color(QPalette::Text).rgb()) > 160);
+
+        // The first link is the guide's; the keyboard reaches and follows it.
+        browser->setFocus();
+        QTest::keyClick(browser, Qt::Key_Tab);
+        QTest::keyClick(browser, Qt::Key_Return);
+        QCOMPARE(browser->source().fileName(), QString("tavimo_guide_%1.html").arg(lang));
+        QCOMPARE(browser->windowTitle(), guide_title);
+    }
+
+private:
+    QTemporaryDir temp;
+    url_catcher catcher;
 };
 
 int main(int argc, char** argv)

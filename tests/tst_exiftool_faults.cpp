@@ -22,7 +22,6 @@
 #include <QtTest>
 
 #include <algorithm>
-
 #include <csignal>
 
 using test_support::child_of;
@@ -72,38 +71,10 @@ private slots:
     {
         QVERIFY(large.isValid());
         large_photos = test_support::photos(large.path(), 12, true);
-        QStringList arguments = {"-q", "-overwrite_original", "-ExifIFD:DateTimeOriginal=" + before};
-        test_support::run(TAVIMO_EXIFTOOL_SCRIPT, arguments + large_photos);
+        test_support::run(TAVIMO_EXIFTOOL_SCRIPT, QStringList{"-q", "-overwrite_original", "-ExifIFD:DateTimeOriginal=" + before}
+                                                      + large_photos);
         for (const QString& path : large_photos)
             sound[path] = soundness(path);
-    }
-
-    // Twelve texts of one photo end in "{ready0}" to "{ready11}", and all three photos lie in a
-    // folder named like a marker: each photo moves by its own time, the one without dates gains none.
-    void marker_text_in_photos_and_folders()
-    {
-        QVERIFY(QDir(dir->path()).mkpath("trip{ready1}"));
-        const QString album = dir->filePath("trip{ready1}");
-        exif_tag_map texts = {{"ExifIFD:DateTimeOriginal", before}};
-        const QStringList fields = {"IFD0:ImageDescription", "IFD0:Artist", "IFD0:Copyright", "IFD0:Software",
-            "IFD0:Make", "IFD0:Model", "XMP-dc:Description", "XMP-dc:Title", "XMP-dc:Creator", "IPTC:Caption-Abstract",
-            "IPTC:ObjectName", "IPTC:By-line"};
-        for (int i = 0; i < fields.size(); ++i)
-            texts[fields[i]] = QString("text{ready%1}").arg(i);
-        const QStringList paths = {test_support::make_tagged_photo(album, "a.jpg", texts),
-            test_support::make_tagged_photo(album, "b.jpg", {{"IFD0:Artist", "nobody{ready2}"}}),
-            test_support::make_tagged_photo(album, "c.jpg", {{"ExifIFD:DateTimeOriginal", "2018:01:02 09:15:00"}})};
-
-        ondo::next_task_id = 0;
-        window = test_support::open_main_window();
-        window->load_files(paths);
-        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
-        test_support::button(window, fix_tip)->click();
-
-        QCOMPARE(tag(paths[0], "ExifIFD:DateTimeOriginal"), after);
-        QCOMPARE(tag(paths[1], "DateTimeOriginal"), QString());
-        QCOMPARE(tag(paths[2], "ExifIFD:DateTimeOriginal"), QString("2018:01:02 10:15:00"));
-        QCOMPARE(tag(paths[0], "IFD0:Artist"), QString("text{ready1}"));
     }
 
     // The stand-in child misbehaves on the second file of one run: the load, the fix or the
@@ -128,10 +99,10 @@ private slots:
         const QStringList paths = test_support::photos(dir->path(), 3);
         fake_perl perl;
         perl.rule("reply", "*", "-ExifIFD:DateTimeOriginal=" + before + "\n    1 image files updated\n");
-        const int faulty = run == "load" ? 1 : run == "fix" ? 4 : 7; // task ids of the second file
-        perl.rule("plain", QString::number(faulty), fault == "exits" ? "-ExifIFD:DateT" : "");
+        const QString faulty = run == "load" ? "1" : run == "fix" ? "4" : "7"; // task ids of the second file
+        perl.rule("plain", faulty, fault == "exits" ? "-ExifIFD:DateT" : "");
         if (fault == "exits")
-            perl.rule("exit", QString::number(faulty));
+            perl.rule("exit", faulty);
         if (fault == "deaf")
             perl.rule("deaf");
         ondo::next_task_id = 0;
@@ -139,9 +110,7 @@ private slots:
         // Clicks Stop once the stall notice offers it.
         QTimer stopper;
         connect(&stopper, &QTimer::timeout, &stopper, [this] {
-            if (!window)
-                return;
-            for (QProgressDialog* dialog : window->findChildren<QProgressDialog*>())
+            for (QProgressDialog* dialog : window ? window->findChildren<QProgressDialog*>() : QList<QProgressDialog*>())
                 for (QPushButton* stop : dialog->findChildren<QPushButton*>())
                     if (dialog->isVisible() && stop->isVisible() && stop->text() == "Stop")
                         stop->click();
@@ -150,16 +119,12 @@ private slots:
 
         window = test_support::open_main_window();
         window->load_files(paths);
-        const bool stopped = fault != "exits";
-        const bool third_done = !stopped || run != "load";
+        const bool third_done = fault == "exits" || run != "load";
         auto cache = exif_cache::instance();
         QCOMPARE(cache->file_tags.count(paths[2]), size_t(third_done ? 1 : 0));
         QCOMPARE(cache->file_tags[paths[1]].count("ExifIFD:DateTimeOriginal"), size_t(run == "load" ? 0 : 1));
         if (run != "load") {
-            QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
-            const auto failed = test_support::answer_next_box("Keep changes");
-            test_support::button(window, fix_tip)->click();
-            failed->cancelled = true;
+            const auto failed = fix_by_an_hour();
             QCOMPARE(failed->answered, run == "fix");
             if (run == "fix")
                 QCOMPARE(failed->text.count(dir->path()), 1);
@@ -182,14 +147,12 @@ private slots:
         // photo's private link, ".tavimo-<pid>-<n>-<name>" beside it.
         const QList<QByteArray> input = perl.input().split('\n');
         QVERIFY(input.contains(QFile::encodeName(paths[0])));
-        const QByteArray third = QFile::encodeName(paths[2]);
-        const QByteArray third_name = QFile::encodeName(QFileInfo(paths[2]).fileName());
+        const QByteArray third = QFile::encodeName(paths[2]), third_name = QFile::encodeName(QFileInfo(paths[2]).fileName());
         const QByteArray link_start = QFile::encodeName(QFileInfo(paths[2]).absolutePath()) + "/.tavimo-";
         if (run != "load")
             QCOMPARE(int(std::count_if(input.begin(), input.end(), [&](const QByteArray& line) {
                          return line == third || (line.startsWith(link_start) && line.endsWith("-" + third_name));
-                     })),
-                     run == "undo" ? 3 : 2);
+                     })), run == "undo" ? 3 : 2);
         QVERIFY(window->findChild<QWidget*>("centralWidget")->isEnabled());
         ondo::exiftool::shutdown(true);
         for (const qint64 pid : perl.pids())
@@ -197,9 +160,13 @@ private slots:
     }
 
     // Loading with three children gives the table that one child gives, row for row; a fix with
-    // three writes every good file once and lists the failures in table order.
+    // three writes every good file once, each by its own time, and lists the failures in table
+    // order. The photos lie in a folder named like a marker, and twelve texts of the first end in
+    // "{ready0}" to "{ready11}", the ids of the load's reads.
     void several_children_work_as_one()
     {
+        QVERIFY(QDir(dir->path()).mkpath("trip{ready1}"));
+        const QString album = dir->filePath("trip{ready1}");
         QStringList paths;
         for (int i = 0; i < 12; ++i) {
             exif_tag_map tags;
@@ -209,23 +176,28 @@ private slots:
                 tags["IFD0:ModifyDate"] = "2016:01:02 03:04:05";
             if (i % 5 == 0)
                 tags["IFD0:Make"] = QString("Maker %1").arg(i);
-            paths << test_support::make_tagged_photo(dir->path(), QString("s%1.jpg").arg(i, 2, 10, QLatin1Char('0')), tags);
+            paths << test_support::make_tagged_photo(album, QString("s%1.jpg").arg(i, 2, 10, QLatin1Char('0')), tags);
         }
-        auto table = [this] {
+        exif_tag_map texts;
+        const QStringList fields = {"IFD0:ImageDescription", "IFD0:Artist", "IFD0:Copyright", "IFD0:Software", "IFD0:Make",
+            "IFD0:Model", "XMP-dc:Description", "XMP-dc:Title", "XMP-dc:Creator", "IPTC:Caption-Abstract", "IPTC:ObjectName",
+            "IPTC:By-line"};
+        for (int i = 0; i < fields.size(); ++i)
+            texts[fields[i]] = QString("text{ready%1}").arg(i);
+        test_support::tag_files({{paths[0], texts}, {paths[11], {{"IFD0:Artist", "nobody{ready2}"}}}});
+        auto load = [&](int children) {
+            ondo::exiftool::shutdown(false);
+            ondo::exiftool::set_pool_size(children);
+            ondo::next_task_id = 0;
+            delete window;
+            test_support::forget_files();
+            window = test_support::open_main_window();
+            window->load_files(paths);
             QStringList rows;
             QAbstractItemModel* model = window->findChild<QTableView*>()->model();
             for (int row = 0; row < model->rowCount(); ++row)
                 rows << model->index(row, 0).data().toString() + " | " + model->index(row, 1).data().toString();
             return rows;
-        };
-        auto load = [&](int children) {
-            ondo::exiftool::shutdown(false);
-            ondo::exiftool::set_pool_size(children);
-            delete window;
-            test_support::forget_files();
-            window = test_support::open_main_window();
-            window->load_files(paths);
-            return table();
         };
         const QStringList one = load(1);
         QCOMPARE(one.size(), paths.size());
@@ -233,28 +205,32 @@ private slots:
         QCOMPARE(ondo::workers.size(), 3);
 
         // Crafted names and a vanished file between good ones: refused or failed, in row order.
-        const QString crafted = dir->filePath("a\n-if\n1.jpg");
-        const QString gone = dir->filePath("zz gone.jpg");
+        const QString crafted = album + "/a\n-if\n1.jpg", gone = album + "/zz gone.jpg";
         QVERIFY(QFile::copy(paths[0], crafted) && QFile::copy(paths[0], gone));
         window->load_files({crafted, gone});
         QVERIFY(QFile::remove(paths[4]) && QFile::remove(gone));
-        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
         ondo::exiftool::verbose(true);
         test_support::log_capture log;
-        const auto failed = test_support::answer_next_box("Keep changes");
-        test_support::button(window, fix_tip)->click();
-        failed->cancelled = true;
+        const QString text = fix_by_an_hour()->text;
         ondo::exiftool::verbose(false);
         ondo::exiftool::set_pool_size(0);
-        const QString text = failed->text;
         QVERIFY2(text.indexOf(crafted) >= 0 && text.indexOf(crafted) < text.indexOf(paths[4])
                      && text.indexOf(paths[4]) < text.indexOf(gone), qPrintable(text));
         const QStringList writes = log.lines().filter("Writing '").filter("-overwrite_original_in_place");
-        // Each write goes through the photo's private link beside it.
-        for (int i = 0; i < paths.size(); ++i)
-            if (i != 4 && i % 4 != 3) // the vanished one fails; the dateless have nothing to write
-                QCOMPARE(writes.filter(QRegularExpression("\n" + QRegularExpression::escape(dir->path()) + "/\\.tavimo-\\d+-\\d+-"
-                                                          + QRegularExpression::escape(QFileInfo(paths[i]).fileName()) + "\n")).size(), 1);
+        paths.removeAt(4); // vanished
+        QStringList times; // the dateless gain none
+        for (const QString& path : paths) {
+            const QString name = QFileInfo(path).fileName();
+            const int n = name.mid(1, 2).toInt();
+            const bool dated = n % 4 != 3;
+            times << name + "\t" + (dated ? QString("2017:06:%1 19:30:05").arg(10 + n) : "-");
+            if (dated) // through the photo's private link beside it
+                QCOMPARE(writes.filter(QRegularExpression("\n" + QRegularExpression::escape(album) + "/\\.tavimo-\\d+-\\d+-"
+                                                          + QRegularExpression::escape(name) + "\n")).size(), 1);
+        }
+        QCOMPARE(test_support::run(TAVIMO_EXIFTOOL_SCRIPT, QStringList{"-T", "-FileName", "-ExifIFD:DateTimeOriginal"} + paths)
+                     .split('\n', Qt::SkipEmptyParts), times);
+        QCOMPARE(tag(paths[0], "IFD0:Artist"), QString("text{ready1}"));
     }
 
     // The real ExifTool is killed in the middle of a fix run over large photos: at most the file
@@ -265,7 +241,6 @@ private slots:
         restore_large_photos();
         window = test_support::open_main_window();
         window->load_files(large_photos);
-        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
         qint64 child = 0;
         QTimer killer;
         connect(&killer, &QTimer::timeout, &killer, [&] {
@@ -276,11 +251,8 @@ private slots:
             ::kill(pid_t(child), SIGKILL);
         });
         killer.start(5);
-        const auto failed = test_support::answer_next_box("Keep changes");
-        test_support::button(window, fix_tip)->click();
-        failed->cancelled = true;
+        const auto failed = fix_by_an_hour();
         QVERIFY(child != 0);
-
         int failures = 0;
         for (const QString& path : large_photos) {
             const bool listed = failed->answered && failed->text.contains(path);
@@ -301,15 +273,15 @@ private slots:
     // and the program told to end: both are gone within 10 seconds.
     void a_killed_or_stopped_run_leaves_photos_whole_data()
     {
-        QTest::addColumn<QString>("how");
+        QTest::addColumn<bool>("kill");
         for (int round = 1; round <= 5; ++round)
-            QTest::addRow("program killed, round %d", round) << "kill";
-        QTest::newRow("child stopped, program told to end") << "stop";
+            QTest::addRow("program killed, round %d", round) << true;
+        QTest::newRow("child stopped, program told to end") << false;
     }
 
     void a_killed_or_stopped_run_leaves_photos_whole()
     {
-        QFETCH(QString, how);
+        QFETCH(bool, kill);
         restore_large_photos();
         QTemporaryDir home;
         QProcess program;
@@ -325,17 +297,14 @@ private slots:
         QTest::qWait(QRandomGenerator::global()->bounded(400));
         QElapsedTimer clock;
         clock.start();
-        if (how == "kill") {
-            ::kill(pid_t(program.processId()), SIGKILL);
-            QVERIFY(program.waitForFinished(10000));
-        } else {
+        if (!kill)
             ::kill(pid_t(child), SIGSTOP);
-            ::kill(pid_t(program.processId()), SIGTERM);
-            QVERIFY(program.waitForFinished(10000));
+        ::kill(pid_t(program.processId()), kill ? SIGKILL : SIGTERM);
+        QVERIFY(program.waitForFinished(10000));
+        if (!kill)
             QCOMPARE(program.exitStatus(), QProcess::NormalExit);
-        }
         QTRY_VERIFY_WITH_TIMEOUT(!is_running(child), 10000);
-        if (how == "stop")
+        if (!kill)
             QVERIFY2(clock.elapsed() < 10000, qPrintable(QString::number(clock.elapsed())));
         QCOMPARE(leftovers(large.path()), QStringList());
         for (const QString& path : large_photos)
@@ -343,6 +312,16 @@ private slots:
     }
 
 private:
+    // Types an hour and presses fix, keeping the changes if a file fails; the box as seen.
+    QSharedPointer<test_support::seen_box> fix_by_an_hour()
+    {
+        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
+        const auto failed = test_support::answer_next_box("Keep changes");
+        test_support::button(window, fix_tip)->click();
+        failed->cancelled = true;
+        return failed;
+    }
+
     // Back to the time they were made with, so that a test sees its own run.
     void restore_large_photos()
     {

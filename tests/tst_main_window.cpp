@@ -10,6 +10,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QDateTimeEdit>
 #include <QDialog>
 #include <QDir>
 #include <QFontInfo>
@@ -35,7 +36,8 @@ const exif_tag_map recorded{{"ExifIFD:DateTimeOriginal", "2017:06:21 18:30:05"}}
 } // namespace
 
 // The window with the real ExifTool behind it: files come in by each of the three roads and
-// the table shows what ExifTool read.
+// the table shows what ExifTool read; the window by keyboard alone. The test runs on the clock
+// of Europe/Berlin, so that its daylight saving changes are known.
 class tst_main_window : public test_support::window_test {
     Q_OBJECT
 
@@ -72,16 +74,15 @@ private slots:
         QList<QUrl> urls;
         for (const QString& item : items)
             urls << (item.startsWith("https:") ? QUrl(item) : QUrl::fromLocalFile(root.filePath(item)));
-        if (road == "drop") {
+        if (road == "drop")
             QVERIFY(test_support::drop_urls(window, urls));
-        } else {
-            QFileOpenEvent open(urls.first().toLocalFile());
-            QApplication::sendEvent(qApp, &open);
-        }
+        else
+            open(urls.first().toLocalFile());
         QTEST(names(), "expected");
         QVERIFY(!QSettings().contains("last_load_path"));
     }
 
+    // Ctrl+O opens the file dialog where the last load was; its labels are readable.
     void file_dialog_remembers_the_directory()
     {
         QDir root(dir->path());
@@ -90,7 +91,7 @@ private slots:
         make_tagged_photo(shots, "a.jpg", recorded);
         make_tagged_photo(shots, "b.jpg", recorded);
         QSettings().setValue("last_load_path", root.path());
-        make_window();
+        make_window(true);
 
         QString opened;
         QString name_box = "not looked at";
@@ -108,8 +109,9 @@ private slots:
             dialog->setDirectory(shots);
             dialog->findChild<QLineEdit*>("fileNameEdit")->setText("\"a.jpg\" \"b.jpg\"");
         });
-        button("Load images")->click();
+        QTest::keyClick(window->findChild<QLineEdit*>("lineedit_year"), Qt::Key_O, Qt::ControlModifier);
 
+        QTRY_VERIFY(seen->answered);
         QCOMPARE(seen->title, QString("Select files"));
         QVERIFY2(contrast >= 4.5, qPrintable(QString::number(contrast)));
         QCOMPARE(name_box, QString());
@@ -227,7 +229,106 @@ private slots:
         QCOMPARE(test_support::listing(paths[1]).join('\n'), listing);
     }
 
-    // Each panel's edges in a picture of the window are those of its border image, stretched.
+    // From the first button round to it again; the undo button is off until a fix, and each group
+    // of radio buttons is one stop, inside which the arrow keys go. A button reached by Tab must
+    // show it, or the keyboard's place is lost.
+    void tab_goes_through_the_window_in_reading_order()
+    {
+        make_window(true);
+        auto* help = window->findChild<QPushButton*>("button_help");
+        const QImage plain = help->grab().toImage();
+        QWidget* first = window->findChild<QPushButton*>("button_settings");
+        first->setFocus(Qt::TabFocusReason);
+        QStringList order;
+        for (int i = 0; i < 30 && (order.isEmpty() || QApplication::focusWidget() != first); ++i) {
+            order << QApplication::focusWidget()->objectName();
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        }
+        QCOMPARE(order, (QStringList{"button_settings", "button_about", "button_help", "button_fix_time",
+                                     "button_load_images", "button_reset", "lineedit_year", "lineedit_month",
+                                     "lineedit_day", "lineedit_hour", "lineedit_minute", "lineedit_second",
+                                     "lineedit_timezone", "rb_ddmmyyyy_slash", "rb_hhmmss", "tableView"}));
+        help->setFocus(Qt::TabFocusReason);
+        QTRY_VERIFY(help->hasFocus());
+        QVERIFY(help->grab().toImage() != plain);
+    }
+
+    // Screen readers name each icon button by its tooltip; docks show the program's icon.
+    void the_window_and_its_buttons_are_named()
+    {
+        make_window();
+        const auto buttons = window->findChildren<QPushButton*>(QRegularExpression("^button_"));
+        QCOMPARE(buttons.size(), 7);
+        for (QPushButton* button : buttons) {
+            QVERIFY2(!button->accessibleName().isEmpty(), qPrintable(button->objectName()));
+            QCOMPARE(button->accessibleName(), button->toolTip());
+        }
+        const QList<QSize> sizes = window->windowIcon().availableSizes();
+        QVERIFY(sizes.contains(QSize(16, 16)) && sizes.contains(QSize(256, 256)));
+    }
+
+    // The second row is reached by the arrow key and its dialog by `key`; after OK that row's new
+    // time is the entered one to the second, and the other row moves by the same offset. A zone
+    // typed beforehand is left alone.
+    void offset_from_one_known_time_data()
+    {
+        QTest::addColumn<QString>("recorded");
+        QTest::addColumn<QString>("entered");
+        QTest::addColumn<QStringList>("fields"); // day, hour, minute, second, zone as the panel shows them
+        QTest::addColumn<int>("key");
+        const int f2 = Qt::Key_F2;
+        QTest::newRow("over a month end") << "2017:01:31 22:15:00" << "2017-02-01 01:20:30" << QStringList{"", "3", "5", "30", ""} << f2;
+        QTest::newRow("a month and a day on") << "2017:01:31 10:00:00" << "2017-03-02 10:00:00" << QStringList{"30", "", "", "", ""} << f2;
+        QTest::newRow("onto the leap day") << "2016:02:28 20:00:00" << "2016-02-29 08:30:00" << QStringList{"", "12", "30", "", ""} << f2;
+        QTest::newRow("back over the leap day") << "2016:03:01 00:00:10" << "2016-02-28 23:00:00"
+                                                << QStringList{"-1", "-1", "", "-10", ""} << f2;
+        QTest::newRow("a day over the spring change") << "2018:03:24 12:00:00" << "2018-03-25 12:00:00"
+                                                      << QStringList{"1", "", "", "", ""} << f2;
+        QTest::newRow("across the skipped hour") << "2018:03:25 01:30:00" << "2018-03-25 03:30:00"
+                                                 << QStringList{"", "1", "", "", ""} << f2;
+        QTest::newRow("across the repeated hour") << "2018:10:28 01:30:00" << "2018-10-28 03:30:00"
+                                                  << QStringList{"", "3", "", "", ""} << f2;
+        QTest::newRow("a year back") << "2019:06:01 12:00:00" << "2018-06-01 11:00:00" << QStringList{"-365", "-1", "", "", ""} << f2;
+        QTest::newRow("Enter, with a zone") << "2017:06:21 18:30:05" << "2017-06-21 19:35:05" << QStringList{"", "1", "5", "", "2"}
+                                            << int(Qt::Key_Return);
+    }
+
+    void offset_from_one_known_time()
+    {
+        QFETCH(QString, recorded);
+        QFETCH(QString, entered);
+        QFETCH(QStringList, fields);
+        QFETCH(int, key);
+        const QDateTime target = QDateTime::fromString(entered, "yyyy-MM-dd HH:mm:ss");
+        make_tagged_photo(dir->path(), "a.jpg", {{"ExifIFD:DateTimeOriginal", "2010:05:05 10:00:00"}});
+        make_tagged_photo(dir->path(), "b.jpg", {{"ExifIFD:DateTimeOriginal", recorded}});
+        make_window(true);
+        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_timezone"), fields.last());
+        open(dir->path());
+        QTRY_COMPARE(table()->model()->rowCount(), 2);
+
+        table()->setFocus(Qt::TabFocusReason);
+        table()->setCurrentIndex(table()->model()->index(0, 0));
+        QTest::keyClick(table(), Qt::Key_Down);
+        QCOMPARE(table()->currentIndex().row(), 1);
+        auto seen = test_support::answer_next_box("OK", [&](QDialog* dialog) {
+            auto* edit = dialog->findChild<QDateTimeEdit*>();
+            QCOMPARE(edit->time(), QTime::fromString(recorded.mid(11), "HH:mm:ss"));
+            edit->setDate(target.date());
+            edit->setTime(target.time());
+        });
+        QTest::keyClick(table(), Qt::Key(key));
+        QTRY_VERIFY(seen->answered);
+
+        QTRY_COMPARE(table()->model()->index(1, 2).data(Qt::UserRole).toDateTime().toString("yyyy-MM-dd HH:mm:ss"), entered);
+        QStringList shown;
+        for (const char* name : {"lineedit_day", "lineedit_hour", "lineedit_minute", "lineedit_second", "lineedit_timezone"})
+            shown << field(name);
+        QCOMPARE(shown, fields);
+        QCOMPARE(field("lineedit_year") + field("lineedit_month"), QString());
+    }
+
+    // The longest texts of a row and of the offset fields fit a window of 800 pixels.
     void the_longest_texts_fit_at_800_pixels()
     {
         QSettings().setValue("date_format", "dd.MM.yyyy"); // chosen, so that no locale's default counts
@@ -301,7 +402,18 @@ private:
         return (qMax(text, back) + 0.05) / (qMin(text, back) + 0.05);
     }
 
-    void make_window() { window = test_support::open_main_window(); }
+    void make_window(bool active = false)
+    {
+        window = test_support::open_main_window();
+        if (active)
+            QVERIFY(QTest::qWaitForWindowActive(window));
+    }
+    static void open(const QString& path)
+    {
+        QFileOpenEvent event(path);
+        QApplication::sendEvent(qApp, &event);
+    }
+    QString field(const char* name) const { return window->findChild<QLineEdit*>(name)->text(); }
     QTableView* table() const { return window->findChild<QTableView*>("tableView"); }
     QString cell(int row, int column) const { return table()->model()->index(row, column).data().toString(); }
     QStringList names() const
@@ -311,11 +423,12 @@ private:
             result << cell(row, 0);
         return result;
     }
-    QPushButton* button(const QString& tool_tip) const { return test_support::button(window, tool_tip); }
 };
 
 int main(int argc, char** argv)
 {
+    // Before anything reads the local clock.
+    qputenv("TZ", "Europe/Berlin");
     test_support::use_private_settings();
     ondo::application<MainWindow> app(argc, argv);
     tst_main_window test;

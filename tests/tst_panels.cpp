@@ -5,6 +5,7 @@
 
 #include <QLineEdit>
 #include <QRadioButton>
+#include <QRegularExpression>
 #include <QSettings>
 #include <QtTest>
 
@@ -107,82 +108,63 @@ private slots:
         QCOMPARE(panel.findChild<QLineEdit*>("lineedit_timezone")->toolTip(), zone_label->toolTip());
     }
 
-    // `preset` is a stored date format from before the panel is made.
-    void radio_click_stores_before_reporting_data()
-    {
-        QTest::addColumn<QString>("preset");
-        QTest::addColumn<QString>("radio");
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<QString>("stored");
-        QTest::addColumn<QString>("format");
-        QTest::newRow("HH:mm") << "" << "rb_hhmm" << "time_format" << "HH:mm" << "dd.MM.yyyy - HH:mm";
-        QTest::newRow("stored format that is no row, replaced") << "yyyy+MM+dd" << "rb_ddmmyyyy_dot" << "date_format"
-                                                               << "dd.MM.yyyy" << "dd.MM.yyyy - HH:mm:ss";
-    }
-
-    void radio_click_stores_before_reporting()
-    {
-        QFETCH(QString, preset);
-        QFETCH(QString, radio);
-        QFETCH(QString, key);
-        QFETCH(QString, stored);
-        QFETCH(QString, format);
-        if (!preset.isEmpty())
-            QSettings().setValue("date_format", preset);
-        QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany)); // whose first format is DD.MM.YYYY
-        datetime_format panel;
-        QCOMPARE(panel.get_datetime_format(), (preset.isEmpty() ? "dd.MM.yyyy" : preset) + " - HH:mm:ss");
-        QCOMPARE(panel.findChild<QRadioButton*>("rb_ddmmyyyy_dot")->isChecked(), preset.isEmpty());
-        QCOMPARE(QSettings().value(key).toString(), preset); // nothing is stored until a click
-
-        QStringList reported; // each report with what the store held at that moment
-        connect(&panel, &datetime_format::format_changed, this,
-            [&](const QString& text) { reported << text + " | " + QSettings().value(key).toString(); });
-        panel.findChild<QRadioButton*>(radio)->click();
-
-        QCOMPARE(reported, QStringList{format + " | " + stored});
-        // A new panel starts from the stored choice.
-        datetime_format again;
-        QCOMPARE(again.get_datetime_format(), format);
-        QVERIFY(again.findChild<QRadioButton*>(radio)->isChecked());
-    }
-
     // Until a date format is stored, the panel shows the offered row nearest to the locale's
     // short date: its order of the fields, and its separator where that order has one. A stored
-    // choice stands whatever the locale, and the locale's row is not stored.
-    void first_date_format_follows_the_locale_data()
+    // choice stands whatever the locale, one that is no row checks none, and nothing is stored
+    // until a click. A click stores before it reports ("format | date | time" as stored then),
+    // and a new panel starts from the stored choice.
+    void date_format_data()
     {
         QTest::addColumn<QString>("locale");
         QTest::addColumn<QString>("stored");
         QTest::addColumn<QString>("radio");
         QTest::addColumn<QString>("format");
-        QTest::newRow("en_US") << "en_US" << "" << "rb_mmddyyyy_slash" << "MM/dd/yyyy";
-        QTest::newRow("de_DE") << "de_DE" << "" << "rb_ddmmyyyy_dot" << "dd.MM.yyyy";
-        QTest::newRow("C") << "C" << "" << "rb_yyyymmdd_dash" << "yyyy-MM-dd";
-        QTest::newRow("en_GB: day first, slashes") << "en_GB" << "" << "rb_ddmmyyyy_slash" << "dd/MM/yyyy";
-        QTest::newRow("nl_NL: day first, dashes") << "nl_NL" << "" << "rb_ddmmyyyy_dash" << "dd-MM-yyyy";
-        QTest::newRow("ja_JP: year first, slashes") << "ja_JP" << "" << "rb_yyyymmdd_slash" << "yyyy/MM/dd";
-        QTest::newRow("ko_KR: year first, dots and blanks") << "ko_KR" << "" << "rb_yyyymmdd_dot" << "yyyy.MM.dd";
-        QTest::newRow("ar_EG: marks between the fields") << "ar_EG" << "" << "rb_ddmmyyyy_slash" << "dd/MM/yyyy";
-        QTest::newRow("en_US, DD.MM.YYYY chosen") << "en_US" << "dd.MM.yyyy" << "rb_ddmmyyyy_dot" << "dd.MM.yyyy";
-        QTest::newRow("C, MM/DD/YYYY chosen") << "C" << "MM/dd/yyyy" << "rb_mmddyyyy_slash" << "MM/dd/yyyy";
+        QTest::addColumn<QString>("click");
+        QTest::addColumn<QString>("reported");
+        QTest::newRow("en_US") << "en_US" << "" << "rb_mmddyyyy_slash" << "MM/dd/yyyy" << "" << "";
+        QTest::newRow("de_DE") << "de_DE" << "" << "rb_ddmmyyyy_dot" << "dd.MM.yyyy" << "" << "";
+        QTest::newRow("C") << "C" << "" << "rb_yyyymmdd_dash" << "yyyy-MM-dd" << "" << "";
+        QTest::newRow("en_GB: day first, slashes") << "en_GB" << "" << "rb_ddmmyyyy_slash" << "dd/MM/yyyy" << "" << "";
+        QTest::newRow("nl_NL: day first, dashes") << "nl_NL" << "" << "rb_ddmmyyyy_dash" << "dd-MM-yyyy" << "" << "";
+        QTest::newRow("ja_JP: year first, slashes") << "ja_JP" << "" << "rb_yyyymmdd_slash" << "yyyy/MM/dd" << "" << "";
+        QTest::newRow("ko_KR: year first, dots and blanks") << "ko_KR" << "" << "rb_yyyymmdd_dot" << "yyyy.MM.dd" << "" << "";
+        QTest::newRow("ar_EG: marks between the fields") << "ar_EG" << "" << "rb_ddmmyyyy_slash" << "dd/MM/yyyy" << "" << "";
+        QTest::newRow("en_US, DD.MM.YYYY chosen") << "en_US" << "dd.MM.yyyy" << "rb_ddmmyyyy_dot" << "dd.MM.yyyy" << "" << "";
+        QTest::newRow("C, MM/DD/YYYY chosen") << "C" << "MM/dd/yyyy" << "rb_mmddyyyy_slash" << "MM/dd/yyyy" << "" << "";
+        QTest::newRow("HH:mm clicked") << "de_DE" << "" << "rb_ddmmyyyy_dot" << "dd.MM.yyyy" << "rb_hhmm"
+                                       << "dd.MM.yyyy - HH:mm | dd.MM.yyyy | HH:mm";
+        QTest::newRow("stored format that is no row, replaced") << "de_DE" << "yyyy+MM+dd" << "" << "yyyy+MM+dd"
+                                                               << "rb_ddmmyyyy_dot" << "dd.MM.yyyy - HH:mm:ss | dd.MM.yyyy | HH:mm:ss";
     }
 
-    void first_date_format_follows_the_locale()
+    void date_format()
     {
         QFETCH(QString, locale);
         QFETCH(QString, stored);
         QFETCH(QString, radio);
         QFETCH(QString, format);
+        QFETCH(QString, click);
+        QFETCH(QString, reported);
         QLocale::setDefault(QLocale(locale));
         if (!stored.isEmpty())
             QSettings().setValue("date_format", stored);
+        auto settings = [] { return QSettings().value("date_format").toString() + " | " + QSettings().value("time_format").toString(); };
 
         datetime_format panel;
-
         QCOMPARE(panel.get_datetime_format(), format + " - HH:mm:ss");
-        QVERIFY(panel.findChild<QRadioButton*>(radio)->isChecked());
-        QCOMPARE(QSettings().value("date_format").toString(), stored);
+        for (QRadioButton* button : panel.findChildren<QRadioButton*>(QRegularExpression("^rb_[dmy]")))
+            QVERIFY2(button->isChecked() == (button->objectName() == radio), qPrintable(button->objectName()));
+        QCOMPARE(settings(), stored + " | ");
+        if (click.isEmpty())
+            return;
+
+        QStringList reports; // each with what the store held at that moment
+        connect(&panel, &datetime_format::format_changed, this, [&](const QString& text) { reports << text + " | " + settings(); });
+        panel.findChild<QRadioButton*>(click)->click();
+        QCOMPARE(reports, QStringList{reported});
+        datetime_format again;
+        QCOMPARE(again.get_datetime_format(), reported.section(" | ", 0, 0));
+        QVERIFY(again.findChild<QRadioButton*>(click)->isChecked());
     }
 };
 
