@@ -1,5 +1,7 @@
 #include "photo_lock.h"
 
+#include "test_support.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -89,7 +91,7 @@ private slots:
         QCOMPARE(other_copy({photo}), QStringList({"held"}));
 
         QProcess* dying = start_copy({photo});
-        QVERIFY(dying && answers(dying, 1) == QStringList({"held"}));
+        QVERIFY(answers(dying, 1) == QStringList({"held"}));
         QVERIFY(!photo_lock::try_lock(photo, folder));
         dying->kill();
         QVERIFY(dying->waitForFinished());
@@ -100,9 +102,7 @@ private slots:
         const QDir photos(dir->filePath("photos"));
         QCOMPARE(photos.entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot),
             QStringList({name}));
-        QFile file(photo);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(file.readAll(), QByteArray("photo"));
+        QCOMPARE(test_support::contents(photo), QByteArray("photo"));
     }
 
     void what_shares_a_lock_data()
@@ -135,12 +135,12 @@ private slots:
     {
         const QString live = make_photo("live.jpg");
         QProcess* living = start_copy({live});
-        QVERIFY(living && answers(living, 1) == QStringList({"held"}));
+        QVERIFY(answers(living, 1) == QStringList({"held"}));
         QStringList photos;
         for (int i = 0; i < 100; ++i)
             photos << make_photo(QString("p%1.jpg").arg(i));
         QProcess* dying = start_copy(photos);
-        QVERIFY(dying && answers(dying, 100).count("held") == 100);
+        QVERIFY(answers(dying, 100).count("held") == 100);
         QCOMPARE(other_copy(photos.mid(98)), QStringList({"refused", "refused"}));
         dying->kill();
         QVERIFY(dying->waitForFinished());
@@ -189,34 +189,25 @@ private:
         QStringList arguments = {hold_mode, folder.toUtf8().toHex()};
         for (const QString& path : paths)
             arguments << path.toUtf8().toHex();
-        auto* copy = new QProcess;
-        copies << copy;
-        copy->setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        copy->start(QCoreApplication::applicationFilePath(), arguments);
-        return copy->waitForStarted() ? copy : nullptr;
+        copies << new QProcess;
+        copies.last()->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        copies.last()->start(QCoreApplication::applicationFilePath(), arguments);
+        copies.last()->waitForStarted(); // one that didn't start gives no answers
+        return copies.last();
     }
 
     // Its first `count` answers, once they are all there.
     QStringList answers(QProcess* copy, int count)
     {
         QByteArray out;
-        const bool all = QTest::qWaitFor([&] {
-            out += copy->readAllStandardOutput();
-            return out.count('\n') >= count;
-        }, 10000);
-        if (!all)
-            return {};
-        QStringList lines = QString::fromLatin1(out).split('\n');
-        lines.removeAll(QString());
-        return lines;
+        const auto all = [&] { return (out += copy->readAllStandardOutput()).count('\n') >= count; };
+        return QTest::qWaitFor(all, 10000) ? QString::fromLatin1(out).split('\n', Qt::SkipEmptyParts) : QStringList();
     }
 
     // What a copy that asks for `paths` is told; it ends at once, giving back what it got.
     QStringList other_copy(const QStringList& paths)
     {
         QProcess* copy = start_copy(paths);
-        if (!copy)
-            return {};
         const QStringList told = answers(copy, paths.size());
         copy->closeWriteChannel();
         copy->waitForFinished();

@@ -4,6 +4,7 @@
 #include "table_data_model.h"
 
 #include <ondo/application.h>
+#include <ondo/language.h>
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -15,6 +16,8 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <QLoggingCategory>
 #include <QMessageBox>
 #include <mutex>
@@ -28,6 +31,7 @@
 #include <QTest>
 #include <QThread>
 #include <QTimer>
+#include <QTranslator>
 
 #include <cstdio>
 
@@ -51,6 +55,16 @@ exif_tag_map tag_map(const QString& pairs)
     return tags;
 }
 
+QString tag_file(const QString& path, const exif_tag_map& tags)
+{
+    if (tags.empty() || path.isEmpty())
+        return path;
+    QStringList arguments = {"-overwrite_original", "-m", "-charset", "filename=utf8"};
+    for (const auto& [tag, value] : tags)
+        arguments << QString("-%1=%2").arg(tag, value);
+    return run(TAVIMO_EXIFTOOL_SCRIPT, arguments << path).contains("1 image files updated") ? path : QString();
+}
+
 QString make_tagged_photo(const QString& dir, const QString& name, const exif_tag_map& tags)
 {
     const QString path = QDir(dir).absoluteFilePath(name);
@@ -58,12 +72,7 @@ QString make_tagged_photo(const QString& dir, const QString& name, const exif_ta
     image.fill(QColor(90, 120, 150));
     if (!image.save(path))
         qFatal("cannot save %s", qPrintable(path));
-    if (tags.empty())
-        return path;
-    QStringList arguments = {"-overwrite_original", "-m", "-charset", "filename=utf8"};
-    for (const auto& [tag, value] : tags)
-        arguments << QString("-%1=%2").arg(tag, value);
-    if (!run(TAVIMO_EXIFTOOL_SCRIPT, arguments << path).contains("1 image files updated"))
+    if (tag_file(path, tags).isEmpty())
         qFatal("exiftool could not tag %s", qPrintable(path));
     return path;
 }
@@ -165,6 +174,17 @@ exif_tag_map read_back(const QString& path)
     return tags;
 }
 
+QString original_time(const QString& path)
+{
+    return read_back(path)["ExifIFD:DateTimeOriginal"];
+}
+
+QByteArray contents(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 QStringList listing(const QString& path)
 {
     static const QRegularExpression own("^-(System:File(Access|InodeChange)Date|"
@@ -175,6 +195,20 @@ QStringList listing(const QString& path)
         if (!own.match(line).hasMatch())
             kept << line;
     return kept;
+}
+
+QMap<QString, QJsonObject> listings(const QString& folder)
+{
+    QMap<QString, QJsonObject> result;
+    const QByteArray json =
+        run(TAVIMO_EXIFTOOL_SCRIPT, {"-G1", "-a", "-j", "-i", "HIDDEN", "-charset", "filename=utf8", folder}).toUtf8();
+    for (const QJsonValue& file : QJsonDocument::fromJson(json).array()) {
+        QJsonObject tags = file.toObject();
+        for (const char* moving : {"System:FileAccessDate", "System:FileInodeChangeDate", "ExifTool:ExifToolVersion"})
+            tags.remove(moving);
+        result.insert(QFileInfo(tags.value("SourceFile").toString()).fileName(), tags);
+    }
+    return result;
 }
 
 void tag_files(const QList<QPair<QString, exif_tag_map>>& files)
@@ -330,6 +364,22 @@ QSharedPointer<seen_box> answer_next_box(const QString& wanted, std::function<vo
     });
     timer->start(10);
     return seen;
+}
+
+QSharedPointer<seen_box> click_answering(QWidget* window, const QString& tool_tip, const QString& answer)
+{
+    const auto seen = answer_next_box(answer);
+    button(window, tool_tip)->click();
+    seen->cancelled = true;
+    return seen;
+}
+
+installed_language::installed_language(const QString& language) : translators(ondo::install_translators(language)) {}
+
+installed_language::~installed_language()
+{
+    for (QTranslator* translator : translators)
+        QCoreApplication::removeTranslator(translator);
 }
 
 log_capture::log_capture()
