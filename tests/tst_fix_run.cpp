@@ -1,25 +1,17 @@
 #include "camera.h"
-#include "mainwindow.h"
 #include "file_identity.h"
-#include "photo_lock.h"
 #include "table_data_model.h"
 
-#include "test_support.h"
 #include "window_test.h"
 
 #include <ondo/application.h>
-#include <ondo/exiftool.h>
-#include <ondo/language.h>
 
 #include <QCryptographicHash>
 #include <QFileOpenEvent>
 #include <QHeaderView>
 #include <QLabel>
 #include <QProgressDialog>
-#include <QLineEdit>
-#include <QPushButton>
 #include <QTableView>
-#include <QTranslator>
 #include <QSettings>
 #include <QtTest>
 

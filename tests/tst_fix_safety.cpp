@@ -1,19 +1,14 @@
 #include "file_identity.h"
-#include "mainwindow.h"
 #include "photo_lock.h"
 
-#include "test_support.h"
 #include "window_test.h"
 
 #include <ondo/application.h>
-#include <ondo/exiftool.h>
 
 #include <QAbstractButton>
 #include <QImage>
-#include <QLineEdit>
 #include <QMessageBox>
 #include <QProcess>
-#include <QPushButton>
 #include <QRandomGenerator>
 #include <QStandardPaths>
 #include <QStorageInfo>
