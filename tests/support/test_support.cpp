@@ -37,6 +37,24 @@
 
 namespace test_support {
 
+namespace {
+
+QStringList tag_arguments(const exif_tag_map& tags)
+{
+    QStringList arguments = {"-overwrite_original", "-m", "-charset", "filename=utf8"};
+    for (const auto& [tag, value] : tags)
+        arguments << QString("-%1=%2").arg(tag, value);
+    return arguments;
+}
+
+QByteArray be32(quint32 v)
+{
+    const char bytes[4] = {char(v >> 24), char(v >> 16), char(v >> 8), char(v)};
+    return QByteArray(bytes, 4);
+}
+
+} // namespace
+
 QString run(const QString& program, const QStringList& arguments)
 {
     QProcess process;
@@ -59,10 +77,7 @@ QString tag_file(const QString& path, const exif_tag_map& tags)
 {
     if (tags.empty() || path.isEmpty())
         return path;
-    QStringList arguments = {"-overwrite_original", "-m", "-charset", "filename=utf8"};
-    for (const auto& [tag, value] : tags)
-        arguments << QString("-%1=%2").arg(tag, value);
-    return run(TAVIMO_EXIFTOOL_SCRIPT, arguments << path).contains("1 image files updated") ? path : QString();
+    return run(TAVIMO_EXIFTOOL_SCRIPT, tag_arguments(tags) << path).contains("1 image files updated") ? path : QString();
 }
 
 QString make_tagged_photo(const QString& dir, const QString& name, const exif_tag_map& tags)
@@ -84,10 +99,6 @@ void append_png_text(const QString& path, const QByteArray& keyword, const QByte
         qFatal("cannot open %s", qPrintable(path));
     QByteArray png = file.readAll();
     const int end = png.lastIndexOf("IEND") - 4; // the chunk's length field
-    auto be32 = [](quint32 v) {
-        const char bytes[4] = {char(v >> 24), char(v >> 16), char(v >> 8), char(v)};
-        return QByteArray(bytes, 4);
-    };
     const QByteArray body = "tEXt" + keyword + '\0' + text;
     quint32 crc = 0xFFFFFFFFu; // the CRC-32 of PNG, over type and data
     for (const char byte : body) {
@@ -130,10 +141,6 @@ QString make_tiff(const QString& dir, const QString& name)
 
 QString make_movie(const QString& dir, const QString& name, const QByteArray& brand, const QDateTime& utc)
 {
-    auto be32 = [](quint32 v) {
-        const char bytes[4] = {char(v >> 24), char(v >> 16), char(v >> 8), char(v)};
-        return QByteArray(bytes, 4);
-    };
     auto atom = [&](const char* type, const QByteArray& body) { return be32(quint32(body.size() + 8)) + type + body; };
     // QuickTime counts seconds from 1904, in UTC.
     const quint32 when = quint32(QDateTime(QDate(1904, 1, 1), QTime(0, 0), Qt::UTC).secsTo(utc));
@@ -217,12 +224,8 @@ void tag_files(const QList<QPair<QString, exif_tag_map>>& files)
     QTemporaryFile arguments;
     if (!arguments.open())
         qFatal("cannot write an argument file");
-    for (const auto& [path, tags] : files) {
-        QStringList block = {"-overwrite_original", "-m", "-charset", "filename=utf8"};
-        for (const auto& [tag, value] : tags)
-            block << QString("-%1=%2").arg(tag, value);
-        arguments.write((block << path << "-execute").join('\n').toUtf8() + '\n');
-    }
+    for (const auto& [path, tags] : files)
+        arguments.write((tag_arguments(tags) << path << "-execute").join('\n').toUtf8() + '\n');
     arguments.close();
     const QString out = run(TAVIMO_EXIFTOOL_SCRIPT, {"-@", arguments.fileName()});
     if (out.count("1 image files updated") != files.size())
