@@ -118,7 +118,7 @@ private slots:
                 victim_before = listings(QFileInfo(victim).path());
             }
         };
-        const QByteArray loaded = contents(middle);
+        const QByteArray loaded = contents(middle), first = contents(paths[0]), last = contents(paths[2]);
         open_with(paths);
         if (when == "fix")
             get_in_the_way();
@@ -140,8 +140,7 @@ private slots:
         QTEST(seen.title + "|" + seen.buttons.join(','), "box");
         QVERIFY2(seen.text.contains(middle + reason), qPrintable(seen.text));
         QVERIFY(!seen.text.contains(paths[0]) && !seen.text.contains(paths[2]));
-        QCOMPARE(original_time(paths[0]), before);
-        QCOMPARE(original_time(paths[2]), before);
+        QVERIFY(contents(paths[0]) == first && contents(paths[2]) == last);
         if (what == "folder" || what == "link") {
             QVERIFY(!victim_before.isEmpty());
             QVERIFY(listings(QFileInfo(victim).path()) == victim_before);
