@@ -1,36 +1,25 @@
 #include "camera.h"
-#include "mainwindow.h"
 #include "file_identity.h"
-#include "photo_lock.h"
 #include "table_data_model.h"
 
-#include "test_support.h"
 #include "window_test.h"
 
 #include <ondo/application.h>
-#include <ondo/exiftool.h>
-#include <ondo/language.h>
 
 #include <QCryptographicHash>
 #include <QFileOpenEvent>
 #include <QHeaderView>
 #include <QLabel>
 #include <QProgressDialog>
-#include <QLineEdit>
-#include <QPushButton>
 #include <QTableView>
-#include <QTranslator>
 #include <QSettings>
 #include <QtTest>
 
 #include <ctime>
 
+using namespace test_support;
+
 namespace {
-
-const QString fix_tip = "Apply changes to the timestamps of the images";
-const QString undo_tip = "Undo the last set of timestamp changes";
-
-using test_support::listing;
 
 // The listing, sorted whole, but for what moves by itself or is derived from others; IPTC
 // times keep their zones.
@@ -39,26 +28,11 @@ QStringList own_lines(const QString& path)
     static const QRegularExpression derived("^-((System|Composite|ExifTool):|(File:CurrentIPTCDigest|Photoshop:IPTCDigest)=|"
                                             "[^=]*(Offsets?|Start|MediaDataSize)=)");
     QStringList lines;
-    for (const QString& line : test_support::run(TAVIMO_EXIFTOOL_SCRIPT, {"-G1", "-a", "-args", path}).split('\n', Qt::SkipEmptyParts))
+    for (const QString& line : run(TAVIMO_EXIFTOOL_SCRIPT, {"-G1", "-a", "-args", path}).split('\n', Qt::SkipEmptyParts))
         if (!derived.match(line).hasMatch())
             lines << line;
     lines.sort();
     return lines;
-}
-
-// The listing but for what a fix run and its undo may change: the nine time tags, what the file
-// system keeps of its own and the composite dates derived from them.
-QStringList other_tags(const QString& path)
-{
-    static const QStringList time = time_tags({}) << "IFD0:DateTimeOriginal";
-    static const QRegularExpression changing("^(System:|Composite:.*(Date|Time)|IPTC:ApplicationRecordVersion$|XMP-x:XMPToolkit$|.*IPTCDigest$)");
-    QStringList kept;
-    for (const QString& line : listing(path)) {
-        const QString tag = line.mid(1).section('=', 0, 0);
-        if (!time.contains(tag) && !changing.match(tag).hasMatch())
-            kept << line;
-    }
-    return kept;
 }
 
 // In the tables "#" stands for the time the files are made with and "@" for it an hour later.
@@ -79,66 +53,10 @@ QStringList lines(const QString& text)
 } // namespace
 
 // The fix and undo runs end to end with the real ExifTool; the tag lines sent come from its log.
-class tst_fix_run : public test_support::window_test {
+class tst_fix_run : public window_test {
     Q_OBJECT
 
 private slots:
-    // Each row: the file's tags, the zone typed beside a one-hour offset, the lines the fix sends
-    // and the lines the undo sends (file times left out).
-    void writes_and_undoes_the_worked_examples_data()
-    {
-        QTest::addColumn<QString>("tags");
-        QTest::addColumn<QString>("zone");
-        QTest::addColumn<QString>("fix");
-        QTest::addColumn<QString>("undo");
-        auto row = [](const char* name, const char* tags, const char* zone, const char* fix, const char* undo) {
-            QTest::newRow(name) << QString(tags) << QString(zone) << QString(fix) << QString(undo);
-        };
-        const char* exif = "ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=#;IFD0:ModifyDate=#";
-        const char* iptc = "ExifIFD:DateTimeOriginal=#;IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05+05:30";
-        // Zones go into EXIF's own zone tags, never into a new IPTC block; the file-system times that
-        // can't be set here (the inode change time, and the creation time on Linux) are left alone.
-        row("a zone goes into EXIF, the undo takes it out again", exif, "2",
-            "ExifIFD:CreateDate=@;ExifIFD:DateTimeOriginal=@;ExifIFD:OffsetTime=+02:00;ExifIFD:OffsetTimeDigitized=+02:00;"
-            "ExifIFD:OffsetTimeOriginal=+02:00;IFD0:ModifyDate=@;System:FileModifyDate=@+02:00",
-            "ExifIFD:CreateDate=#;ExifIFD:DateTimeOriginal=#;ExifIFD:OffsetTime=;ExifIFD:OffsetTimeDigitized=;"
-            "ExifIFD:OffsetTimeOriginal=;IFD0:ModifyDate=#");
-        row("an IPTC zone kept, and given back exactly", iptc, "",
-            "ExifIFD:DateTimeOriginal=@;IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=@+05:30;System:FileModifyDate=@+05:30",
-            "ExifIFD:DateTimeOriginal=#;IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05+05:30");
-        row("a copy in IFD0 is written along", "ExifIFD:DateTimeOriginal=#;IFD0:DateTimeOriginal=#", "",
-            "ExifIFD:DateTimeOriginal=@;IFD0:DateTimeOriginal=@;System:FileModifyDate=@",
-            "ExifIFD:DateTimeOriginal=#;IFD0:DateTimeOriginal=#");
-    }
-
-    void writes_and_undoes_the_worked_examples()
-    {
-        QFETCH(QString, tags);
-        QFETCH(QString, zone);
-        QFETCH(QString, fix);
-        QFETCH(QString, undo);
-        const QString path = photo("a.jpg", tags);
-        const exif_tag_map before = test_support::read_back(path);
-        load_and_type({path}, "lineedit_hour", "1", zone);
-        auto writes = press(fix_tip);
-        QCOMPARE(writes, QList<QStringList>{lines(fix)});
-        QCOMPARE(last_log.filter("isn't writable"), QStringList());
-        QVERIFY(button(undo_tip)->isEnabled());
-
-        writes = press(undo_tip);
-        QCOMPARE(writes.size(), 1);
-        QStringList sent = writes.first().filter(QRegularExpression("^-(?!System:FileModifyDate)"));
-        sent.sort();
-        QCOMPARE(sent, lines(undo));
-        QCOMPARE(last_log.filter("isn't writable"), QStringList());
-        QVERIFY(!button(undo_tip)->isEnabled());
-        const exif_tag_map now = test_support::read_back(path);
-        for (const auto& [tag, value] : test_support::tag_map(expand(tags)))
-            QCOMPARE(now.at(tag), value);
-        for (const QString tag : {"IPTC:DateCreated", "IPTC:TimeCreated", "ExifIFD:OffsetTime", "IPTC:ApplicationRecordVersion"})
-            QCOMPARE(now.count(tag), before.count(tag));
-    }
-
     // Files are "name|tags", shifted back a second; `question` is the start of the one text expected.
     void questions_before_the_run_data()
     {
@@ -176,11 +94,11 @@ private slots:
         QStringList paths;
         for (const QString& entry : files)
             paths << photo(entry.section('|', 0, 0), entry.section('|', 1));
-        load_and_type(paths, "lineedit_second", "-1", zone);
+        open_with(paths, zone, "lineedit_second", "-1");
         // With no question expected, an answer is armed all the same, to catch one that comes.
         const bool ending = answer == "ending";
         QGuiApplication::setQuitOnLastWindowClosed(false);
-        const auto shown = test_support::answer_next_box(
+        const auto shown = answer_next_box(
             answer.isEmpty() ? "Continue" : ending ? "close" : answer,
             [ending](QDialog*) {
                 if (ending)
@@ -198,80 +116,26 @@ private slots:
                                            : question + " / Continue? / " + (ending ? "" : "Continue,Abort"));
         const bool aborted = answer == "Abort" || ending || refused;
         QCOMPARE(writes.size(), aborted ? 0 : paths.size());
-        QCOMPARE(button(undo_tip)->isEnabled(), !aborted && !paths.isEmpty());
+        QCOMPARE(tip_button(undo_tip)->isEnabled(), !aborted && !paths.isEmpty());
         // An abort leaves the offset as it was; a run ends with it cleared. The table keeps its rows.
         QCOMPARE(rows(), paths.size());
         QCOMPARE(window->findChild<QLineEdit*>("lineedit_second")->text(), aborted ? "-1" : QString());
     }
 
-    // One file each, from tags or, for "avi", from bytes ExifTool can read but not write. After the
-    // fix only time tags have moved; after the undo the whole listing is back.
-    void fix_and_undo_lose_nothing_data()
-    {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("tags");
-        QTest::addColumn<QString>("zone");
-        QTest::newRow("DateTimeOriginal in IFD0 and ExifIFD") << "a.jpg" << "IFD0:DateTimeOriginal=#;ExifIFD:DateTimeOriginal=#;IFD0:Make=V" << "";
-        QTest::newRow("IPTC and XMP creation dates") << "b.jpg" << "IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05+02:00;"
-                                                                   "XMP-photoshop:DateCreated=#;ExifIFD:DateTimeOriginal=#" << "";
-        QTest::newRow("IPTC without a zone") << "c.jpg" << "IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05;IPTC:Keywords=k" << "";
-        QTest::newRow("PNG with a chunk after its image") << "e.png" << "XMP-photoshop:DateCreated=#;XMP-dc:Title=T" << "2";
-        QTest::newRow("AVI") << "v.avi" << "avi" << "";
-    }
-
-    void fix_and_undo_lose_nothing()
-    {
-        QFETCH(QString, name);
-        QFETCH(QString, tags);
-        QFETCH(QString, zone);
-        QString path = dir->filePath(name);
-        if (tags == "avi") {
-            QFile file(path);
-            QVERIFY(file.open(QIODevice::WriteOnly));
-            file.write(QByteArray("RIFF\x10\0\0\0AVI LIST\x04\0\0\0hdrl", 24));
-            QVERIFY(file.setFileTime(QDateTime(QDate(2017, 6, 21), QTime(18, 30, 5)), QFileDevice::FileModificationTime));
-            file.close();
-        } else {
-            path = photo(name, tags);
-            if (name.endsWith(".png"))
-                test_support::append_png_text(path, "Comment", "behind the image");
-        }
-        const QStringList others = other_tags(path);
-        const QStringList before = listing(path);
-
-        load_and_type({path}, "lineedit_hour", "1", zone);
-        const auto question = test_support::answer_next_box("Continue"); // an IPTC time without a zone asks
-        QCOMPARE(press(fix_tip).size(), 1);
-        question->cancelled = true;
-        QCOMPARE(other_tags(path), others);
-        QVERIFY(listing(path) != before);
-        QVERIFY(button(undo_tip)->isEnabled());
-
-        press(undo_tip);
-        QStringList restored = before;
-        // ExifTool writes no IPTC time without a zone: the undo gives it the zone of its day, as the
-        // question before the fix warns.
-        QStringList now = listing(path);
-        if (tags.contains("IPTC:TimeCreated=18:30:05;")) {
-            restored.replaceInStrings(QRegularExpression("^(-IPTC:TimeCreated=18:30:05|-Composite:DateTime(Created|Original)=.*05)$"), "\\1+02:00");
-            for (QStringList* lines : {&restored, &now})
-                *lines = lines->filter(QRegularExpression("^-(?!File:CurrentIPTCDigest=)"));
-        }
-        QCOMPARE(now, restored);
-    }
-
-    // Files that date themselves elsewhere than in EXIF's DateTimeOriginal. Each shows its own
-    // time and zone; a fix of an hour (with the zone typed, if any) changes exactly the tags of
-    // `moved`, each from its own value, and adds nothing else; the undo gives the listing back.
-    // A ".mov" or ".m4a" is made by hand at 2005:08:11 14:03:54 UTC, a ".heic" by heif-enc, and
-    // then each gets `tags`.
-    void own_times_move_and_come_back_data()
+    // One file of each kind of dating, made by photo(). Each shows its own time and zone; a fix of
+    // an hour, with `zone` typed, changes exactly the tags of `moved`, each from its own value, and
+    // adds nothing else; the undo gives the whole listing back. Where given, `sent` is the tag lines
+    // the fix and the undo send ("fix|undo", the undo's file time left out). An IPTC time without
+    // a zone asks before the fix.
+    void a_fix_moves_its_tags_and_the_undo_gives_all_back_data()
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("tags");
         QTest::addColumn<QString>("zone");
         QTest::addColumn<QString>("shown");
         QTest::addColumn<QString>("moved");
+        QTest::addColumn<QString>("sent");
+        const QString exif = "ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=#;IFD0:ModifyDate=#";
         const QString phone = "ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=#;IFD0:ModifyDate=2017:06:22 09:00:00;"
                               "ExifIFD:OffsetTimeOriginal=+02:00;ExifIFD:SubSecTimeOriginal=12;XMP-exif:DateTimeOriginal=#;"
                               "XMP-xmp:CreateDate=2017:06:21 18:30:05.12+02:00;XMP-xmp:MetadataDate=2017:06:23 10:00:00+02:00;"
@@ -281,61 +145,89 @@ private slots:
         const QString movie_moved = "QuickTime:CreateDate=2005:08:11 15:03:54;QuickTime:ModifyDate=2005:08:11 15:03:54;"
                                     "Track1:TrackCreateDate=2005:08:11 15:03:54;Track1:TrackModifyDate=2005:08:11 15:03:54;"
                                     "Track1:MediaCreateDate=2005:08:11 15:03:54;Track1:MediaModifyDate=2005:08:11 15:03:54";
+        // Zones go into EXIF's own zone tags, never into a new IPTC block; the file-system times that
+        // can't be set here (the inode change time, and the creation time on Linux) are left alone.
+        QTest::newRow("a zone goes into EXIF, the undo takes it out again") << "a.jpg" << exif << "2" << "#"
+            << QString(exif).replace("#", "@") + ";ExifIFD:OffsetTime=+02:00;ExifIFD:OffsetTimeDigitized=+02:00;ExifIFD:OffsetTimeOriginal=+02:00"
+            << "ExifIFD:CreateDate=@;ExifIFD:DateTimeOriginal=@;ExifIFD:OffsetTime=+02:00;ExifIFD:OffsetTimeDigitized=+02:00;"
+               "ExifIFD:OffsetTimeOriginal=+02:00;IFD0:ModifyDate=@;System:FileModifyDate=@+02:00|"
+               "ExifIFD:CreateDate=#;ExifIFD:DateTimeOriginal=#;ExifIFD:OffsetTime=;ExifIFD:OffsetTimeDigitized=;"
+               "ExifIFD:OffsetTimeOriginal=;IFD0:ModifyDate=#";
+        QTest::newRow("an IPTC zone kept, and given back exactly")
+            << "a.jpg" << "ExifIFD:DateTimeOriginal=#;IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05+05:30" << "" << "# +05:30"
+            << "ExifIFD:DateTimeOriginal=@;IPTC:TimeCreated=19:30:05+05:30"
+            << "ExifIFD:DateTimeOriginal=@;IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=@+05:30;System:FileModifyDate=@+05:30|"
+               "ExifIFD:DateTimeOriginal=#;IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05+05:30";
+        QTest::newRow("a copy in IFD0 is written along") << "a.jpg" << "ExifIFD:DateTimeOriginal=#;IFD0:DateTimeOriginal=#;IFD0:Make=V"
+            << "" << "#" << "ExifIFD:DateTimeOriginal=@;IFD0:DateTimeOriginal=@"
+            << "ExifIFD:DateTimeOriginal=@;IFD0:DateTimeOriginal=@;System:FileModifyDate=@|ExifIFD:DateTimeOriginal=#;IFD0:DateTimeOriginal=#";
+        QTest::newRow("IPTC and XMP creation dates")
+            << "b.jpg" << "IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05+02:00;XMP-photoshop:DateCreated=#;ExifIFD:DateTimeOriginal=#"
+            << "" << "# +02:00" << "IPTC:TimeCreated=19:30:05+02:00;XMP-photoshop:DateCreated=@;ExifIFD:DateTimeOriginal=@" << "";
+        // ExifTool writes no IPTC time without a zone: the undo gives it the zone of its day, as the
+        // question before the fix warns.
+        QTest::newRow("IPTC without a zone") << "c.jpg" << "IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05;IPTC:Keywords=k" << ""
+                                             << "#" << "IPTC:TimeCreated=19:30:05+02:00" << "";
+        QTest::newRow("PNG with a chunk after its image") << "e.png" << "XMP-photoshop:DateCreated=#;XMP-dc:Title=T;chunk=behind"
+                                                          << "2" << "#" << "XMP-photoshop:DateCreated=@+02:00" << "";
+        // Bytes ExifTool reads but can't write: only the file's time moves.
+        QTest::newRow("AVI") << "v.avi" << "" << "" << "#" << "" << "";
         QTest::newRow("phone photo") << "a.jpg" << phone << "" << "# +02:00"
-                                     << phone_moved + "XMP-xmp:CreateDate=2017:06:21 19:30:05.12+02:00";
+                                     << phone_moved + "XMP-xmp:CreateDate=2017:06:21 19:30:05.12+02:00" << "";
         // The zone entered is the zone of the new times, and no IPTC block is made for it.
         QTest::newRow("phone photo, a zone") << "a.jpg" << phone << "1" << "# +02:00"
             << phone_moved + "XMP-xmp:CreateDate=2017:06:21 19:30:05.12+01:00;ExifIFD:OffsetTimeOriginal=+01:00;"
-                             "ExifIFD:OffsetTime=+01:00;ExifIFD:OffsetTimeDigitized=+01:00";
+                             "ExifIFD:OffsetTime=+01:00;ExifIFD:OffsetTimeDigitized=+01:00" << "";
         QTest::newRow("phone HEIC, a zone")
             << "i.heic" << "ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=#;IFD0:ModifyDate=#;ExifIFD:OffsetTimeOriginal=+02:00;"
                            "ExifIFD:OffsetTime=+02:00;XMP-xmp:CreateDate=#+02:00;XMP-xmp:ModifyDate=#+02:00;XMP-photoshop:DateCreated=#+02:00"
             << "-3" << "# +02:00"
             << "ExifIFD:DateTimeOriginal=@;ExifIFD:CreateDate=@;IFD0:ModifyDate=@;ExifIFD:OffsetTimeOriginal=-03:00;"
                "ExifIFD:OffsetTime=-03:00;ExifIFD:OffsetTimeDigitized=-03:00;XMP-xmp:CreateDate=@-03:00;XMP-xmp:ModifyDate=@-03:00;"
-               "XMP-photoshop:DateCreated=@-03:00";
+               "XMP-photoshop:DateCreated=@-03:00" << "";
         // A raw photo keeps its zone in EXIF; its movie dates are read and written on the machine's clock.
         QTest::newRow("CR3, a zone") << "r.cr3" << "ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=#;IFD0:ModifyDate=#" << "1" << "#"
             << "ExifIFD:DateTimeOriginal=@;ExifIFD:CreateDate=@;IFD0:ModifyDate=@;ExifIFD:OffsetTimeOriginal=+01:00;"
                "ExifIFD:OffsetTime=+01:00;ExifIFD:OffsetTimeDigitized=+01:00;QuickTime:CreateDate=2005:08:11 18:03:54+02:00;"
                "QuickTime:ModifyDate=2005:08:11 18:03:54+02:00;Track1:TrackCreateDate=2005:08:11 18:03:54+02:00;"
                "Track1:TrackModifyDate=2005:08:11 18:03:54+02:00;Track1:MediaCreateDate=2005:08:11 18:03:54+02:00;"
-               "Track1:MediaModifyDate=2005:08:11 18:03:54+02:00";
+               "Track1:MediaModifyDate=2005:08:11 18:03:54+02:00" << "";
         // Raw photos keep an entered zone in EXIF and their zoned XMP dates, and get no IPTC.
         QTest::newRow("DNG, a zone") << "a.dng" << "IFD0:DNGVersion=1.4.0.0;ExifIFD:DateTimeOriginal=#;XMP-xmp:CreateDate=#+02:00;"
                                                    "XMP-x:XMPToolkit=Adobe XMP Core 5.6"
                                      << "1" << "# +02:00"
-                                     << "ExifIFD:DateTimeOriginal=@;ExifIFD:OffsetTimeOriginal=+01:00;XMP-xmp:CreateDate=@+01:00";
+                                     << "ExifIFD:DateTimeOriginal=@;ExifIFD:OffsetTimeOriginal=+01:00;XMP-xmp:CreateDate=@+01:00" << "";
         QTest::newRow("NEF, a zone") << "b.nef" << "IFD0:Make=NIKON CORPORATION;ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=#"
                                      << "-5" << "#"
                                      << "ExifIFD:DateTimeOriginal=@;ExifIFD:CreateDate=@;ExifIFD:OffsetTimeOriginal=-05:00;"
-                                        "ExifIFD:OffsetTimeDigitized=-05:00";
+                                        "ExifIFD:OffsetTimeDigitized=-05:00" << "";
         QTest::newRow("IPTC date alone, an hour and a zone: no time added") << "d.jpg" << "IPTC:DateCreated=2004:02:26" << "2"
-                                                                            << "2004:02:26 00:00:00" << "";
+                                                                            << "2004:02:26 00:00:00" << "" << "";
         QTest::newRow("IPTC alone") << "b.jpg" << "IPTC:DateCreated=2004:02:26;IPTC:TimeCreated=23:30:00+01:00" << ""
-                                    << "2004:02:26 23:30:00 +01:00" << "IPTC:DateCreated=2004:02:27;IPTC:TimeCreated=00:30:00+01:00";
+                                    << "2004:02:26 23:30:00 +01:00" << "IPTC:DateCreated=2004:02:27;IPTC:TimeCreated=00:30:00+01:00" << "";
         QTest::newRow("XMP alone") << "c.png" << "XMP-xmp:CreateDate=2020:05:06 07:08:09" << "" << "2020:05:06 07:08:09"
-                                   << "XMP-xmp:CreateDate=2020:05:06 08:08:09";
+                                   << "XMP-xmp:CreateDate=2020:05:06 08:08:09" << "";
         QTest::newRow("PNG, a zone into its XMP date") << "c.png" << "XMP-xmp:CreateDate=2020:05:06 07:08:09" << "2"
-                                                       << "2020:05:06 07:08:09" << "XMP-xmp:CreateDate=2020:05:06 08:08:09+02:00";
-        QTest::newRow("movie") << "m.mov" << "" << "" << "2005:08:11 16:03:54" << movie_moved;
+                                                       << "2020:05:06 07:08:09" << "XMP-xmp:CreateDate=2020:05:06 08:08:09+02:00" << "";
+        QTest::newRow("movie") << "m.mov" << "" << "" << "2005:08:11 16:03:54" << movie_moved << "";
         // The clock reading stays under the new zone; here zone and hour cancel out in UTC.
         QTest::newRow("movie with a zoned date, a zone") << "m.mov" << "Keys:CreationDate=2005:08:11 16:03:54+02:00" << "3"
-                                                         << "2005:08:11 16:03:54 +02:00" << "Keys:CreationDate=2005:08:11 17:03:54+03:00";
+                                                         << "2005:08:11 16:03:54 +02:00" << "Keys:CreationDate=2005:08:11 17:03:54+03:00" << "";
         // A moment kept in UTC moves by the offset alone; the zone only says on which clock it shows.
-        QTest::newRow("sound in UTC, a zone") << "s.m4a" << "" << "-5" << "2005:08:11 16:03:54" << movie_moved;
+        QTest::newRow("sound in UTC, a zone") << "s.m4a" << "" << "-5" << "2005:08:11 16:03:54" << movie_moved << "";
     }
 
-    void own_times_move_and_come_back()
+    void a_fix_moves_its_tags_and_the_undo_gives_all_back()
     {
         QFETCH(QString, name);
         QFETCH(QString, tags);
         QFETCH(QString, zone);
         QFETCH(QString, shown);
         QFETCH(QString, moved);
+        QFETCH(QString, sent);
         if (name.endsWith(".heic") && QStandardPaths::findExecutable("heif-enc").isEmpty())
             QSKIP("heif-enc (libheif-examples) is not installed");
-        const QString path = any_photo(name, tags);
+        const QString path = photo(name, tags);
         QVERIFY(!path.isEmpty());
         // Sorted whole: ExifTool may store a HEIC's image properties in another order.
         auto sorted_listing = [&path] {
@@ -346,25 +238,48 @@ private slots:
         const QStringList before = sorted_listing();
         const QStringList own_before = own_lines(path);
 
-        load_and_type({path}, "lineedit_hour", "1", zone);
+        open_with({path}, zone);
         const QAbstractItemModel* model = window->findChild<QTableView*>()->model();
         const QString time = model->data(model->index(0, 1), Qt::UserRole).toDateTime().toString("yyyy:MM:dd hh:mm:ss");
         const QString file_zone = model->data(model->index(0, 1)).toString().section("  UTC", 1);
         QCOMPARE(file_zone.isEmpty() ? time : time + " " + file_zone, expand(shown));
         same_from_the_kept_tags(path, model, zone);
 
-        QCOMPARE(press(fix_tip).size(), 1);
+        const bool asks = QRegularExpression("IPTC:TimeCreated=[0-9:]+(;|$)").match(tags).hasMatch();
+        const auto question = answer_next_box("Continue");
+        auto writes = press(fix_tip);
+        question->cancelled = true;
+        QCOMPARE(question->answered, asks);
+        QCOMPARE(writes.size(), 1);
+        if (!sent.isEmpty())
+            QCOMPARE(writes.first(), lines(sent.section('|', 0, 0)));
         QStringList expected = own_before;
-        for (const auto& [tag, value] : test_support::tag_map(expand(moved))) {
+        for (const auto& [tag, value] : tag_map(expand(moved))) {
             expected = expected.filter(QRegularExpression("^-(?!" + QRegularExpression::escape(tag) + "=)"));
             expected << "-" + tag + "=" + value;
         }
         expected.sort();
         QCOMPARE(own_lines(path), expected);
+        QVERIFY(sorted_listing() != before);
         QCOMPARE(last_log.filter("isn't writable"), QStringList());
+        QVERIFY(tip_button(undo_tip)->isEnabled());
 
-        press(undo_tip);
-        QCOMPARE(sorted_listing(), before);
+        writes = press(undo_tip);
+        QCOMPARE(writes.size(), 1);
+        if (!sent.isEmpty()) {
+            QStringList undone = writes.first().filter(QRegularExpression("^-(?!System:FileModifyDate)"));
+            undone.sort();
+            QCOMPARE(undone, lines(sent.section('|', 1)));
+        }
+        QCOMPARE(last_log.filter("isn't writable"), QStringList());
+        QVERIFY(!tip_button(undo_tip)->isEnabled());
+        QStringList restored = before, now = sorted_listing();
+        if (asks) {
+            restored.replaceInStrings(QRegularExpression("^(-IPTC:TimeCreated=18:30:05|-Composite:DateTime(Created|Original)=.*05)$"), "\\1+02:00");
+            for (QStringList* lines : {&restored, &now})
+                *lines = lines->filter(QRegularExpression("^-(?!File:CurrentIPTCDigest=)"));
+        }
+        QCOMPARE(now, restored);
     }
 
     // Crafted names and one file that vanishes after the load beside a good photo, in a folder
@@ -383,15 +298,15 @@ private slots:
         QFETCH(QString, answer);
         QVERIFY(QDir(dir->path()).mkpath("album"));
         const QDir album(dir->filePath("album"));
-        const QString good = test_support::make_tagged_photo(album.path(), "good.jpg", test_support::tag_map(expand("ExifIFD:DateTimeOriginal=#;IFD0:Make=V")));
+        const QString good = make_tagged_photo(album.path(), "good.jpg", tag_map(expand("ExifIFD:DateTimeOriginal=#;IFD0:Make=V")));
         const QStringList crafted = {"\n-if\nsystem('touch X') || 1", "\n-all=\n-overwrite_original", "\n-w!\n%d%f.%e",
                                      "a.jpg\n-stay_open\n0", "b.jpg\r"};
         for (const QString& name : crafted + QStringList{"gone.jpg"})
             QVERIFY(QFile::copy(good, album.filePath(name)));
 
-        window = test_support::open_main_window();
+        window = open_main_window();
         if (road == "drop") {
-            QVERIFY(test_support::drop_urls(window, {QUrl::fromLocalFile(album.path())}));
+            QVERIFY(drop_urls(window, {QUrl::fromLocalFile(album.path())}));
         } else {
             QFileOpenEvent open(album.path());
             QApplication::sendEvent(qApp, &open);
@@ -403,73 +318,85 @@ private slots:
         const QStringList names_before = album.entryList(QDir::Files | QDir::Hidden);
 
         QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
-        const auto shown = test_support::answer_next_box(answer);
-        press(fix_tip);
-        shown->cancelled = true;
+        const auto shown = click_answering(fix_tip, answer);
         QVERIFY(shown->answered);
         QCOMPARE(shown->buttons, QStringList({"Keep changes", "Undo Changes"}));
         QVERIFY(shown->text.startsWith(QString("The following %1 files could not be fixed:").arg(crafted.size() + 1)));
         for (const QString& name : crafted + QStringList{"gone.jpg"})
             QVERIFY(shown->text.contains(album.filePath(name)));
-        const exif_tag_map now = test_support::read_back(good);
+        const exif_tag_map now = read_back(good);
         QCOMPARE(now.at("ExifIFD:DateTimeOriginal"), expand(answer == "Keep changes" ? "@" : "#"));
         QCOMPARE(now.at("IFD0:Make"), QString("V"));
-        QCOMPARE(button(undo_tip)->isEnabled(), answer == "Keep changes");
+        QCOMPARE(tip_button(undo_tip)->isEnabled(), answer == "Keep changes");
         QCOMPARE(album.entryList(QDir::Files | QDir::Hidden), names_before);
         QVERIFY(!QFile::exists("X") && !QFile::exists(dir->filePath("X")) && !album.exists("X"));
     }
 
-    // A good photo and, with `failing`, one that vanishes after the load. The note in the top
-    // strip tells what the fix did and, after `answer` or a press of undo, what the undo did; the
-    // next action takes it away.
+    // A good photo beside one that is fine, one that vanishes after the load ("gone"), one beside
+    // a leftover of an earlier write ("left") or one whose time the clock skips ("gap"). The note
+    // in the top strip tells what the fix did (also while its box of failures is answered
+    // `answer`) and what the undo did; the next action takes it away. The log tells each run, from
+    // its start to its counts, and each failure with its reason, once.
     void a_note_after_every_run_data()
     {
-        QTest::addColumn<bool>("failing");
+        QTest::addColumn<QStringList>("others");
         QTest::addColumn<QString>("answer");
         QTest::addColumn<QString>("after_fix");
         QTest::addColumn<QString>("after_undo");
-        const QString undo_possible = " Undo is possible until Tavimo closes.";
-        QTest::newRow("two photos") << false << "" << "2 photos changed." + undo_possible << "Undo done: 2 photos as before.";
-        QTest::newRow("a failure, kept") << true << "Keep changes"
-                                         << "1 photo changed." + undo_possible + " 1 file could not be changed."
-                                         << "Undo done: 1 photo as before.";
-        QTest::newRow("a failure, undone") << true << "Undo Changes" << "" << "Undo done: 1 photo as before.";
+        QTest::addColumn<QStringList>("log");
+        const QString undo_possible = " Undo is possible until Tavimo closes.", failed = " 1 file could not be changed.";
+        QTest::newRow("two photos") << QStringList{"b"} << "" << "2 photos changed." + undo_possible << "Undo done: 2 photos as before."
+                                    << QStringList();
+        QTest::newRow("a failure, kept") << QStringList{"gone"} << "Keep changes" << "1 photo changed." + undo_possible + failed
+                                         << "Undo done: 1 photo as before." << QStringList();
+        QTest::newRow("a failure, undone") << QStringList{"gone"} << "Undo Changes" << "1 photo changed." + undo_possible + failed
+                                           << "Undo done: 1 photo as before." << QStringList();
+        QTest::newRow("each file counted once, each failure with its reason")
+            << QStringList{"left", "gap"} << "Keep changes" << "1 photo changed." + undo_possible + failed + " 1 file left as it was."
+            << "Undo done: 1 photo as before."
+            << QStringList{"Load: 3 files", "Load ended: 3 rows added, in ", "Fix run: 3 files, offset 0 y 0 mo 0 d 1 h 0 min 0 s, zone none",
+                   "Not fixed: %left (an earlier write left", "Fix run ended: 1 written, 1 failed, 1 left as they were, in ",
+                   "Undo run: 1 files", "Undo run ended: 1 restored, 0 failed, in "};
     }
 
     void a_note_after_every_run()
     {
-        QFETCH(bool, failing);
+        QFETCH(QStringList, others);
         QFETCH(QString, answer);
-        const QList<QTranslator*> english = ondo::install_translators("en");
-        auto uninstall = qScopeGuard([&] {
-            for (QTranslator* translator : english)
-                QCoreApplication::removeTranslator(translator);
-        });
+        QFETCH(QString, after_fix);
+        QFETCH(QStringList, log);
+        log_capture captured;
+        const installed_language english("en");
         QStringList paths{photo("a.jpg", "ExifIFD:DateTimeOriginal=#")};
-        if (!failing)
-            paths << photo("b.jpg", "ExifIFD:DateTimeOriginal=#");
-        else
-            paths << photo("gone.jpg", "ExifIFD:DateTimeOriginal=#");
-        load_and_type(paths, "lineedit_hour", "1");
-        if (failing)
-            QVERIFY(QFile::remove(paths.last()));
+        for (const QString& other : others)
+            paths << photo(other + ".jpg", other == "gap" ? "ExifIFD:DateTimeOriginal=2017:03:26 02:30:00" : "ExifIFD:DateTimeOriginal=#");
+        open_with(paths);
+        const QString gone = dir->filePath("gone.jpg"), left = dir->filePath("left.jpg");
+        QVERIFY(!others.contains("gone") || QFile::remove(gone));
+        QFile leftover(left + "_exiftool_tmp");
+        QVERIFY(!others.contains("left") || leftover.open(QIODevice::WriteOnly));
         auto* note = window->findChild<QLabel*>("run_note");
         QVERIFY(note);
 
         QString during_question;
-        const auto shown = test_support::answer_next_box(answer.isEmpty() ? "Keep changes" : answer,
-                                                         [&](QDialog*) { during_question = note->text(); });
+        const auto shown = answer_next_box(answer.isEmpty() ? "Keep changes" : answer, [&](QDialog*) { during_question = note->text(); });
         press(fix_tip);
         shown->cancelled = true;
-        QCOMPARE(shown->answered, failing);
-        if (failing)
-            QCOMPARE(during_question, QString("1 photo changed. Undo is possible until Tavimo closes. 1 file could not be changed."));
+        QCOMPARE(shown->answered, !answer.isEmpty());
+        if (shown->answered)
+            QCOMPARE(during_question, after_fix);
+        if (others.contains("gone"))
+            QVERIFY2(shown->text.contains(gone), qPrintable(shown->text));
+        if (others.contains("left"))
+            QVERIFY2(shown->text.contains(left + " (an earlier write left " + leftover.fileName() + " behind)"), qPrintable(shown->text));
         if (answer != "Undo Changes") {
-            QTEST(note->text(), "after_fix");
+            QCOMPARE(note->text(), after_fix);
             QVERIFY(note->isVisible());
             press(undo_tip);
         }
         QTEST(note->text(), "after_undo");
+        for (const QString& line : log)
+            QVERIFY2(captured.count(QString(line).replace("%left", left)) == 1, qPrintable(line + "\n" + captured.lines().join('\n')));
 
         window->load_files({paths.first()});
         QCOMPARE(note->text(), QString());
@@ -482,11 +409,9 @@ private slots:
         QSettings().setValue("date_format", "dd.MM.yyyy"); // chosen, so that no locale's default counts
         const QString good = photo("a.jpg", "ExifIFD:DateTimeOriginal=#;IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05-04:00");
         const QString gone = photo("b.jpg", "ExifIFD:DateTimeOriginal=#");
-        load_and_type({good, gone}, "lineedit_hour", "1", "+02:00");
+        open_with({good, gone}, "+02:00");
         QVERIFY(QFile::remove(gone));
-        const auto shown = test_support::answer_next_box("Keep changes");
-        press(fix_tip);
-        shown->cancelled = true;
+        click_answering(fix_tip, "Keep changes");
         const QAbstractItemModel* model = window->findChild<QTableView*>()->model();
         auto rows_shown = [model] {
             QStringList shown;
@@ -501,7 +426,7 @@ private slots:
         QVERIFY(model->index(1, 0).data(Qt::ToolTipRole).toString().contains("Not changed"));
         QCOMPARE(window->findChild<QLineEdit*>("lineedit_timezone")->text(), QString());
         // What the row was derived from is what the file holds.
-        const exif_tag_map now = test_support::read_back(good);
+        const exif_tag_map now = read_back(good);
         for (const auto& [tag, value] : exif_cache::instance()->file_tags[good])
             if (QRegularExpression("^(ExifIFD|IPTC|System:FileModify)").match(tag).hasMatch())
                 QCOMPARE(tag + "=" + value, tag + "=" + now.at(tag));
@@ -523,7 +448,7 @@ private slots:
             "b.nef|IFD0:Make=NIKON CORPORATION;ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=#"};
         QStringList paths;
         for (const QString& file : files)
-            if (const QString path = any_photo(file.section('|', 0, 0), file.section('|', 1)); !path.isEmpty())
+            if (const QString path = photo(file.section('|', 0, 0), file.section('|', 1)); !path.isEmpty())
                 paths << path;
         auto state = [&paths] {
             QStringList states;
@@ -535,7 +460,7 @@ private slots:
             return states;
         };
         const QStringList made = state();
-        window = test_support::open_main_window();
+        window = open_main_window();
         window->load_files(paths);
         QStringList first;
         for (int cycle = 0; cycle < 10; ++cycle) {
@@ -550,83 +475,6 @@ private slots:
         }
         for (int i = 0; i < paths.size(); ++i)
             QCOMPARE(first[i].section(' ', 1), made[i].section(' ', 1));
-    }
-
-    void a_photo_another_copy_holds_is_left_alone_data()
-    {
-        QTest::addColumn<QString>("when");
-        QTest::newRow("fix") << "fix";
-        QTest::newRow("undo") << "undo";
-    }
-
-    void a_photo_another_copy_holds_is_left_alone()
-    {
-        QFETCH(QString, when);
-        const QStringList paths = {photo("a.jpg", "ExifIFD:DateTimeOriginal=#"), photo("b.jpg", "ExifIFD:DateTimeOriginal=#")};
-        auto bytes = [](const QString& path) {
-            QFile file(path);
-            return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-        };
-        const QByteArray a_before = bytes(paths[0]);
-        load_and_type(paths, "lineedit_hour", "1");
-        std::unique_ptr<photo_lock> held;
-        if (when == "fix")
-            held = photo_lock::try_lock(paths[1]);
-        const QByteArray b_before = bytes(paths[1]);
-        const auto fix_failures = test_support::answer_next_box("Keep changes");
-        press(fix_tip);
-        fix_failures->cancelled = true;
-        QCOMPARE(fix_failures->answered, when == "fix");
-        QVERIFY(bytes(paths[0]) != a_before);
-        if (when == "fix") {
-            QVERIFY2(fix_failures->text.contains(paths[1] + " (being changed by another copy of Tavimo)"), qPrintable(fix_failures->text));
-            QCOMPARE(bytes(paths[1]), b_before);
-            return;
-        }
-        held = photo_lock::try_lock(paths[1]);
-        const QByteArray b_fixed = bytes(paths[1]);
-        const auto undo_failures = test_support::answer_next_box("close");
-        press(undo_tip);
-        undo_failures->cancelled = true;
-        QVERIFY2(undo_failures->text.contains(paths[1] + " (being changed by another copy of Tavimo)"), qPrintable(undo_failures->text));
-        QCOMPARE(bytes(paths[1]), b_fixed);
-        QCOMPARE(bytes(paths[0]), a_before);
-        held.reset();
-        press(undo_tip);
-        QCOMPARE(bytes(paths[1]), b_before);
-    }
-
-    // A failure says why, in the list and the log, and the note counts every file once: one
-    // fixed, one beside a leftover of an earlier write, one whose time the clock skips.
-    void failures_say_why_and_the_note_counts_every_file()
-    {
-        test_support::log_capture log;
-        const QList<QTranslator*> english = ondo::install_translators("en");
-        auto uninstall = qScopeGuard([&] {
-            for (QTranslator* translator : english)
-                QCoreApplication::removeTranslator(translator);
-        });
-        const QStringList paths = {photo("a.jpg", "ExifIFD:DateTimeOriginal=#"), photo("b.jpg", "ExifIFD:DateTimeOriginal=#"),
-                                   photo("c.jpg", "ExifIFD:DateTimeOriginal=2017:03:26 02:30:00")};
-        load_and_type(paths, "lineedit_hour", "1");
-        QFile leftover(paths[1] + "_exiftool_tmp");
-        QVERIFY(leftover.open(QIODevice::WriteOnly));
-        const auto shown = test_support::answer_next_box("Keep changes");
-        press(fix_tip);
-        shown->cancelled = true;
-        QVERIFY2(shown->text.contains(paths[1] + " (an earlier write left " + leftover.fileName() + " behind)"),
-                 qPrintable(shown->text));
-        QCOMPARE(window->findChild<QLabel*>("run_note")->text(),
-                 QString("1 photo changed. Undo is possible until Tavimo closes. 1 file could not be changed. "
-                         "1 file left as it was."));
-        press(undo_tip);
-        // The log tells each run, from its start to its counts, and each failure with its reason.
-        for (const QString& line : {QString("Load: 3 files"), QString("Load ended: 3 rows added, in "),
-                                    QString("Fix run: 3 files, offset 0 y 0 mo 0 d 1 h 0 min 0 s, zone none"),
-                                    "Not fixed: " + paths[1] + " (an earlier write left",
-                                    QString("Fix run ended: 1 written, 1 failed, 1 left as they were, in "),
-                                    QString("Undo run: 1 files"), QString("Undo run ended: 1 restored, 0 failed, in ")})
-            QVERIFY2(log.count(line) == 1, qPrintable(line + "\n" + log.lines().join('\n')));
     }
 
     // The window is closed from a timer while a run is under way, as main sets it up: the run
@@ -644,27 +492,27 @@ private slots:
         QFETCH(QString, run);
         const QStringList paths = six_photos();
         QGuiApplication::setQuitOnLastWindowClosed(false);
-        window = test_support::open_main_window();
+        window = open_main_window();
         window->setAttribute(Qt::WA_DeleteOnClose, true);
         if (run != "load") {
             window->load_files(paths);
             QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
         }
         if (run == "undo")
-            button(fix_tip)->click();
+            tip_button(fix_tip)->click();
 
         QTimer::singleShot(0, window.data(), [this] { window->close(); });
         if (run == "load")
             window->load_files(paths);
         else
-            button(run == "fix" ? fix_tip : undo_tip)->click();
+            tip_button(run == "fix" ? fix_tip : undo_tip)->click();
         QVERIFY(window); // still there when the run returns
         QVERIFY(!window->isVisible());
         if (run == "load")
             QCOMPARE(rows(), paths.size());
         for (const QString& path : paths)
             if (run != "load")
-                QCOMPARE(test_support::read_back(path).at("ExifIFD:DateTimeOriginal"), expand(run == "fix" ? "@" : "#"));
+                QCOMPARE(read_back(path).at("ExifIFD:DateTimeOriginal"), expand(run == "fix" ? "@" : "#"));
         QTRY_VERIFY(!window);
         QGuiApplication::setQuitOnLastWindowClosed(true);
     }
@@ -675,7 +523,7 @@ private slots:
     void runs_survive_resorting_and_hide_their_dialogs()
     {
         const QStringList paths = six_photos();
-        window = test_support::open_main_window();
+        window = open_main_window();
         window->load_files({});
         for (QProgressDialog* dialog : window->findChildren<QProgressDialog*>())
             QVERIFY(!dialog->isVisible());
@@ -695,39 +543,43 @@ private slots:
         QVERIFY(clicks >= 2);
         QCOMPARE(writes.size(), paths.size());
         for (const QString& path : paths)
-            QCOMPARE(test_support::read_back(path).at("ExifIFD:DateTimeOriginal"), expand("@"));
+            QCOMPARE(read_back(path).at("ExifIFD:DateTimeOriginal"), expand("@"));
         for (QProgressDialog* dialog : window->findChildren<QProgressDialog*>())
             QVERIFY(!dialog->isVisible());
     }
 
 private:
-    // A file of the family its name says, tagged: JPEG and PNG from an image, HEIC by heif-enc
-    // (empty without it), DNG and NEF from a small TIFF, movies and CR3 by hand.
-    QString any_photo(const QString& name, const QString& tags)
-    {
-        if (name.endsWith(".jpg") || name.endsWith(".png"))
-            return test_support::make_tagged_photo(dir->path(), name, test_support::tag_map(expand(tags)));
-        if (name.endsWith(".heic")) {
-            const QString encoder = QStandardPaths::findExecutable("heif-enc");
-            if (encoder.isEmpty())
-                return QString();
-            test_support::run(encoder, {"-q", "50", test_support::make_tagged_photo(dir->path(), "h.png"), "-o", dir->filePath(name)});
-            return tagged(dir->filePath(name), tags);
-        }
-        if (name.endsWith(".dng") || name.endsWith(".nef"))
-            return tagged(test_support::make_tiff(dir->path(), name), tags);
-        return raw_photo(name, tags);
-    }
+    // A file of the family its name says, with `tags`: JPEG and PNG from an image, HEIC by
+    // heif-enc, DNG and NEF from a small TIFF, AVI from bytes, movies and CR3 by hand with movie
+    // dates of 2005:08:11 14:03:54 UTC. A "chunk" puts a text behind a PNG's image. Empty on failure.
     QString photo(const QString& name, const QString& tags)
     {
-        if (name.endsWith(".cr3", Qt::CaseInsensitive))
-            return raw_photo(name, tags);
-        // ExifTool always writes IPTC:TimeCreated with a zone; a zoneless one has it cut from its bytes.
+        exif_tag_map map = tag_map(expand(tags));
+        const QString chunk = map.count("chunk") ? map.at("chunk") : QString();
+        map.erase("chunk");
+        // ExifTool writes IPTC:TimeCreated only with a zone; a zoneless one has it cut from its bytes.
         const QRegularExpressionMatch zoneless = QRegularExpression("IPTC:TimeCreated=([0-9:]+)(;|$)").match(tags);
-        exif_tag_map map = test_support::tag_map(expand(tags));
         if (zoneless.hasMatch())
             map["IPTC:TimeCreated"] += "+00:00";
-        const QString path = test_support::make_tagged_photo(dir->path(), name, map);
+        QString path = dir->filePath(name);
+        if (name.endsWith(".jpg") || name.endsWith(".png")) {
+            path = make_tagged_photo(dir->path(), name);
+        } else if (name.endsWith(".heic")) {
+            if (QStandardPaths::findExecutable("heif-enc").isEmpty())
+                return QString();
+            run(QStandardPaths::findExecutable("heif-enc"), {"-q", "50", make_tagged_photo(dir->path(), "h.png"), "-o", path});
+        } else if (name.endsWith(".dng") || name.endsWith(".nef")) {
+            path = make_tiff(dir->path(), name);
+        } else if (name.endsWith(".avi")) {
+            QFile file(path);
+            if (!file.open(QIODevice::WriteOnly) || file.write(QByteArray("RIFF\x10\0\0\0AVI LIST\x04\0\0\0hdrl", 24)) != 24 || !file.flush()
+                || !file.setFileTime(QDateTime(QDate(2017, 6, 21), QTime(18, 30, 5)), QFileDevice::FileModificationTime))
+                return QString();
+        } else {
+            const QByteArray brand = name.endsWith(".cr3", Qt::CaseInsensitive) ? "crx " : name.endsWith(".m4a") ? "M4A " : "qt  ";
+            path = make_movie(dir->path(), name, brand, QDateTime(QDate(2005, 8, 11), QTime(14, 3, 54), Qt::UTC));
+        }
+        path = tag_file(path, map);
         QFile file(path);
         if (zoneless.hasMatch() && file.open(QIODevice::ReadWrite)) {
             const QByteArray time = zoneless.captured(1).remove(':').toLatin1();
@@ -735,23 +587,8 @@ private:
             file.seek(0);
             file.write(bytes);
         }
-        return path;
-    }
-    // A hand-made movie or raw photo whose movie dates are 2005:08:11 14:03:54 UTC, tagged.
-    QString raw_photo(const QString& name, const QString& tags)
-    {
-        const QByteArray brand = name.endsWith(".cr3", Qt::CaseInsensitive) ? "crx " : name.endsWith(".m4a") ? "M4A " : "qt  ";
-        return tagged(test_support::make_movie(dir->path(), name, brand, QDateTime(QDate(2005, 8, 11), QTime(14, 3, 54), Qt::UTC)),
-                      tags);
-    }
-    // `path` with `tags` written into it by ExifTool; empty if that fails.
-    QString tagged(const QString& path, const QString& tags)
-    {
-        QStringList arguments = {"-overwrite_original", "-m"};
-        for (const auto& [tag, value] : test_support::tag_map(expand(tags)))
-            arguments << QString("-%1=%2").arg(tag, value);
-        if (!tags.isEmpty() && !test_support::run(TAVIMO_EXIFTOOL_SCRIPT, arguments << path).contains("1 image files updated"))
-            return QString();
+        if (!chunk.isEmpty())
+            append_png_text(path, "Comment", chunk.toLatin1());
         return path;
     }
     QStringList six_photos()
@@ -761,21 +598,12 @@ private:
             paths << photo(QString("p%1.jpg").arg(i), "ExifIFD:DateTimeOriginal=#");
         return paths;
     }
-    void load_and_type(const QStringList& paths, const QString& field, const QString& offset, const QString& zone = {})
-    {
-        window = test_support::open_main_window();
-        window->load_files(paths);
-        QTest::keyClicks(window->findChild<QLineEdit*>(field), offset);
-        if (!zone.isEmpty())
-            QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_timezone"), zone);
-    }
-    QPushButton* button(const QString& tool_tip) const { return test_support::button(window, tool_tip); }
     // Presses `tool_tip` and returns the tag lines of every write it sent, one list per file.
     QList<QStringList> press(const QString& tool_tip)
     {
         ondo::exiftool::verbose(true);
-        test_support::log_capture log;
-        button(tool_tip)->click();
+        log_capture log;
+        tip_button(tool_tip)->click();
         ondo::exiftool::verbose(false);
         last_log = log.lines();
 
@@ -821,7 +649,7 @@ int main(int argc, char** argv)
     // Before any date is touched: every expectation above is on the Berlin clock.
     qputenv("TZ", "Europe/Berlin");
     tzset();
-    test_support::use_private_settings();
+    use_private_settings();
     ondo::application<MainWindow> app(argc, argv);
     tst_fix_run test;
     return QTest::qExec(&test, argc, argv);

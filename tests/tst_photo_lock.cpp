@@ -1,5 +1,7 @@
 #include "photo_lock.h"
 
+#include "test_support.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -61,72 +63,56 @@ private slots:
         copies.clear();
     }
 
+    // This copy holds the photo `name`; another asks for `asked` (the photo if empty), a path
+    // beside the photos folder. ExifTool writes the file a link leads to, so a link and its photo
+    // are one. The other copy gets `answer` and, once the photo is given back, its lock; a copy
+    // that died holding it loses it. The lock folder is empty after each release, and the photos
+    // folder holds the photo alone, as it was.
     void a_second_copy_waits_its_turn_data()
     {
         QTest::addColumn<QString>("name");
-        QTest::newRow("plain") << "p.jpg";
-        QTest::newRow("line breaks") << "a\nb\r\n.jpg";
-        QTest::newRow("an option of ExifTool") << "-all=.jpg";
-        QTest::newRow("dashes alone") << "--";
-        QTest::newRow("quotes and spaces") << " 'a' \"b\" .jpg";
-        QTest::newRow("beyond ASCII") << "Grüße 日本.jpg";
+        QTest::addColumn<QString>("asked");
+        QTest::addColumn<QString>("answer");
+        QTest::newRow("plain") << "p.jpg" << "" << "refused";
+        QTest::newRow("line breaks") << "a\nb\r\n.jpg" << "" << "refused";
+        QTest::newRow("an option of ExifTool") << "-all=.jpg" << "" << "refused";
+        QTest::newRow("dashes alone") << "--" << "" << "refused";
+        QTest::newRow("quotes and spaces") << " 'a' \"b\" .jpg" << "" << "refused";
+        QTest::newRow("beyond ASCII") << "Grüße 日本.jpg" << "" << "refused";
+        QTest::newRow("a link to it") << "p.jpg" << "link.jpg" << "refused";
+        QTest::newRow("a detour to it") << "p.jpg" << "photos/../photos/./p.jpg" << "refused";
+        QTest::newRow("another photo") << "p.jpg" << "q.jpg" << "held";
+        QTest::newRow("a photo not there") << "p.jpg" << "gone.jpg" << "held";
     }
 
-    // Another copy is refused while this one holds a photo and gets it once it is given back; a
-    // copy that died holding it loses it. The lock folder is empty after each release, and the
-    // photo's folder holds the photo alone, as it was.
     void a_second_copy_waits_its_turn()
     {
         QFETCH(QString, name);
-        const QString photo = make_photo(name);
+        QFETCH(QString, asked);
+        QFETCH(QString, answer);
+        const QString photo = make_photo(name), other = asked.isEmpty() ? photo : dir->filePath(asked);
+        QVERIFY(QFile::link(photo, dir->filePath("link.jpg")) && QFile::copy(photo, dir->filePath("q.jpg")));
         {
             const auto lock = photo_lock::try_lock(photo, folder);
             QVERIFY(lock);
-            QCOMPARE(other_copy({photo}), QStringList({"refused"}));
-            QVERIFY(!photo_lock::try_lock(photo, folder));
+            QCOMPARE(other_copy({other}), QStringList({answer}));
+            QCOMPARE(bool(photo_lock::try_lock(other, folder)), answer == "held");
         }
         QCOMPARE(lock_files().size(), 0);
-        QCOMPARE(other_copy({photo}), QStringList({"held"}));
+        QCOMPARE(other_copy({other}), QStringList({"held"}));
 
-        QProcess* dying = start_copy({photo});
-        QVERIFY(dying && answers(dying, 1) == QStringList({"held"}));
-        QVERIFY(!photo_lock::try_lock(photo, folder));
+        QProcess* dying = start_copy({other});
+        QVERIFY(answers(dying, 1) == QStringList({"held"}));
+        QCOMPARE(bool(photo_lock::try_lock(photo, folder)), answer == "held");
         dying->kill();
         QVERIFY(dying->waitForFinished());
         QCOMPARE(lock_files().size(), 1);
-        QVERIFY(photo_lock::try_lock(photo, folder));
+        QVERIFY(photo_lock::try_lock(other, folder));
         QCOMPARE(lock_files().size(), 0);
 
         const QDir photos(dir->filePath("photos"));
-        QCOMPARE(photos.entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot),
-            QStringList({name}));
-        QFile file(photo);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(file.readAll(), QByteArray("photo"));
-    }
-
-    void what_shares_a_lock_data()
-    {
-        QTest::addColumn<QString>("asked");
-        QTest::addColumn<QString>("answer");
-        QTest::newRow("the same path") << "photos/p.jpg" << "refused";
-        QTest::newRow("a link to it") << "link.jpg" << "refused";
-        QTest::newRow("a detour to it") << "photos/../photos/./p.jpg" << "refused";
-        QTest::newRow("another photo") << "photos/q.jpg" << "held";
-        QTest::newRow("a photo not there") << "photos/gone.jpg" << "held";
-    }
-
-    // ExifTool writes the file a link leads to, so a link and its photo are one.
-    void what_shares_a_lock()
-    {
-        QFETCH(QString, asked);
-        QFETCH(QString, answer);
-        const QString photo = make_photo("p.jpg");
-        make_photo("q.jpg");
-        QVERIFY(QFile::link(photo, dir->filePath("link.jpg")));
-        const auto lock = photo_lock::try_lock(photo, folder);
-        QVERIFY(lock);
-        QCOMPARE(other_copy({dir->filePath(asked)}), QStringList({answer}));
+        QCOMPARE(photos.entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot), QStringList({name}));
+        QCOMPARE(test_support::contents(photo), QByteArray("photo"));
     }
 
     // A hundred locks at once; a copy that died holding them leaves their files, which go at the
@@ -135,12 +121,12 @@ private slots:
     {
         const QString live = make_photo("live.jpg");
         QProcess* living = start_copy({live});
-        QVERIFY(living && answers(living, 1) == QStringList({"held"}));
+        QVERIFY(answers(living, 1) == QStringList({"held"}));
         QStringList photos;
         for (int i = 0; i < 100; ++i)
             photos << make_photo(QString("p%1.jpg").arg(i));
         QProcess* dying = start_copy(photos);
-        QVERIFY(dying && answers(dying, 100).count("held") == 100);
+        QVERIFY(answers(dying, 100).count("held") == 100);
         QCOMPARE(other_copy(photos.mid(98)), QStringList({"refused", "refused"}));
         dying->kill();
         QVERIFY(dying->waitForFinished());
@@ -189,34 +175,25 @@ private:
         QStringList arguments = {hold_mode, folder.toUtf8().toHex()};
         for (const QString& path : paths)
             arguments << path.toUtf8().toHex();
-        auto* copy = new QProcess;
-        copies << copy;
-        copy->setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        copy->start(QCoreApplication::applicationFilePath(), arguments);
-        return copy->waitForStarted() ? copy : nullptr;
+        copies << new QProcess;
+        copies.last()->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        copies.last()->start(QCoreApplication::applicationFilePath(), arguments);
+        copies.last()->waitForStarted(); // one that didn't start gives no answers
+        return copies.last();
     }
 
     // Its first `count` answers, once they are all there.
     QStringList answers(QProcess* copy, int count)
     {
         QByteArray out;
-        const bool all = QTest::qWaitFor([&] {
-            out += copy->readAllStandardOutput();
-            return out.count('\n') >= count;
-        }, 10000);
-        if (!all)
-            return {};
-        QStringList lines = QString::fromLatin1(out).split('\n');
-        lines.removeAll(QString());
-        return lines;
+        const auto all = [&] { return (out += copy->readAllStandardOutput()).count('\n') >= count; };
+        return QTest::qWaitFor(all, 10000) ? QString::fromLatin1(out).split('\n', Qt::SkipEmptyParts) : QStringList();
     }
 
     // What a copy that asks for `paths` is told; it ends at once, giving back what it got.
     QStringList other_copy(const QStringList& paths)
     {
         QProcess* copy = start_copy(paths);
-        if (!copy)
-            return {};
         const QStringList told = answers(copy, paths.size());
         copy->closeWriteChannel();
         copy->waitForFinished();

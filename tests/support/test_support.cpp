@@ -4,6 +4,7 @@
 #include "table_data_model.h"
 
 #include <ondo/application.h>
+#include <ondo/language.h>
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -15,6 +16,8 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <QLoggingCategory>
 #include <QMessageBox>
 #include <mutex>
@@ -28,10 +31,29 @@
 #include <QTest>
 #include <QThread>
 #include <QTimer>
+#include <QTranslator>
 
 #include <cstdio>
 
 namespace test_support {
+
+namespace {
+
+QStringList tag_arguments(const exif_tag_map& tags)
+{
+    QStringList arguments = {"-overwrite_original", "-m", "-charset", "filename=utf8"};
+    for (const auto& [tag, value] : tags)
+        arguments << QString("-%1=%2").arg(tag, value);
+    return arguments;
+}
+
+QByteArray be32(quint32 v)
+{
+    const char bytes[4] = {char(v >> 24), char(v >> 16), char(v >> 8), char(v)};
+    return QByteArray(bytes, 4);
+}
+
+} // namespace
 
 QString run(const QString& program, const QStringList& arguments)
 {
@@ -51,6 +73,13 @@ exif_tag_map tag_map(const QString& pairs)
     return tags;
 }
 
+QString tag_file(const QString& path, const exif_tag_map& tags)
+{
+    if (tags.empty() || path.isEmpty())
+        return path;
+    return run(TAVIMO_EXIFTOOL_SCRIPT, tag_arguments(tags) << path).contains("1 image files updated") ? path : QString();
+}
+
 QString make_tagged_photo(const QString& dir, const QString& name, const exif_tag_map& tags)
 {
     const QString path = QDir(dir).absoluteFilePath(name);
@@ -58,12 +87,7 @@ QString make_tagged_photo(const QString& dir, const QString& name, const exif_ta
     image.fill(QColor(90, 120, 150));
     if (!image.save(path))
         qFatal("cannot save %s", qPrintable(path));
-    if (tags.empty())
-        return path;
-    QStringList arguments = {"-overwrite_original", "-m", "-charset", "filename=utf8"};
-    for (const auto& [tag, value] : tags)
-        arguments << QString("-%1=%2").arg(tag, value);
-    if (!run(TAVIMO_EXIFTOOL_SCRIPT, arguments << path).contains("1 image files updated"))
+    if (tag_file(path, tags).isEmpty())
         qFatal("exiftool could not tag %s", qPrintable(path));
     return path;
 }
@@ -75,10 +99,6 @@ void append_png_text(const QString& path, const QByteArray& keyword, const QByte
         qFatal("cannot open %s", qPrintable(path));
     QByteArray png = file.readAll();
     const int end = png.lastIndexOf("IEND") - 4; // the chunk's length field
-    auto be32 = [](quint32 v) {
-        const char bytes[4] = {char(v >> 24), char(v >> 16), char(v >> 8), char(v)};
-        return QByteArray(bytes, 4);
-    };
     const QByteArray body = "tEXt" + keyword + '\0' + text;
     quint32 crc = 0xFFFFFFFFu; // the CRC-32 of PNG, over type and data
     for (const char byte : body) {
@@ -121,10 +141,6 @@ QString make_tiff(const QString& dir, const QString& name)
 
 QString make_movie(const QString& dir, const QString& name, const QByteArray& brand, const QDateTime& utc)
 {
-    auto be32 = [](quint32 v) {
-        const char bytes[4] = {char(v >> 24), char(v >> 16), char(v >> 8), char(v)};
-        return QByteArray(bytes, 4);
-    };
     auto atom = [&](const char* type, const QByteArray& body) { return be32(quint32(body.size() + 8)) + type + body; };
     // QuickTime counts seconds from 1904, in UTC.
     const quint32 when = quint32(QDateTime(QDate(1904, 1, 1), QTime(0, 0), Qt::UTC).secsTo(utc));
@@ -165,6 +181,17 @@ exif_tag_map read_back(const QString& path)
     return tags;
 }
 
+QString original_time(const QString& path)
+{
+    return read_back(path)["ExifIFD:DateTimeOriginal"];
+}
+
+QByteArray contents(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 QStringList listing(const QString& path)
 {
     static const QRegularExpression own("^-(System:File(Access|InodeChange)Date|"
@@ -177,18 +204,28 @@ QStringList listing(const QString& path)
     return kept;
 }
 
+QMap<QString, QJsonObject> listings(const QString& folder)
+{
+    QMap<QString, QJsonObject> result;
+    const QByteArray json =
+        run(TAVIMO_EXIFTOOL_SCRIPT, {"-G1", "-a", "-j", "-i", "HIDDEN", "-charset", "filename=utf8", folder}).toUtf8();
+    for (const QJsonValue& file : QJsonDocument::fromJson(json).array()) {
+        QJsonObject tags = file.toObject();
+        for (const char* moving : {"System:FileAccessDate", "System:FileInodeChangeDate", "ExifTool:ExifToolVersion"})
+            tags.remove(moving);
+        result.insert(QFileInfo(tags.value("SourceFile").toString()).fileName(), tags);
+    }
+    return result;
+}
+
 void tag_files(const QList<QPair<QString, exif_tag_map>>& files)
 {
     // An argument file of one block per file, each ended by -execute.
     QTemporaryFile arguments;
     if (!arguments.open())
         qFatal("cannot write an argument file");
-    for (const auto& [path, tags] : files) {
-        QStringList block = {"-overwrite_original", "-m", "-charset", "filename=utf8"};
-        for (const auto& [tag, value] : tags)
-            block << QString("-%1=%2").arg(tag, value);
-        arguments.write((block << path << "-execute").join('\n').toUtf8() + '\n');
-    }
+    for (const auto& [path, tags] : files)
+        arguments.write((tag_arguments(tags) << path << "-execute").join('\n').toUtf8() + '\n');
     arguments.close();
     const QString out = run(TAVIMO_EXIFTOOL_SCRIPT, {"-@", arguments.fileName()});
     if (out.count("1 image files updated") != files.size())
@@ -330,6 +367,22 @@ QSharedPointer<seen_box> answer_next_box(const QString& wanted, std::function<vo
     });
     timer->start(10);
     return seen;
+}
+
+QSharedPointer<seen_box> click_answering(QWidget* window, const QString& tool_tip, const QString& answer)
+{
+    const auto seen = answer_next_box(answer);
+    button(window, tool_tip)->click();
+    seen->cancelled = true;
+    return seen;
+}
+
+installed_language::installed_language(const QString& language) : translators(ondo::install_translators(language)) {}
+
+installed_language::~installed_language()
+{
+    for (QTranslator* translator : translators)
+        QCoreApplication::removeTranslator(translator);
 }
 
 log_capture::log_capture()

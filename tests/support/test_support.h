@@ -2,6 +2,8 @@
 
 #include <ondo/exiftool.h>
 
+#include <QJsonObject>
+#include <QMap>
 #include <QPair>
 #include <QSharedPointer>
 #include <QStringList>
@@ -11,17 +13,24 @@
 class MainWindow;
 class QDateTime;
 class QDialog;
+class QTranslator;
 class QPushButton;
 class QUrl;
 class QWidget;
 
 namespace test_support {
 
+inline const QString fix_tip = "Apply changes to the timestamps of the images";
+inline const QString undo_tip = "Undo the last set of timestamp changes";
+
 // Standard output of `program` run to its end.
 QString run(const QString& program, const QStringList& arguments);
 
 // "IFD0:Make=Canon;IFD0:Model=EOS" as a map.
 exif_tag_map tag_map(const QString& pairs);
+
+// `path` with `tags` written into it by the real ExifTool; empty when that fails.
+QString tag_file(const QString& path, const exif_tag_map& tags);
 
 // A small image saved as `dir`/`name` (jpg or png by suffix), tagged by the real ExifTool.
 QString make_tagged_photo(const QString& dir, const QString& name, const exif_tag_map& tags = {});
@@ -39,10 +48,16 @@ QString make_movie(const QString& dir, const QString& name, const QByteArray& br
 
 // Every tag of `path`, keyed with its group.
 exif_tag_map read_back(const QString& path);
+QString original_time(const QString& path); // its ExifIFD:DateTimeOriginal
+QByteArray contents(const QString& path);   // empty when it can't be read
 
 // Every line of `exiftool -G1 -a -args -sort` for `path` but for what moves by itself: access
 // and inode change times, ExifTool's own lines and the offsets of data blocks.
 QStringList listing(const QString& path);
+
+// Every tag of each file in `folder` by file name, but those that move by themselves; hidden
+// names are left out, as a killed run leaves the private names of its writes until the next start.
+QMap<QString, QJsonObject> listings(const QString& folder);
 
 // Writes each file's tags (one-line values) in a single ExifTool run, far faster than a run per
 // file; fatal when a file is not updated.
@@ -69,6 +84,18 @@ struct seen_box {
 // Answers the next modal dialog from a timer with a button text or "close"; `prepare` runs first.
 QSharedPointer<seen_box> answer_next_box(const QString& answer, std::function<void(QDialog*)> prepare = {},
     int timeout_ms = 10000);
+// Clicks the button of `tool_tip` with `answer` armed for a box that may come, which the return tells.
+QSharedPointer<seen_box> click_answering(QWidget* window, const QString& tool_tip, const QString& answer);
+
+// The program's catalogues of `language`, installed while it lives.
+class installed_language {
+public:
+    explicit installed_language(const QString& language);
+    ~installed_language();
+
+private:
+    QList<QTranslator*> translators;
+};
 
 // Collects the messages of the category "exiftool" while it lives.
 class log_capture {

@@ -7,9 +7,12 @@
 #include <ondo/exiftool.h>
 
 #include <QDir>
+#include <QLineEdit>
 #include <QObject>
 #include <QPointer>
+#include <QPushButton>
 #include <QTemporaryDir>
+#include <QTest>
 
 #include <memory>
 
@@ -35,6 +38,24 @@ private slots:
     void cleanupTestCase() { ondo::exiftool::shutdown(false); }
 
 protected:
+    // Opens the window on `paths` and types `offset` into `field` and `zone` into the zone field.
+    void open_with(const QStringList& paths, const QString& zone = {}, const QString& field = "lineedit_hour",
+        const QString& offset = "1")
+    {
+        window = open_main_window();
+        window->load_files(paths);
+        QTest::keyClicks(window->findChild<QLineEdit*>(field), offset);
+        if (!zone.isEmpty())
+            QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_timezone"), zone);
+    }
+    QPushButton* tip_button(const QString& tool_tip) const { return button(window, tool_tip); }
+    QSharedPointer<seen_box> click_answering(const QString& tool_tip, const QString& answer)
+    {
+        return test_support::click_answering(window, tool_tip, answer);
+    }
+    // The journals of runs not yet ended.
+    static QStringList journals() { return QDir(undo_journal::default_folder()).entryList({"*.journal"}, QDir::Files); }
+
     QPointer<MainWindow> window;
     std::unique_ptr<QTemporaryDir> dir;
 };
