@@ -169,6 +169,9 @@ private slots:
         de("menu", "MainWindow", "Set the correct time of this photo…", "Richtige Zeit dieses Fotos einstellen…");
         de("not loaded", "MainWindow", "Not loaded", "Nicht geladen");
         de("known-time dialog", "dialog_correct_time", "Correct time:", "Richtige Zeit:");
+        de("include companions", "MainWindow", "Include them", "Einbeziehen");
+        de("loaded files only", "MainWindow", "Only the loaded files", "Nur die geladenen Dateien");
+        de("sidecars", "run_note", "%1 and %2 changed.", "%1 und %2 geändert.");
         de("usage", "command_line", "[FILE|FOLDER]...", "[DATEI|ORDNER]...");
         de("Qt's wrong option", "QCommandLineParser", "Unknown option '%1'.", "Unbekannte Option '%1'.");
         // The same source text in two catalogues, each with its own words.
