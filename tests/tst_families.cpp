@@ -8,7 +8,6 @@
 
 #include <ondo/application.h>
 #include <ondo/exiftool.h>
-#include <ondo/language.h>
 
 #include <QLabel>
 #include <QLineEdit>
@@ -16,7 +15,6 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTableView>
-#include <QTranslator>
 #include <QtTest>
 
 #include <ctime>
@@ -24,8 +22,6 @@
 
 namespace {
 
-const QString fix_tip = "Apply changes to the timestamps of the images";
-const QString undo_tip = "Undo the last set of timestamp changes";
 const QString taken = "2017:06:21 18:30:05";
 
 // A RAW shooter's folder: a DNG with both forms of sidecar, a NEF with its darktable-style
@@ -73,7 +69,7 @@ int crash_after_the_writes(int argc, char** argv)
             if (value >= rows)
                 ::_exit(0);
         });
-    test_support::button(window, fix_tip)->click();
+    test_support::button(window, test_support::fix_tip)->click();
     return 3;
 }
 
@@ -175,13 +171,8 @@ private slots:
             before[name] = test_support::listing(dir->filePath(name));
             tags_before[name] = test_support::read_back(dir->filePath(name));
         }
-        window = test_support::open_main_window();
-        window->load_files({dir->filePath("IMG_1001.dng"), dir->filePath("DSC_2002.NEF"), dir->filePath("DSC_3003.NEF")});
-        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
-        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_timezone"), "2");
-
-        const auto asked = test_support::answer_next_box("Include them");
-        test_support::button(window, fix_tip)->click();
+        open_with({dir->filePath("IMG_1001.dng"), dir->filePath("DSC_2002.NEF"), dir->filePath("DSC_3003.NEF")}, "2");
+        const auto asked = click_answering(test_support::fix_tip, "Include them");
         QVERIFY(asked->answered);
         QVERIFY2(asked->text.startsWith("1 file taken together with the loaded photos was left out"), qPrintable(asked->text));
         QVERIFY(asked->text.contains("DSC_3003.JPG"));
@@ -214,7 +205,7 @@ private slots:
                      tags_before[name].count("XMP-x:XMPToolkit") ? tags_before[name].at("XMP-x:XMPToolkit") : QString());
         }
 
-        test_support::button(window, undo_tip)->click();
+        tip_button(test_support::undo_tip)->click();
         for (const QString& name : files)
             QCOMPARE(test_support::listing(dir->filePath(name)), before[name]);
     }
@@ -244,13 +235,9 @@ private slots:
         make_folder({photo, sidecar});
         const QString xmp = dir->filePath("a.nef.xmp");
         const QStringList before = test_support::listing(xmp) + test_support::listing(dir->filePath("a.nef"));
-        window = test_support::open_main_window();
-        window->load_files({dir->filePath("a.nef")});
-        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
-        const auto asked = test_support::answer_next_box(answer.isEmpty() ? "close" : answer);
-        test_support::button(window, fix_tip)->click();
+        open_with({dir->filePath("a.nef")});
+        const auto asked = click_answering(test_support::fix_tip, answer.isEmpty() ? "close" : answer);
         if (answer.isEmpty()) {
-            asked->cancelled = true;
             QVERIFY(!asked->answered);
             QCOMPARE(test_support::read_back(dir->filePath("a.nef")).at("ExifIFD:DateTimeOriginal"), "2017:06:21 19:30:05");
             return;
@@ -272,12 +259,9 @@ private slots:
         make_folder({family_folder[0], family_folder[2]});
         const QString photo = dir->filePath("IMG_1001.dng"), xmp = dir->filePath("IMG_1001.dng.xmp");
         const QStringList before = test_support::listing(photo);
-        window = test_support::open_main_window();
-        window->load_files({photo});
+        open_with({photo});
         QVERIFY(QFile::remove(xmp) && QDir().mkdir(xmp));
-        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
-        const auto failed = test_support::answer_next_box("Keep changes");
-        test_support::button(window, fix_tip)->click();
+        const auto failed = click_answering(test_support::fix_tip, "Keep changes");
         QVERIFY(failed->answered);
         QVERIFY2(failed->text.contains(xmp + " (changed since it was loaded)"), qPrintable(failed->text));
         QCOMPARE(test_support::listing(photo), before);
@@ -360,8 +344,7 @@ int main(int argc, char** argv)
     qputenv("XDG_DATA_HOME", state.path().toLocal8Bit());
     ondo::application<MainWindow> app(argc, argv);
     // The English catalogue, for the singular forms the user reads.
-    for (QTranslator* translator : ondo::install_translators("en"))
-        QCoreApplication::installTranslator(translator);
+    const test_support::installed_language english("en");
     tst_families test;
     return QTest::qExec(&test, argc, argv);
 }
