@@ -327,9 +327,9 @@ ondo::progress_dialog* MainWindow::make_progress_dialog(const QString& label, bo
     dialog->setWindowTitle(tr("Please Wait"));
     dialog->setLabelText(label);
     dialog->setProperty("plain_label", label);
-    // Only the Stop button of the stall notice stops ExifTool. A load's Stop (its button, Escape, or
-    // the dialog itself closed, as a quit by signal closes every window) ends the load after the
-    // file under way; the reads queued ahead that no child has begun are dropped.
+    // Only the Stop button of the stall notice stops ExifTool. A load's Stop (its button, or the
+    // dialog itself closed, as a quit by signal closes every window) ends the load after the file
+    // under way; the reads queued ahead that no child has begun are dropped.
     connect(dialog, &QProgressDialog::canceled, this, [this, stoppable] {
         if (!ui->centralWidget->isEnabled()) {
             stop_exiftool(ondo::exiftool::time_limit() / 2);
