@@ -34,6 +34,7 @@
 #include <QIcon>
 #include <QProgressBar>
 #include <QShortcut>
+#include <QSignalBlocker>
 #include <QStandardPaths>
 #include <QStyleFactory>
 #include <QTimer>
@@ -308,8 +309,11 @@ void MainWindow::setup_tableview()
     ondo::style_scrollbars(ui->tableView);
 
     // The model refuses some columns (the computed one); the indicator follows what it really did.
-    connect(model, &table_data_model::sort_order_override, this,
-            [header](int column, Qt::SortOrder order) { header->setSortIndicator(column, order); });
+    // Quietly: the view would sort again by the column the rows are already sorted by.
+    connect(model, &table_data_model::sort_order_override, this, [header](int column, Qt::SortOrder order) {
+        const QSignalBlocker quiet(header);
+        header->setSortIndicator(column, order);
+    });
 
     header->setSortIndicator(0, Qt::AscendingOrder);
 }
