@@ -94,6 +94,16 @@ double floor_ms(const QStringList& paths, int cores,
     return clock.nsecsElapsed() / 1e6;
 }
 
+// `paths` one a line in a file at `path`, for ExifTool's -@: tens of thousands of names don't fit
+// on a command line. Returns `path`.
+QString names_file(const QStringList& paths, const QString& path)
+{
+    QFile names(path);
+    names.open(QIODevice::WriteOnly);
+    names.write((paths.join('\n') + '\n').toUtf8());
+    return path;
+}
+
 // ExifTool alone writing each file's own values, as a fix must: a stay-open ExifTool reads one
 // command per file from a file of commands, so that no program stands between.
 QStringList own_values_arguments(const QStringList& share, const std::function<QDateTime(const QString&)>& time_of,
@@ -339,8 +349,9 @@ int main(int argc, char** argv)
 
     // The same options the bridge reads with, over the same files.
     double floor_cpu = ended_children_cpu_ms();
-    const double load_floor = floor_ms(paths, cores, [](const QStringList& share, int) {
-        return QStringList{"-charset", "filename=utf8", "-args", "-sort", "-G1", "-a", "-fast"} + share;
+    const double load_floor = floor_ms(paths, cores, [&](const QStringList& share, int core) {
+        return QStringList{"-charset", "filename=utf8", "-args", "-sort", "-G1", "-a", "-fast", "-@",
+                           names_file(share, QDir(floor_dir.path()).filePath(QString("load_%1.args").arg(core)))};
     });
     const double load_floor_cpu = ended_children_cpu_ms() - floor_cpu;
     std::printf("load through the window: %.3f ms per file, floor %.3f, ratio %.2f (goal: at most 1.2)\n",
@@ -371,8 +382,9 @@ int main(int argc, char** argv)
 
     // The same lines a fix run sends for such a file: one value for all, then each file's own.
     floor_cpu = ended_children_cpu_ms();
-    const double fix_floor = floor_ms(floor_paths, cores, [](const QStringList& share, int) {
-        return QStringList{"-q"} + fix_lines(recorded(0)) + share;
+    const double fix_floor = floor_ms(floor_paths, cores, [&](const QStringList& share, int core) {
+        return QStringList{"-q"} + fix_lines(recorded(0))
+            + QStringList{"-@", names_file(share, QDir(floor_dir.path()).filePath(QString("fix_%1.args").arg(core)))};
     });
     const double fix_floor_cpu = ended_children_cpu_ms() - floor_cpu;
     floor_cpu = ended_children_cpu_ms();
