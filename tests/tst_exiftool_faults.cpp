@@ -107,12 +107,13 @@ private slots:
             perl.rule("deaf");
         ondo::next_task_id = 0;
         ondo::exiftool::set_time_limit(300);
-        // Clicks Stop once the stall notice offers it.
+        // Clicks Stop once the stall notice offers it; the load's own Stop is there all along.
         QTimer stopper;
         connect(&stopper, &QTimer::timeout, &stopper, [this] {
             for (QProgressDialog* dialog : window ? window->findChildren<QProgressDialog*>() : QList<QProgressDialog*>())
                 for (QPushButton* stop : dialog->findChildren<QPushButton*>())
-                    if (dialog->isVisible() && stop->isVisible() && stop->text() == "Stop")
+                    if (dialog->isVisible() && dialog->labelText().startsWith("ExifTool is still working")
+                        && stop->isVisible() && stop->text() == "Stop")
                         stop->click();
         });
         stopper.start(50);

@@ -34,10 +34,12 @@
 #include <QIcon>
 #include <QProgressBar>
 #include <QShortcut>
+#include <QSignalBlocker>
 #include <QStandardPaths>
 #include <QStyleFactory>
 #include <QTimer>
 #include <QUrl>
+#include <QWindow>
 
 #include <vector>
 
@@ -62,6 +64,43 @@ ondo::button_dark* make_button(QWidget* parent, int width, int height, const QSt
     button->setFocusPolicy(Qt::TabFocus);
     return button;
 }
+
+// While it lives, no user input reaches `window` or anything in it; its dialogs, which are
+// windows of their own, and other windows take input as ever. A load lets every event through
+// so that its Stop can be pressed, while the table, the panels and the shortcuts stay as they
+// are. Not done with a modal progress dialog: boxes that come up meanwhile must stay the modal ones.
+class input_held_from : public QObject {
+public:
+    explicit input_held_from(QWidget* window) : window(window) { QCoreApplication::instance()->installEventFilter(this); }
+    ~input_held_from() override { QCoreApplication::instance()->removeEventFilter(this); }
+
+protected:
+    bool eventFilter(QObject* receiver, QEvent* event) override
+    {
+        switch (event->type()) {
+        case QEvent::MouseButtonPress: case QEvent::MouseButtonRelease: case QEvent::MouseButtonDblClick:
+        case QEvent::MouseMove: case QEvent::Wheel: case QEvent::KeyPress: case QEvent::KeyRelease:
+        case QEvent::ShortcutOverride: case QEvent::Shortcut: case QEvent::ContextMenu: case QEvent::InputMethod:
+        case QEvent::TouchBegin: case QEvent::TouchUpdate: case QEvent::TouchEnd: case QEvent::TouchCancel:
+        case QEvent::TabletPress: case QEvent::TabletMove: case QEvent::TabletRelease: case QEvent::NativeGesture:
+        case QEvent::Gesture: case QEvent::DragEnter: case QEvent::DragMove: case QEvent::Drop:
+            break;
+        default:
+            return false;
+        }
+        // Input comes to the native window first, then to its widgets; shortcuts and actions get
+        // theirs as plain objects, owned by a widget.
+        if (auto* handle = qobject_cast<QWindow*>(receiver))
+            return handle == window->windowHandle();
+        for (QObject* owner = receiver; owner; owner = owner->parent())
+            if (owner->isWidgetType())
+                return static_cast<QWidget*>(owner)->window() == window;
+        return false;
+    }
+
+private:
+    QWidget* const window;
+};
 
 } // namespace
 
@@ -270,8 +309,11 @@ void MainWindow::setup_tableview()
     ondo::style_scrollbars(ui->tableView);
 
     // The model refuses some columns (the computed one); the indicator follows what it really did.
-    connect(model, &table_data_model::sort_order_override, this,
-            [header](int column, Qt::SortOrder order) { header->setSortIndicator(column, order); });
+    // Quietly: the view would sort again by the column the rows are already sorted by.
+    connect(model, &table_data_model::sort_order_override, this, [header](int column, Qt::SortOrder order) {
+        const QSignalBlocker quiet(header);
+        header->setSortIndicator(column, order);
+    });
 
     header->setSortIndicator(0, Qt::AscendingOrder);
 }
@@ -281,21 +323,29 @@ void MainWindow::setup_drop_files_widget()
     connect(ui->widget_dropper, &drop_files_widget::files_dropped, this, &MainWindow::load_files);
 }
 
-ondo::progress_dialog* MainWindow::make_progress_dialog(const QString& label)
+ondo::progress_dialog* MainWindow::make_progress_dialog(const QString& label, bool stoppable)
 {
     auto* dialog = new ondo::progress_dialog(this, Qt::WindowFlags());
-    // Neither help nor close: a run can't be cancelled.
+    // Neither help nor close: a fix or undo can't be cancelled, and a load has its own Stop.
     dialog->setWindowFlags(dialog->windowFlags() ^ (Qt::WindowContextHelpButtonHint | Qt::WindowCloseButtonHint));
     dialog->setWindowTitle(tr("Please Wait"));
     dialog->setLabelText(label);
     dialog->setProperty("plain_label", label);
-    // Only the Stop button of the stall notice stops ExifTool; a dialog closed with the window
-    // also says canceled.
-    connect(dialog, &QProgressDialog::canceled, this, [this] {
-        if (!ui->centralWidget->isEnabled())
+    // Only the Stop button of the stall notice stops ExifTool. A load's Stop (its button, or the
+    // dialog itself closed, as a quit by signal closes every window) ends the load after the file
+    // under way; the reads queued ahead that no child has begun are dropped.
+    connect(dialog, &QProgressDialog::canceled, this, [this, stoppable] {
+        if (!ui->centralWidget->isEnabled()) {
             stop_exiftool(ondo::exiftool::time_limit() / 2);
+        } else if (stoppable) {
+            stop_requested = true;
+            ondo::exiftool::drop_unsent();
+        }
     });
-    dialog->setCancelButton(nullptr);
+    if (stoppable)
+        dialog->setCancelButtonText(tr("Stop"));
+    else
+        dialog->setCancelButton(nullptr);
     dialog->setMinimumDuration(0);
     dialog->setFixedSize(static_cast<int>(dialog->width() * 1.2), dialog->height());
     dialog->setProperty("plain_size", dialog->size());
@@ -307,11 +357,14 @@ ondo::progress_dialog* MainWindow::make_progress_dialog(const QString& label)
     return dialog;
 }
 
-void MainWindow::setup_tavimo_progress_dialog() { tavimo_progress_dialog = make_progress_dialog(tr("Fixing time")); }
+void MainWindow::setup_tavimo_progress_dialog()
+{
+    tavimo_progress_dialog = make_progress_dialog(tr("Fixing time"), false);
+}
 
 void MainWindow::setup_load_images_progress_dialog()
 {
-    load_images_progress_dialog = make_progress_dialog(tr("Loading files"));
+    load_images_progress_dialog = make_progress_dialog(tr("Loading files"), true);
 }
 
 void MainWindow::setup_inter_widget_connections()
@@ -349,6 +402,7 @@ void MainWindow::load_files(QStringList filenames)
     note->clear();
     load_images_progress_dialog->setRange(0, filenames.size());
     load_images_progress_dialog->setValue(0);
+    const input_held_from held(this);
     QCoreApplication::processEvents();
 
     // Reads go out a few files ahead, so that every ExifTool child works while the rows are
@@ -356,21 +410,24 @@ void MainWindow::load_files(QStringList filenames)
     const int ahead = 32;
     int prefetched = 0;
     paint_pacer pacer;
+    bool stopped = false;
     ui->tableView->setUpdatesEnabled(false);
     for (int i = 0; i < filenames.size(); ++i) {
-        // A stopped ExifTool ends the load; what was read so far stays in the table.
-        if (run_ends())
+        // Stop, or a stopped ExifTool, ends the load; what was read so far stays in the table.
+        if (run_ends()) {
+            stopped = true;
             break;
+        }
         for (; prefetched < filenames.size() && prefetched <= i + ahead; ++prefetched)
             model->prefetch(filenames[prefetched]);
         model->add_file(filenames[i], true);
         end_stall_notice();
-        // Keeps the window painted while input waits for the end of the load.
+        // Keeps the window painted and the Stop button pressable; the window's own input is held.
         if (pacer.due(i + 1 == filenames.size())) {
             ui->tableView->setUpdatesEnabled(true);
             load_images_progress_dialog->setValue(i + 1);
             show_pace(load_images_progress_dialog, i + 1, load_clock.elapsed());
-            QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents, 50);
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
             ui->tableView->setUpdatesEnabled(false);
         }
     }
@@ -380,7 +437,7 @@ void MainWindow::load_files(QStringList filenames)
     cameras_changed();
     qInfo().noquote() << QStringLiteral("Load ended: %1 rows added%2, in %3 s")
                              .arg(model->rowCount() - rows_before)
-                             .arg(run_ends() ? QStringLiteral(", stopped") : QString())
+                             .arg(stopped ? QStringLiteral(", stopped") : QString())
                              .arg(load_clock.elapsed() / 1000.0, 0, 'f', 1);
     // An empty list never reaches the maximum that hides the dialog by itself.
     load_images_progress_dialog->reset();
@@ -427,7 +484,9 @@ void MainWindow::end_stall_notice()
     ui->centralWidget->setEnabled(true);
     for (ondo::progress_dialog* dialog : {tavimo_progress_dialog, load_images_progress_dialog}) {
         dialog->setLabelText(dialog->property("plain_label").toString());
-        dialog->setCancelButton(nullptr);
+        // The load's own Stop stays; its text is the stall notice's.
+        if (dialog != load_images_progress_dialog)
+            dialog->setCancelButton(nullptr);
         dialog->setFixedSize(dialog->property("plain_size").toSize());
     }
 }

@@ -102,7 +102,9 @@ private:
     // The present values of the file's time tags, from what was read at load time.
     QList<undo_entry> create_undo_info(const QString& path);
     void save_application_settings();
-    ondo::progress_dialog* make_progress_dialog(const QString& label);
+    // Hidden until a run sets a value. A `stoppable` one has a Stop button that ends the run
+    // before its next file.
+    ondo::progress_dialog* make_progress_dialog(const QString& label, bool stoppable);
     // The undo information on disk (mainwindow_journal.cpp). Before a fix write: is `path` still
     // the file that was loaded, and are its old values on disk? If not, it goes on
     // `failed_files` with the reason and must not be written.

@@ -105,9 +105,12 @@ int compare_qstring_naturally(const QString& a, const QString& b, const QCollato
     while (i < a.size() && j < b.size()) {
         const int end_a = run_end(a, i), end_b = run_end(b, j);
         const QStringView run_a = QStringView(a).mid(i, end_a - i), run_b = QStringView(b).mid(j, end_b - j);
+        // Runs alike to the letter are equal to any collator: the folders that paths share and
+        // the words around the numbers of camera names cost no collation then, which is most
+        // of a large table's sort.
         const int result = is_digit(a.at(i).unicode()) && is_digit(b.at(j).unicode())
             ? compare_numbers(run_a, run_b)
-            : collator.compare(run_a, run_b);
+            : run_a == run_b ? 0 : collator.compare(run_a, run_b);
         if (result != 0)
             return result;
         i = end_a;

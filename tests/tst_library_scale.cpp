@@ -1,0 +1,217 @@
+// A photo library's worth of files through the window, as hard links to one camera JPEG: a long
+// load stopped in the middle keeps what it read and reads nothing more, and a loaded file costs a
+// bounded amount of memory (the real goal is the benchmark's).
+
+#include "mainwindow.h"
+#include "processes.h"
+#include "table_data_model.h"
+#include "test_support.h"
+#include "window_test.h"
+
+#include <ondo/application.h>
+#include <ondo/exiftool.h>
+
+#include <QHeaderView>
+#include <QLineEdit>
+#include <QLoggingCategory>
+#include <QProgressDialog>
+#include <QPushButton>
+#include <QTableView>
+#include <QtTest>
+
+#include <malloc.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <mutex>
+
+namespace {
+
+// Children the bridge runs here, and the files of one read (up to four joined, exiftool_worker.h).
+constexpr int exiftool_children = 2;
+constexpr int files_per_read = 4;
+
+// `count` names in `dir` for one tagged camera JPEG, as hard links, so that thousands of files
+// take little disk; empty if the file system has no links.
+QStringList linked_photos(const QString& dir, int count)
+{
+    const QString photo = test_support::make_tagged_photo(dir, "camera.jpg",
+        test_support::tag_map("ExifIFD:DateTimeOriginal=2019:04:02 10:11:12;IFD0:Make=Velmora;IFD0:Model=Bench 1"));
+    QStringList paths;
+    for (int i = 0; i < count; ++i) {
+        paths << QDir(dir).filePath(QString("IMG_%1.jpg").arg(i, 5, 10, QLatin1Char('0')));
+        if (::link(QFile::encodeName(photo).constData(), QFile::encodeName(paths.last()).constData()) != 0)
+            return {};
+    }
+    return paths;
+}
+
+qint64 resident_bytes()
+{
+    // Freed blocks that malloc still holds would hide what a load keeps.
+    malloc_trim(0);
+    QFile statm("/proc/self/statm");
+    if (!statm.open(QIODevice::ReadOnly))
+        return -1;
+    return statm.readAll().split(' ').value(1).toLongLong() * ::sysconf(_SC_PAGESIZE);
+}
+
+// While it lives: counts the files of `folder` named in the commands sent to ExifTool (from the
+// bridge's debug lines, which it keeps out of the test's output) and keeps the program's own
+// log lines.
+class exiftool_commands {
+public:
+    explicit exiftool_commands(const QString& folder)
+    {
+        exiftool_commands::folder = folder.toUtf8();
+        QLoggingCategory::setFilterRules("exiftool.debug=true");
+        ondo::exiftool::verbose(true);
+        previous = qInstallMessageHandler(handle);
+    }
+    ~exiftool_commands()
+    {
+        ondo::exiftool::verbose(false);
+        QLoggingCategory::setFilterRules("exiftool.debug=false");
+        qInstallMessageHandler(previous);
+    }
+    int files_sent() const { return sent; }
+    QStringList log() const
+    {
+        std::lock_guard<std::mutex> lock(mutex);
+        return lines;
+    }
+
+private:
+    // Called on the worker threads too.
+    static void handle(QtMsgType type, const QMessageLogContext& context, const QString& message)
+    {
+        if (context.category && qstrcmp(context.category, "exiftool") == 0 && type == QtDebugMsg) {
+            if (message.contains("Writing '"))
+                sent += message.toUtf8().count(folder);
+            return;
+        }
+        if (context.category && qstrcmp(context.category, "default") == 0) {
+            std::lock_guard<std::mutex> lock(mutex);
+            lines << message;
+        }
+        previous(type, context, message);
+    }
+    static inline QByteArray folder;
+    static inline std::atomic<int> sent {0};
+    static inline std::mutex mutex;
+    static inline QStringList lines;
+    static inline QtMessageHandler previous = nullptr;
+};
+
+} // namespace
+
+class tst_library_scale : public test_support::window_test {
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { ondo::exiftool::set_pool_size(exiftool_children); }
+
+    // 2,000 files cost at most 16 KB each in this process: far above the 2 KB the benchmark holds
+    // the program to, so that only keeping every tag of every file again, or a leak per file, fails it.
+    void a_loaded_file_costs_little_memory()
+    {
+        const int count = 2000;
+        const QStringList paths = linked_photos(dir->path(), count);
+        QCOMPARE(paths.size(), count);
+        window = test_support::open_main_window();
+        // Starts the children, their threads and the table's first row outside the figure.
+        window->load_files({dir->filePath("camera.jpg")});
+        const qint64 before = resident_bytes();
+        window->load_files(paths);
+        const qint64 growth = resident_bytes() - before;
+        QCOMPARE(table()->model()->rowCount(), count + 1);
+        QVERIFY2(before > 0 && growth <= qint64(count) * 16 * 1024,
+                 qPrintable(QString("%1 bytes a file").arg(growth / count)));
+    }
+
+    // Stop in the middle of a load of 3,000 files: the load ends after the file under way, its rows
+    // stay, what was queued ahead is not read, and the window took no other input meanwhile.
+    void stop_keeps_the_rows_read_so_far()
+    {
+        const QStringList paths = linked_photos(dir->path(), 3000);
+        QCOMPARE(paths.size(), 3000);
+        window = test_support::open_main_window();
+        ondo::exiftool::read_tags(dir->filePath("camera.jpg"), true, false); // the children are up
+        QAbstractItemModel* model = table()->model();
+        auto* hour = window->findChild<QLineEdit*>("lineedit_hour");
+        QProgressDialog* progress = nullptr;
+        for (QProgressDialog* dialog : window->findChildren<QProgressDialog*>())
+            if (dialog->labelText() == "Loading files")
+                progress = dialog;
+        QVERIFY(progress);
+
+        const exiftool_commands commands(dir->path());
+        int rows_at_stop = -1, sent_at_stop = -1;
+        QTimer stopper;
+        connect(&stopper, &QTimer::timeout, &stopper, [&] {
+            if (rows_at_stop >= 0 || model->rowCount() < 300)
+                return;
+            QTest::keyClick(hour, Qt::Key_5);
+            auto* stop = progress->findChild<QPushButton*>();
+            if (!stop || !stop->isVisible() || stop->text() != "Stop")
+                return;
+            rows_at_stop = model->rowCount();
+            sent_at_stop = commands.files_sent();
+            QTest::mouseClick(stop, Qt::LeftButton);
+        });
+        stopper.start(5);
+        window->load_files(paths);
+        stopper.stop();
+
+        QVERIFY(rows_at_stop > 0);
+        QCOMPARE(model->rowCount(), rows_at_stop);
+        QVERIFY(rows_at_stop < paths.size());
+        QCOMPARE(int(exif_cache::instance()->file_tags.size()), rows_at_stop);
+        // What the children had been sent when Stop came is all they read, but for one more read
+        // each that may go out before the drop reaches their worker; after the load nothing. (Left
+        // to go out, the reads queued ahead came to about ten here.)
+        const int sent = commands.files_sent();
+        QVERIFY2(sent - sent_at_stop <= exiftool_children * files_per_read,
+                 qPrintable(QString("%1 files sent after Stop").arg(sent - sent_at_stop)));
+        QTest::qWait(500);
+        QCOMPARE(commands.files_sent(), sent);
+        QCOMPARE(model->rowCount(), rows_at_stop);
+        QCOMPARE(hour->text(), QString());
+        QVERIFY(!progress->isVisible());
+        QCOMPARE(commands.log().filter(QString("Load ended: %1 rows added, stopped, in ").arg(rows_at_stop)).size(), 1);
+
+        ondo::exiftool::shutdown(false);
+        QTRY_COMPARE(test_support::child_of(QCoreApplication::applicationPid()), qint64(0));
+    }
+
+    // A click on the new-time column, which can't be sorted by, leaves the rows and the indicator
+    // as they were without sorting again: at 100,000 rows a sort is felt.
+    void a_refused_column_sorts_nothing()
+    {
+        const QStringList paths = linked_photos(dir->path(), 3);
+        window = test_support::open_main_window();
+        window->load_files(paths);
+        QHeaderView* header = table()->horizontalHeader();
+        QCOMPARE(header->sortIndicatorSection(), 0);
+        QSignalSpy sorts(table()->model(), &QAbstractItemModel::layoutChanged);
+        QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, QPoint(header->sectionViewportPosition(2) + 5, 5));
+        QCOMPARE(sorts.count(), 0);
+        QCOMPARE(header->sortIndicatorSection(), 0);
+        QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, QPoint(header->sectionViewportPosition(1) + 5, 5));
+        QCOMPARE(sorts.count(), 1);
+        QCOMPARE(header->sortIndicatorSection(), 1);
+    }
+
+private:
+    QTableView* table() const { return window->findChild<QTableView*>("tableView"); }
+};
+
+int main(int argc, char** argv)
+{
+    test_support::use_private_settings();
+    ondo::application<MainWindow> app(argc, argv);
+    tst_library_scale test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_library_scale.moc"
