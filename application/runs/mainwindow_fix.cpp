@@ -263,6 +263,9 @@ void MainWindow::on_button_fix_time_clicked()
     QMap<int, QStringList> failures; // by row, so that they are listed in table order
     QVector<QPair<QString, exif_tag_map>> written_values;
     QSet<int> written_rows;
+    // The failures' marks, by path: a row whose file was written and whose sidecar was not keeps
+    // its mark when it shows the file's new time.
+    QVector<QPair<QString, QString>> marks;
     int sidecars_written = 0;
     // Marks the row of `path` (a row's file or its sidecar) with why it failed: what the listing
     // says behind the path.
@@ -272,7 +275,9 @@ void MainWindow::on_button_fix_time_clicked()
         QString reason = listed.mid(path.size()).trimmed();
         if (reason.startsWith(QLatin1Char('(')) && reason.endsWith(QLatin1Char(')')))
             reason = reason.mid(1, reason.size() - 2);
-        model->refresh(path, {}, reason.isEmpty() ? tr("ExifTool could not write it") : reason);
+        const QString mark = reason.isEmpty() ? tr("ExifTool could not write it") : reason;
+        marks.append({path, mark});
+        model->refresh(path, {}, mark);
     };
     int finished = 0;
     paint_pacer pacer;
@@ -428,6 +433,8 @@ void MainWindow::on_button_fix_time_clicked()
             journal->loaded_identity(path).store(cache->file_data[path]);
     }
     written_values.clear();
+    for (const auto& [path, mark] : qAsConst(marks))
+        model->refresh(path, {}, mark);
     ui->widget_time_adjust->clear();
     // The rows now show the corrected times: no camera is off any more.
     model->offsets->clear_corrections();
