@@ -71,8 +71,7 @@ private slots:
     {
         QVERIFY(large.isValid());
         large_photos = test_support::photos(large.path(), 12, true);
-        test_support::run(TAVIMO_EXIFTOOL_SCRIPT, QStringList{"-q", "-overwrite_original", "-ExifIFD:DateTimeOriginal=" + before}
-                                                      + large_photos);
+        restore_large_photos();
         for (const QString& path : large_photos)
             sound[path] = soundness(path);
     }
