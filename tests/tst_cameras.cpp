@@ -450,10 +450,10 @@ private slots:
         QStringList expected;
         for (const QString& path : paths)
             expected << new_time(QFileInfo(path).fileName());
-        test_support::button(window, "Apply changes to the timestamps of the images")->click();
+        tip_button(test_support::fix_tip)->click();
         for (int i = 0; i < paths.size(); ++i)
             QCOMPARE(test_support::read_back(paths[i])["ExifIFD:DateTimeOriginal"], expected[i]);
-        test_support::button(window, "Undo the last set of timestamp changes")->click();
+        tip_button(test_support::undo_tip)->click();
         for (int i = 0; i < paths.size(); ++i)
             QCOMPARE(test_support::listing(paths[i]).join('\n'), listings[i]);
     }

@@ -19,7 +19,6 @@
 #include <QRegularExpression>
 #include <QSettings>
 #include <QTextBrowser>
-#include <QTranslator>
 #include <QTreeView>
 #include <QtTest>
 
@@ -27,16 +26,12 @@ using test_support::answer_next_box;
 
 namespace {
 
-// The catalogues of `lang` installed as main installs them, for one test.
-struct installed_catalogues {
-    explicit installed_catalogues(const QString& lang) : translators(ondo::install_translators(lang)) {}
-    ~installed_catalogues()
-    {
-        for (QTranslator* translator : translators)
-            QCoreApplication::removeTranslator(translator);
-    }
-    QList<QTranslator*> translators;
-};
+// The control key as the help pages name it on this platform, in English and in German.
+#ifdef Q_OS_MACOS
+const QString ctrl_en = "Cmd", ctrl_de = "Cmd";
+#else
+const QString ctrl_en = "Ctrl", ctrl_de = "Strg";
+#endif
 
 QString read_all(const QString& path)
 {
@@ -92,39 +87,32 @@ private slots:
                             "information.\nAll other values except the timezone will work normally.";
         const QString failed = "The following %n files could not be fixed:\n%1\n\n Do you want to keep the changes in "
                                "the other files";
-        auto row = [](const char* name, const char* lang, const char* context, const QString& source, const char* one,
-                      const char* two, const char* also) {
-            QTest::newRow(name) << lang << context << source << one << two << also;
+        // Each text in English, then in German.
+        auto rows = [](const char* name, const char* context, const QString& source, const QStringList& en, const QStringList& de) {
+            QTest::addRow("en %s", name) << "en" << context << source << en.value(0) << en.value(1) << en.value(2);
+            QTest::addRow("de %s", name) << "de" << context << source << de.value(0) << de.value(1) << de.value(2);
         };
-        row("en zoneless", "en", "MainWindow", zoneless, "1 file does not have any timezone information",
-            "2 files do not have any timezone information", "your computer's local timezone");
-        row("de zoneless", "de", "MainWindow", zoneless, "1 Datei hat keine Zeitzoneninformationen",
-            "2 Dateien haben keine Zeitzoneninformationen", "Wenn Sie fortfahren, wird die Zeitzone Ihres Computers");
-        row("en early", "en", "MainWindow", early, "1 file would be assigned", "2 files would be assigned",
-            "a FAT or exFAT memory card");
-        row("de early", "de", "MainWindow", early, "1 Datei würde eine Aufnahmezeit", "2 Dateien würden eine Aufnahmezeit",
-            "Eine FAT- oder exFAT-Speicherkarte");
-        row("en CR3", "en", "MainWindow", cr3, "Trying to alter/set timezone of 1 CR3 image.\n",
-            "Trying to alter/set timezone of 2 CR3 images.\n", "");
-        row("de CR3", "de", "MainWindow", cr3, "Die Zeitzone von 1 Bild im CR3 Format", "Die Zeitzone von 2 Bildern im CR3 Format", "");
-        row("en failed", "en", "MainWindow", failed, "The following file could not be fixed:\n%1",
-            "The following 2 files could not be fixed:\n%1", "");
-        row("de failed", "de", "MainWindow", failed, "Die folgende Datei konnte nicht angepasst werden:\n%1",
-            "Die folgenden 2 Dateien konnten nicht angepasst werden:\n%1", "Möchten Sie");
-        row("en changed", "en", "run_note", "%n photos changed.", "1 photo changed.", "2 photos changed.", "");
-        row("de changed", "de", "run_note", "%n photos changed.", "1 Foto geändert.", "2 Fotos geändert.", "");
-        row("en not changed", "en", "run_note", "%n files could not be changed.", "1 file could not be changed.",
-            "2 files could not be changed.", "");
-        row("de not changed", "de", "run_note", "%n files could not be changed.", "1 Datei konnte nicht geändert werden.",
-            "2 Dateien konnten nicht geändert werden.", "");
-        row("en undone", "en", "run_note", "Undo done: %n photos as before.", "Undo done: 1 photo as before.",
-            "Undo done: 2 photos as before.", "");
-        row("de undone", "de", "run_note", "Undo done: %n photos as before.", "Rückgängig gemacht: 1 Foto wie zuvor.",
-            "Rückgängig gemacht: 2 Fotos wie zuvor.", "");
-        row("en not restored", "en", "run_note", "%n files could not be restored.", "1 file could not be restored.",
-            "2 files could not be restored.", "");
-        row("de not restored", "de", "run_note", "%n files could not be restored.",
-            "1 Datei konnte nicht zurückgesetzt werden.", "2 Dateien konnten nicht zurückgesetzt werden.", "");
+        rows("zoneless", "MainWindow", zoneless,
+             {"1 file does not have any timezone information", "2 files do not have any timezone information",
+              "your computer's local timezone"},
+             {"1 Datei hat keine Zeitzoneninformationen", "2 Dateien haben keine Zeitzoneninformationen",
+              "Wenn Sie fortfahren, wird die Zeitzone Ihres Computers"});
+        rows("early", "MainWindow", early, {"1 file would be assigned", "2 files would be assigned", "a FAT or exFAT memory card"},
+             {"1 Datei würde eine Aufnahmezeit", "2 Dateien würden eine Aufnahmezeit", "Eine FAT- oder exFAT-Speicherkarte"});
+        rows("CR3", "MainWindow", cr3, {"Trying to alter/set timezone of 1 CR3 image.\n", "Trying to alter/set timezone of 2 CR3 images.\n"},
+             {"Die Zeitzone von 1 Bild im CR3 Format", "Die Zeitzone von 2 Bildern im CR3 Format"});
+        rows("failed", "MainWindow", failed, {"The following file could not be fixed:\n%1", "The following 2 files could not be fixed:\n%1"},
+             {"Die folgende Datei konnte nicht angepasst werden:\n%1", "Die folgenden 2 Dateien konnten nicht angepasst werden:\n%1",
+              "Möchten Sie"});
+        rows("changed", "run_note", "%n photos changed.", {"1 photo changed.", "2 photos changed."},
+             {"1 Foto geändert.", "2 Fotos geändert."});
+        rows("not changed", "run_note", "%n files could not be changed.", {"1 file could not be changed.", "2 files could not be changed."},
+             {"1 Datei konnte nicht geändert werden.", "2 Dateien konnten nicht geändert werden."});
+        rows("undone", "run_note", "Undo done: %n photos as before.", {"Undo done: 1 photo as before.", "Undo done: 2 photos as before."},
+             {"Rückgängig gemacht: 1 Foto wie zuvor.", "Rückgängig gemacht: 2 Fotos wie zuvor."});
+        rows("not restored", "run_note", "%n files could not be restored.",
+             {"1 file could not be restored.", "2 files could not be restored."},
+             {"1 Datei konnte nicht zurückgesetzt werden.", "2 Dateien konnten nicht zurückgesetzt werden."});
     }
 
     void counted_texts()
@@ -135,7 +123,7 @@ private slots:
         QFETCH(QString, one_start);
         QFETCH(QString, two_start);
         QFETCH(QString, also);
-        const installed_catalogues catalogues(lang);
+        const test_support::installed_language catalogues(lang);
         const QString one = QCoreApplication::translate(context.toLatin1(), source.toUtf8(), nullptr, 1);
         const QString two = QCoreApplication::translate(context.toLatin1(), source.toUtf8(), nullptr, 2);
         QVERIFY2(one.startsWith(one_start), qPrintable(one));
@@ -184,7 +172,7 @@ private slots:
         QFETCH(QString, lang);
         QFETCH(QString, context);
         QFETCH(QString, source);
-        const installed_catalogues catalogues(lang);
+        const test_support::installed_language catalogues(lang);
         QTEST(QCoreApplication::translate(context.toLatin1(), source.toUtf8()), "expected");
     }
 
@@ -232,7 +220,7 @@ private slots:
         if (lang == "de" && !QFile::exists(ondo::qt_compat::translations_path() + "/qtbase_de.qm"))
             QSKIP("Qt's German catalogue (qttranslations5-l10n) is not installed");
         QSettings().setValue("lang", lang);
-        const installed_catalogues catalogues(lang);
+        const test_support::installed_language catalogues(lang);
         QFile photo(dir->filePath("big.jpg"));
         QVERIFY(photo.open(QIODevice::WriteOnly) && photo.write(QByteArray(10 * 1024 + 500, 'x')));
         photo.close();
@@ -366,7 +354,7 @@ private slots:
         QFETCH(QString, question_start);
         QFETCH(QString, abort);
         QSettings().setValue("lang", lang);
-        const installed_catalogues catalogues(ondo::get_language_suffix("lang"));
+        const test_support::installed_language catalogues(ondo::get_language_suffix("lang"));
         const QString photo = test_support::make_tagged_photo(dir->path(), "early.jpg",
             test_support::tag_map("ExifIFD:DateTimeOriginal=1960:06:21 18:30:05"));
         window = test_support::open_main_window();
@@ -392,13 +380,8 @@ private slots:
     {
         QTest::addColumn<QString>("lang");
         QTest::addColumn<QString>("shows");
-#ifdef Q_OS_MACOS
-        QTest::newRow("de") << "de" << "Cmd + Q oder Alt + F4";
-        QTest::newRow("en") << "en" << "Cmd + O";
-#else
-        QTest::newRow("de") << "de" << "Strg + Q oder Alt + F4";
-        QTest::newRow("en") << "en" << "Ctrl + O";
-#endif
+        QTest::newRow("de") << "de" << ctrl_de + " + Q oder Alt + F4";
+        QTest::newRow("en") << "en" << ctrl_en + " + O";
         QTest::newRow("fr has no page: an empty file") << "fr" << "";
     }
 
@@ -417,11 +400,8 @@ private slots:
         QCOMPARE(catcher.urls.first().toString(QUrl::None), "file://" + path); // three slashes before /tmp
         const QString text = read_all(path);
         QVERIFY(shows.isEmpty() ? text.isEmpty() : text.contains(shows));
-#ifdef Q_OS_MACOS
-        QVERIFY(!text.contains("Ctrl") && !text.contains("Strg"));
-#else
-        QVERIFY(!text.contains("Cmd"));
-#endif
+        for (const QString other : {"Cmd", "Ctrl", "Strg"})
+            QVERIFY2(other == ctrl_en || other == ctrl_de || !text.contains(other), qPrintable(other));
     }
 
     // A page that names the literal key escapes it; both escapes give "Ctrl". The blank goes
@@ -431,13 +411,9 @@ private slots:
         QTest::addColumn<QString>("lang");
         QTest::addColumn<QString>("opened");
         QTest::addColumn<QString>("expected");
-#ifdef Q_OS_MACOS
-        QTest::newRow("de page") << "de" << "demoapp_help_de.html" << "de: Cmd+Q Cmd+Q Ctrl+C Ctrl+C";
-        QTest::newRow("fr falls back to en") << "fr" << "demoapp_help_en.html" << "en: Cmd+Q Cmd+Q Ctrl+C Ctrl+C";
-#else
-        QTest::newRow("de page") << "de" << "demoapp_help_de.html" << "de: Ctrl+Q Strg+Q Ctrl+C Ctrl+C";
-        QTest::newRow("fr falls back to en") << "fr" << "demoapp_help_en.html" << "en: Ctrl+Q Strg+Q Ctrl+C Ctrl+C";
-#endif
+        const QString keys = QString(": %1+Q %2+Q Ctrl+C Ctrl+C").arg(ctrl_en, ctrl_de);
+        QTest::newRow("de page") << "de" << "demoapp_help_de.html" << "de" + keys;
+        QTest::newRow("fr falls back to en") << "fr" << "demoapp_help_en.html" << "en" + keys;
     }
 
     void any_help_page()

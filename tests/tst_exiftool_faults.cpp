@@ -26,12 +26,12 @@
 
 using test_support::child_of;
 using test_support::fake_perl;
+using test_support::fix_tip;
+using test_support::undo_tip;
 using test_support::is_running;
 
 namespace {
 
-const QString fix_tip = "Apply changes to the timestamps of the images";
-const QString undo_tip = "Undo the last set of timestamp changes";
 const QString before = "2017:06:21 18:30:05";
 const QString after = "2017:06:21 19:30:05";
 
@@ -71,8 +71,7 @@ private slots:
     {
         QVERIFY(large.isValid());
         large_photos = test_support::photos(large.path(), 12, true);
-        test_support::run(TAVIMO_EXIFTOOL_SCRIPT, QStringList{"-q", "-overwrite_original", "-ExifIFD:DateTimeOriginal=" + before}
-                                                      + large_photos);
+        restore_large_photos();
         for (const QString& path : large_photos)
             sound[path] = soundness(path);
     }
@@ -132,9 +131,7 @@ private slots:
             QVERIFY(failed->text.contains(paths[1]) == (run == "fix"));
         }
         if (run == "undo") {
-            const auto failed = test_support::answer_next_box("OK");
-            test_support::button(window, undo_tip)->click();
-            failed->cancelled = true;
+            const auto failed = test_support::click_answering(window, undo_tip, "OK");
             QVERIFY(failed->answered);
             QCOMPARE(failed->text.count(dir->path()), 1);
             QVERIFY(failed->text.contains(paths[1]));
@@ -317,10 +314,7 @@ private:
     QSharedPointer<test_support::seen_box> fix_by_an_hour()
     {
         QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
-        const auto failed = test_support::answer_next_box("Keep changes");
-        test_support::button(window, fix_tip)->click();
-        failed->cancelled = true;
-        return failed;
+        return test_support::click_answering(window, fix_tip, "Keep changes");
     }
 
     // Back to the time they were made with, so that a test sees its own run.

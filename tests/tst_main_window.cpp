@@ -276,21 +276,18 @@ private slots:
         QTest::addColumn<QString>("entered");
         QTest::addColumn<QStringList>("fields"); // day, hour, minute, second, zone as the panel shows them
         QTest::addColumn<int>("key");
-        const int f2 = Qt::Key_F2;
-        QTest::newRow("over a month end") << "2017:01:31 22:15:00" << "2017-02-01 01:20:30" << QStringList{"", "3", "5", "30", ""} << f2;
-        QTest::newRow("a month and a day on") << "2017:01:31 10:00:00" << "2017-03-02 10:00:00" << QStringList{"30", "", "", "", ""} << f2;
-        QTest::newRow("onto the leap day") << "2016:02:28 20:00:00" << "2016-02-29 08:30:00" << QStringList{"", "12", "30", "", ""} << f2;
-        QTest::newRow("back over the leap day") << "2016:03:01 00:00:10" << "2016-02-28 23:00:00"
-                                                << QStringList{"-1", "-1", "", "-10", ""} << f2;
-        QTest::newRow("a day over the spring change") << "2018:03:24 12:00:00" << "2018-03-25 12:00:00"
-                                                      << QStringList{"1", "", "", "", ""} << f2;
-        QTest::newRow("across the skipped hour") << "2018:03:25 01:30:00" << "2018-03-25 03:30:00"
-                                                 << QStringList{"", "1", "", "", ""} << f2;
-        QTest::newRow("across the repeated hour") << "2018:10:28 01:30:00" << "2018-10-28 03:30:00"
-                                                  << QStringList{"", "3", "", "", ""} << f2;
-        QTest::newRow("a year back") << "2019:06:01 12:00:00" << "2018-06-01 11:00:00" << QStringList{"-365", "-1", "", "", ""} << f2;
-        QTest::newRow("Enter, with a zone") << "2017:06:21 18:30:05" << "2017-06-21 19:35:05" << QStringList{"", "1", "5", "", "2"}
-                                            << int(Qt::Key_Return);
+        auto row = [](const char* name, const char* recorded, const char* entered, const QStringList& fields, int key = Qt::Key_F2) {
+            QTest::newRow(name) << recorded << entered << fields << key;
+        };
+        row("over a month end", "2017:01:31 22:15:00", "2017-02-01 01:20:30", {"", "3", "5", "30", ""});
+        row("a month and a day on", "2017:01:31 10:00:00", "2017-03-02 10:00:00", {"30", "", "", "", ""});
+        row("onto the leap day", "2016:02:28 20:00:00", "2016-02-29 08:30:00", {"", "12", "30", "", ""});
+        row("back over the leap day", "2016:03:01 00:00:10", "2016-02-28 23:00:00", {"-1", "-1", "", "-10", ""});
+        row("a day over the spring change", "2018:03:24 12:00:00", "2018-03-25 12:00:00", {"1", "", "", "", ""});
+        row("across the skipped hour", "2018:03:25 01:30:00", "2018-03-25 03:30:00", {"", "1", "", "", ""});
+        row("across the repeated hour", "2018:10:28 01:30:00", "2018-10-28 03:30:00", {"", "3", "", "", ""});
+        row("a year back", "2019:06:01 12:00:00", "2018-06-01 11:00:00", {"-365", "-1", "", "", ""});
+        row("Enter, with a zone", "2017:06:21 18:30:05", "2017-06-21 19:35:05", {"", "1", "5", "", "2"}, Qt::Key_Return);
     }
 
     void offset_from_one_known_time()

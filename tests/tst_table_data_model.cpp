@@ -177,26 +177,21 @@ private slots:
     void names_sort_as_in_a_file_manager_data()
     {
         QTest::addColumn<QString>("locale");
-        QTest::addColumn<QStringList>("names");
-        QTest::addColumn<QString>("expected");
-        const QStringList names{"photo_10.jpg", "Strand Ü 01.jpg", "Zebra.jpg", "photo_2.jpg", "Äpfel.jpg", "iptc_zone.jpg"};
-        const QString expected = "Äpfel iptc_zone photo_2 photo_10 Strand Ü 01 Zebra";
-        QTest::newRow("C") << "C" << names << expected;
-        QTest::newRow("de_DE") << "de_DE" << names << expected;
+        QTest::newRow("C") << "C";
+        QTest::newRow("de_DE") << "de_DE";
     }
 
     void names_sort_as_in_a_file_manager()
     {
         QFETCH(QString, locale);
-        QFETCH(QStringList, names);
         QLocale::setDefault(QLocale(locale));
         auto restore = qScopeGuard([] { QLocale::setDefault(QLocale::c()); });
         table_data_model model;
-        for (const QString& name : names)
-            load_by_hand(model, "/p/" + name, {{"ExifIFD:DateTimeOriginal", "2017:06:21 18:30:05"}});
+        for (const char* name : {"photo_10.jpg", "Strand Ü 01.jpg", "Zebra.jpg", "photo_2.jpg", "Äpfel.jpg", "iptc_zone.jpg"})
+            load_by_hand(model, QString("/p/") + name, {{"ExifIFD:DateTimeOriginal", "2017:06:21 18:30:05"}});
 
         model.sort(0, Qt::AscendingOrder);
-        QTEST(QStringList(model.files).join(" ").remove("/p/").remove(".jpg"), "expected");
+        QCOMPARE(QStringList(model.files).join(" ").remove("/p/").remove(".jpg"), QString("Äpfel iptc_zone photo_2 photo_10 Strand Ü 01 Zebra"));
         model.sort(0, Qt::DescendingOrder);
         QCOMPARE(model.files.first(), QString("/p/Zebra.jpg"));
     }

@@ -128,10 +128,9 @@ private slots:
     {
         QTest::addColumn<bool>("enabled");
         QTest::addColumn<bool>("restyled");
-        QTest::newRow("enabled") << true << false;
-        QTest::newRow("disabled") << false << false;
-        QTest::newRow("enabled, restyled") << true << true;
-        QTest::newRow("disabled, restyled") << false << true;
+        for (bool restyled : {false, true})
+            for (bool enabled : {true, false})
+                QTest::addRow("%s%s", enabled ? "enabled" : "disabled", restyled ? ", restyled" : "") << enabled << restyled;
     }
 
     void lineedit_placeholder()
