@@ -19,8 +19,6 @@
 
 namespace {
 
-const QString taken = "2017:06:21 18:30:05";
-
 // A RAW shooter's folder: a DNG with both forms of sidecar, a NEF with its darktable-style
 // sidecar, a RAW+JPEG pair, a NEF and sidecar spelt in different case, and an XMP file of no image.
 const QStringList family_folder = {
@@ -254,28 +252,11 @@ private slots:
     }
 
 private:
-    // Files of `specs` ("name|tags", "#" standing for the time taken) in the test's folder: XMP
-    // files made by ExifTool from nothing, JPEGs from an image, RAWs from a small TIFF.
+    // Files of `specs` ("name|tags", "#" standing for the time taken) in the test's folder.
     void make_folder(const QStringList& specs)
     {
-        for (const QString& spec : specs) {
-            const QString name = spec.section('|', 0, 0);
-            const exif_tag_map tags = test_support::tag_map(spec.section('|', 1).replace("#", taken));
-            const QString path = dir->filePath(name);
-            if (name.endsWith(".jpg", Qt::CaseInsensitive)) {
-                test_support::make_tagged_photo(dir->path(), name, tags);
-                continue;
-            }
-            QStringList arguments = {"-m", "-q"};
-            for (const auto& [tag, value] : tags)
-                arguments << QString("-%1=%2").arg(tag, value);
-            if (name.endsWith(".xmp", Qt::CaseInsensitive))
-                arguments << "-o" << path;
-            else
-                arguments << "-overwrite_original" << test_support::make_tiff(dir->path(), name);
-            test_support::run(TAVIMO_EXIFTOOL_SCRIPT, arguments);
-            QVERIFY2(QFileInfo(path).isFile(), qPrintable(path));
-        }
+        for (const QString& spec : specs)
+            QVERIFY2(!test_support::make_file(dir->path(), spec).isEmpty(), qPrintable(spec));
     }
     QTableView* table() const { return window->findChild<QTableView*>(); }
     QStringList rows() const
