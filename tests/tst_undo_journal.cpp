@@ -383,14 +383,7 @@ private:
     // p000.jpg ... copies of one photo taken at `before_time`, with `more` tags.
     QStringList make_photos(int count, const QString& more = QString())
     {
-        QStringList paths = {make_tagged_photo(dir->path(), "p000.jpg",
-                                                             tag_map("ExifIFD:DateTimeOriginal=" + before_time + more))};
-        for (int i = 1; i < count; ++i) {
-            paths << dir->filePath(QString("p%1.jpg").arg(i, 3, 10, QLatin1Char('0')));
-            if (!QFile::copy(paths.first(), paths.last()))
-                return {};
-        }
-        return paths;
+        return numbered_copies(make_file(dir->path(), "p000.jpg|ExifIFD:DateTimeOriginal=#" + more), "p000.jpg", count);
     }
 };
 

@@ -35,6 +35,7 @@
 #include <QTranslator>
 
 #include <cstdio>
+#include <unistd.h>
 
 namespace test_support {
 
@@ -219,6 +220,23 @@ QString make_file(const QString& dir, const QString& spec)
     if (!chunk.isEmpty())
         append_png_text(path, "Comment", chunk.toLatin1());
     return path;
+}
+
+QStringList numbered_copies(const QString& photo, const QString& first, int count, bool linked)
+{
+    const QRegularExpressionMatch digits = QRegularExpression("([0-9]+)([^0-9]*)$").match(first);
+    const QFileInfo original(photo);
+    QStringList paths;
+    for (int i = 0; i < count; ++i) {
+        const QString number = QString("%1").arg(i, digits.capturedLength(1), 10, QLatin1Char('0'));
+        paths << original.absolutePath() + "/" + first.left(digits.capturedStart(1)) + number + digits.captured(2);
+        if (paths.last() == original.absoluteFilePath())
+            continue;
+        if (linked ? ::link(QFile::encodeName(photo).constData(), QFile::encodeName(paths.last()).constData()) != 0
+                   : !QFile::copy(photo, paths.last()))
+            return {};
+    }
+    return paths;
 }
 
 exif_tag_map read_back(const QString& path)

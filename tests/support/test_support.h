@@ -56,6 +56,11 @@ QString with_times(QString text);
 // IPTC:TimeCreated is cut from the bytes; "chunk=text" puts a text behind a PNG's image. Empty on failure.
 QString make_file(const QString& dir, const QString& spec);
 
+// `count` names beside `photo` for it, numbered from 0 in as many digits as `first` holds
+// ("p000.jpg": p000.jpg, p001.jpg...): copies, or hard links when `linked`, which take no room; the
+// photo itself when a name is its own. Empty on failure.
+QStringList numbered_copies(const QString& photo, const QString& first, int count, bool linked = false);
+
 // Every tag of `path`, keyed with its group.
 exif_tag_map read_back(const QString& path);
 QString original_time(const QString& path); // its ExifIFD:DateTimeOriginal
