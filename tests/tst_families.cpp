@@ -258,7 +258,6 @@ private:
         for (const QString& spec : specs)
             QVERIFY2(!test_support::make_file(dir->path(), spec).isEmpty(), qPrintable(spec));
     }
-    QTableView* table() const { return window->findChild<QTableView*>(); }
     QStringList rows() const
     {
         QStringList names;

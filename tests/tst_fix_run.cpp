@@ -233,7 +233,7 @@ private slots:
         const QStringList own_before = own_lines(path);
 
         open_with({path}, zone);
-        const QAbstractItemModel* model = window->findChild<QTableView*>()->model();
+        const QAbstractItemModel* model = table()->model();
         const QString time = model->data(model->index(0, 1), Qt::UserRole).toDateTime().toString("yyyy:MM:dd hh:mm:ss");
         const QString file_zone = model->data(model->index(0, 1)).toString().section("  UTC", 1);
         QCOMPARE(file_zone.isEmpty() ? time : time + " " + file_zone, with_times(shown));
@@ -406,7 +406,7 @@ private slots:
         open_with({good, gone}, "+02:00");
         QVERIFY(QFile::remove(gone));
         click_answering(fix_tip, "Keep changes");
-        const QAbstractItemModel* model = window->findChild<QTableView*>()->model();
+        const QAbstractItemModel* model = table()->model();
         auto rows_shown = [model] {
             QStringList shown;
             for (int row = 0; row < model->rowCount(); ++row)
@@ -524,7 +524,7 @@ private slots:
         window->load_files(paths + QStringList{dir->filePath("zz missing.jpg")});
         QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
 
-        auto* header = window->findChild<QTableView*>()->horizontalHeader();
+        auto* header = table()->horizontalHeader();
         int clicks = 0;
         QTimer resort;
         connect(&resort, &QTimer::timeout, &resort, [&] {

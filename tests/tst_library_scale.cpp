@@ -195,8 +195,6 @@ private slots:
         QCOMPARE(header->sortIndicatorSection(), 1);
     }
 
-private:
-    QTableView* table() const { return window->findChild<QTableView*>("tableView"); }
 };
 
 int main(int argc, char** argv)

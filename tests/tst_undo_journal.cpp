@@ -130,7 +130,7 @@ private slots:
         QCOMPARE(journals().size(), 1);
         const int in_journal = journaled().size();
         const QString failing = paths[1], leftover = failing + "_exiftool_tmp";
-        const QString journal = QDir(undo_journal::default_folder()).filePath(journals().value(0));
+        const QString journal = first_journal();
         QString listed = paths[trouble == "touched" ? 1 : 0] + ": changed since the run";
         if (trouble == "cut") {
             cut_a_last_line(paths.last());
@@ -264,7 +264,7 @@ private slots:
             QVERIFY(crashed.begin_run() && crashed.add(path, loaded, undo));
         }
         if (how == "older") {
-            QFile file(QDir(undo_journal::default_folder()).filePath(journals().value(0)));
+            QFile file(first_journal());
             QVERIFY(file.open(QIODevice::ReadWrite));
             QList<QByteArray> lines = file.readAll().split('\n');
             QJsonObject photo = QJsonDocument::fromJson(lines[1]).object();
@@ -362,7 +362,7 @@ private:
     // The photos in the one journal on disk: those of its whole lines, less the failed ones.
     static QStringList journaled()
     {
-        QFile file(QDir(undo_journal::default_folder()).filePath(journals().value(0)));
+        QFile file(first_journal());
         QList<QByteArray> lines = file.open(QIODevice::ReadOnly) ? file.readAll().split('\n') : QList<QByteArray>();
         QStringList photos;
         for (const QByteArray& line : lines) {
@@ -376,7 +376,7 @@ private:
     // The crash came while the line of `path` was being written, before its write was sent.
     static void cut_a_last_line(const QString& path)
     {
-        QFile file(QDir(undo_journal::default_folder()).filePath(journals().first()));
+        QFile file(first_journal());
         if (file.open(QIODevice::Append))
             file.write("{\"photo\":\"" + path.toUtf8() + "\",\"undo\":[{\"ta");
     }
