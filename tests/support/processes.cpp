@@ -15,6 +15,7 @@
 #include <QImage>
 #include <QProcess>
 #include <QRandomGenerator>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <ondo/exiftool.h>
@@ -199,8 +200,11 @@ bool is_running(qint64 pid)
 
 bool crash_a_fix_run(const QString& folder, int files)
 {
+    // The child's own temporary folders (its settings home) outlive its crash; they go with this one.
+    const QTemporaryDir child_temp;
     QProcess child;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("TMPDIR", child_temp.path());
     environment.insert(crash_mark, QString::number(QCoreApplication::applicationPid()));
     environment.insert("TAVIMO_TEST_CRASH_AFTER", QString::number(files));
     environment.insert("TAVIMO_TEST_FOLDER", folder);
