@@ -3,6 +3,7 @@
 #include "recording_tags.h"
 #include "undo_journal.h"
 
+#include "processes.h"
 #include "test_support.h"
 #include "window_test.h"
 
@@ -10,19 +11,13 @@
 #include <ondo/exiftool.h>
 
 #include <QLabel>
-#include <QLineEdit>
-#include <QProcess>
-#include <QProgressBar>
 #include <QPushButton>
 #include <QTableView>
 #include <QtTest>
 
 #include <ctime>
-#include <unistd.h>
 
 namespace {
-
-const QString taken = "2017:06:21 18:30:05";
 
 // A RAW shooter's folder: a DNG with both forms of sidecar, a NEF with its darktable-style
 // sidecar, a RAW+JPEG pair, a NEF and sidecar spelt in different case, and an XMP file of no image.
@@ -39,39 +34,6 @@ const QStringList family_folder = {
     "DSC_4004.NEF.XMP|XMP-exif:DateTimeOriginal=#",
     "notes.xmp|XMP-xmp:CreateDate=2019:01:01 10:00:00",
 };
-
-// Processes carrying the crashing child's environment: it and its ExifTool children.
-int crashed_processes()
-{
-    int count = 0;
-    for (const QString& pid : QDir("/proc").entryList({"[0-9]*"}, QDir::Dirs)) {
-        QFile environment("/proc/" + pid + "/environ");
-        count += environment.open(QIODevice::ReadOnly) && environment.readAll().contains("TAVIMO_TEST_FAMILY_CRASH=");
-    }
-    return count;
-}
-
-// The child's side of a crash: loads every file of TAVIMO_TEST_FOLDER, fixes them by an hour and
-// ends without a word once the bar shows every photo written, before the run is closed.
-int crash_after_the_writes(int argc, char** argv)
-{
-    ondo::application<MainWindow> app(argc, argv);
-    const QDir folder(qEnvironmentVariable("TAVIMO_TEST_FOLDER"));
-    QStringList paths;
-    for (const QString& name : folder.entryList(QDir::Files, QDir::Name))
-        paths << folder.absoluteFilePath(name);
-    MainWindow* window = test_support::open_main_window();
-    window->load_files(paths);
-    const int rows = window->findChild<QTableView*>()->model()->rowCount();
-    QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
-    for (QProgressBar* bar : window->findChildren<QProgressBar*>())
-        QObject::connect(bar, &QProgressBar::valueChanged, [rows](int value) {
-            if (value >= rows)
-                ::_exit(0);
-        });
-    test_support::button(window, test_support::fix_tip)->click();
-    return 3;
-}
 
 } // namespace
 
@@ -278,15 +240,7 @@ private slots:
         for (const QString& name : QDir(dir->path()).entryList(QDir::Files))
             before[name] = test_support::listing(dir->filePath(name));
 
-        QProcess child;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("TAVIMO_TEST_FAMILY_CRASH", "1");
-        environment.insert("TAVIMO_TEST_FOLDER", dir->path());
-        child.setProcessEnvironment(environment);
-        child.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        child.start(QCoreApplication::applicationFilePath(), QStringList());
-        QVERIFY(child.waitForFinished(120000) && child.exitCode() == 0);
-        QVERIFY(QTest::qWaitFor([] { return crashed_processes() == 0; }, 20000));
+        QVERIFY(test_support::crash_a_fix_run(dir->path()));
         QCOMPARE(test_support::read_back(dir->filePath("IMG_1001.dng.xmp")).at("XMP-exif:DateTimeOriginal"), "2017:06:21 19:30:05");
 
         const auto offered = test_support::answer_next_box("Undo");
@@ -298,30 +252,12 @@ private slots:
     }
 
 private:
-    // Files of `specs` ("name|tags", "#" standing for the time taken) in the test's folder: XMP
-    // files made by ExifTool from nothing, JPEGs from an image, RAWs from a small TIFF.
+    // Files of `specs` ("name|tags", "#" standing for the time taken) in the test's folder.
     void make_folder(const QStringList& specs)
     {
-        for (const QString& spec : specs) {
-            const QString name = spec.section('|', 0, 0);
-            const exif_tag_map tags = test_support::tag_map(spec.section('|', 1).replace("#", taken));
-            const QString path = dir->filePath(name);
-            if (name.endsWith(".jpg", Qt::CaseInsensitive)) {
-                test_support::make_tagged_photo(dir->path(), name, tags);
-                continue;
-            }
-            QStringList arguments = {"-m", "-q"};
-            for (const auto& [tag, value] : tags)
-                arguments << QString("-%1=%2").arg(tag, value);
-            if (name.endsWith(".xmp", Qt::CaseInsensitive))
-                arguments << "-o" << path;
-            else
-                arguments << "-overwrite_original" << test_support::make_tiff(dir->path(), name);
-            test_support::run(TAVIMO_EXIFTOOL_SCRIPT, arguments);
-            QVERIFY2(QFileInfo(path).isFile(), qPrintable(path));
-        }
+        for (const QString& spec : specs)
+            QVERIFY2(!test_support::make_file(dir->path(), spec).isEmpty(), qPrintable(spec));
     }
-    QTableView* table() const { return window->findChild<QTableView*>(); }
     QStringList rows() const
     {
         QStringList names;
@@ -338,8 +274,8 @@ int main(int argc, char** argv)
     tzset();
     test_support::use_private_settings();
     // The state folder, shared with the crashing child.
-    if (qEnvironmentVariableIsSet("TAVIMO_TEST_FAMILY_CRASH"))
-        return crash_after_the_writes(argc, argv);
+    if (test_support::is_crashing_child())
+        return test_support::crashing_child_main(argc, argv);
     static QTemporaryDir state;
     qputenv("XDG_DATA_HOME", state.path().toLocal8Bit());
     ondo::application<MainWindow> app(argc, argv);

@@ -35,17 +35,11 @@ QStringList own_lines(const QString& path)
     return lines;
 }
 
-// In the tables "#" stands for the time the files are made with and "@" for it an hour later.
-QString expand(QString text)
-{
-    return text.replace("#", "2017:06:21 18:30:05").replace("@", "2017:06:21 19:30:05");
-}
-
 // "A=1;B=2" gives "-A=1", "-B=2".
 QStringList lines(const QString& text)
 {
     QStringList result;
-    for (const QString& part : expand(text).split(';', Qt::SkipEmptyParts))
+    for (const QString& part : with_times(text).split(';', Qt::SkipEmptyParts))
         result << "-" + part;
     return result;
 }
@@ -93,7 +87,7 @@ private slots:
         QFETCH(QString, question);
         QStringList paths;
         for (const QString& entry : files)
-            paths << photo(entry.section('|', 0, 0), entry.section('|', 1));
+            paths << make_file(dir->path(), entry);
         open_with(paths, zone, "lineedit_second", "-1");
         // With no question expected, an answer is armed all the same, to catch one that comes.
         const bool ending = answer == "ending";
@@ -122,7 +116,7 @@ private slots:
         QCOMPARE(window->findChild<QLineEdit*>("lineedit_second")->text(), aborted ? "-1" : QString());
     }
 
-    // One file of each kind of dating, made by photo(). Each shows its own time and zone; a fix of
+    // One file of each kind of dating, made by make_file(). Each shows its own time and zone; a fix of
     // an hour, with `zone` typed, changes exactly the tags of `moved`, each from its own value, and
     // adds nothing else; the undo gives the whole listing back. Where given, `sent` is the tag lines
     // the fix and the undo send ("fix|undo", the undo's file time left out). An IPTC time without
@@ -227,7 +221,7 @@ private slots:
         QFETCH(QString, sent);
         if (name.endsWith(".heic") && QStandardPaths::findExecutable("heif-enc").isEmpty())
             QSKIP("heif-enc (libheif-examples) is not installed");
-        const QString path = photo(name, tags);
+        const QString path = make_file(dir->path(), name + "|" + tags);
         QVERIFY(!path.isEmpty());
         // Sorted whole: ExifTool may store a HEIC's image properties in another order.
         auto sorted_listing = [&path] {
@@ -239,10 +233,10 @@ private slots:
         const QStringList own_before = own_lines(path);
 
         open_with({path}, zone);
-        const QAbstractItemModel* model = window->findChild<QTableView*>()->model();
+        const QAbstractItemModel* model = table()->model();
         const QString time = model->data(model->index(0, 1), Qt::UserRole).toDateTime().toString("yyyy:MM:dd hh:mm:ss");
         const QString file_zone = model->data(model->index(0, 1)).toString().section("  UTC", 1);
-        QCOMPARE(file_zone.isEmpty() ? time : time + " " + file_zone, expand(shown));
+        QCOMPARE(file_zone.isEmpty() ? time : time + " " + file_zone, with_times(shown));
         same_from_the_kept_tags(path, model, zone);
 
         const bool asks = QRegularExpression("IPTC:TimeCreated=[0-9:]+(;|$)").match(tags).hasMatch();
@@ -254,7 +248,7 @@ private slots:
         if (!sent.isEmpty())
             QCOMPARE(writes.first(), lines(sent.section('|', 0, 0)));
         QStringList expected = own_before;
-        for (const auto& [tag, value] : tag_map(expand(moved))) {
+        for (const auto& [tag, value] : tag_map(with_times(moved))) {
             expected = expected.filter(QRegularExpression("^-(?!" + QRegularExpression::escape(tag) + "=)"));
             expected << "-" + tag + "=" + value;
         }
@@ -298,7 +292,7 @@ private slots:
         QFETCH(QString, answer);
         QVERIFY(QDir(dir->path()).mkpath("album"));
         const QDir album(dir->filePath("album"));
-        const QString good = make_tagged_photo(album.path(), "good.jpg", tag_map(expand("ExifIFD:DateTimeOriginal=#;IFD0:Make=V")));
+        const QString good = make_file(album.path(), "good.jpg|ExifIFD:DateTimeOriginal=#;IFD0:Make=V");
         const QStringList crafted = {"\n-if\nsystem('touch X') || 1", "\n-all=\n-overwrite_original", "\n-w!\n%d%f.%e",
                                      "a.jpg\n-stay_open\n0", "b.jpg\r"};
         for (const QString& name : crafted + QStringList{"gone.jpg"})
@@ -325,7 +319,7 @@ private slots:
         for (const QString& name : crafted + QStringList{"gone.jpg"})
             QVERIFY(shown->text.contains(album.filePath(name)));
         const exif_tag_map now = read_back(good);
-        QCOMPARE(now.at("ExifIFD:DateTimeOriginal"), expand(answer == "Keep changes" ? "@" : "#"));
+        QCOMPARE(now.at("ExifIFD:DateTimeOriginal"), with_times(answer == "Keep changes" ? "@" : "#"));
         QCOMPARE(now.at("IFD0:Make"), QString("V"));
         QCOMPARE(tip_button(undo_tip)->isEnabled(), answer == "Keep changes");
         QCOMPARE(album.entryList(QDir::Files | QDir::Hidden), names_before);
@@ -367,9 +361,9 @@ private slots:
         QFETCH(QStringList, log);
         log_capture captured;
         const installed_language english("en");
-        QStringList paths{photo("a.jpg", "ExifIFD:DateTimeOriginal=#")};
+        QStringList paths{make_file(dir->path(), "a.jpg|ExifIFD:DateTimeOriginal=#")};
         for (const QString& other : others)
-            paths << photo(other + ".jpg", other == "gap" ? "ExifIFD:DateTimeOriginal=2017:03:26 02:30:00" : "ExifIFD:DateTimeOriginal=#");
+            paths << make_file(dir->path(), other + ".jpg|ExifIFD:DateTimeOriginal=" + (other == "gap" ? "2017:03:26 02:30:00" : "#"));
         open_with(paths);
         const QString gone = dir->filePath("gone.jpg"), left = dir->filePath("left.jpg");
         QVERIFY(!others.contains("gone") || QFile::remove(gone));
@@ -407,12 +401,12 @@ private slots:
     void the_table_shows_what_was_written()
     {
         QSettings().setValue("date_format", "dd.MM.yyyy"); // chosen, so that no locale's default counts
-        const QString good = photo("a.jpg", "ExifIFD:DateTimeOriginal=#;IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05-04:00");
-        const QString gone = photo("b.jpg", "ExifIFD:DateTimeOriginal=#");
+        const QString good = make_file(dir->path(), "a.jpg|ExifIFD:DateTimeOriginal=#;IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05-04:00");
+        const QString gone = make_file(dir->path(), "b.jpg|ExifIFD:DateTimeOriginal=#");
         open_with({good, gone}, "+02:00");
         QVERIFY(QFile::remove(gone));
         click_answering(fix_tip, "Keep changes");
-        const QAbstractItemModel* model = window->findChild<QTableView*>()->model();
+        const QAbstractItemModel* model = table()->model();
         auto rows_shown = [model] {
             QStringList shown;
             for (int row = 0; row < model->rowCount(); ++row)
@@ -448,7 +442,7 @@ private slots:
             "b.nef|IFD0:Make=NIKON CORPORATION;ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=#"};
         QStringList paths;
         for (const QString& file : files)
-            if (const QString path = photo(file.section('|', 0, 0), file.section('|', 1)); !path.isEmpty())
+            if (const QString path = make_file(dir->path(), file); !path.isEmpty())
                 paths << path;
         auto state = [&paths] {
             QStringList states;
@@ -512,7 +506,7 @@ private slots:
             QCOMPARE(rows(), paths.size());
         for (const QString& path : paths)
             if (run != "load")
-                QCOMPARE(read_back(path).at("ExifIFD:DateTimeOriginal"), expand(run == "fix" ? "@" : "#"));
+                QCOMPARE(read_back(path).at("ExifIFD:DateTimeOriginal"), with_times(run == "fix" ? "@" : "#"));
         QTRY_VERIFY(!window);
         QGuiApplication::setQuitOnLastWindowClosed(true);
     }
@@ -530,7 +524,7 @@ private slots:
         window->load_files(paths + QStringList{dir->filePath("zz missing.jpg")});
         QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
 
-        auto* header = window->findChild<QTableView*>()->horizontalHeader();
+        auto* header = table()->horizontalHeader();
         int clicks = 0;
         QTimer resort;
         connect(&resort, &QTimer::timeout, &resort, [&] {
@@ -543,59 +537,17 @@ private slots:
         QVERIFY(clicks >= 2);
         QCOMPARE(writes.size(), paths.size());
         for (const QString& path : paths)
-            QCOMPARE(read_back(path).at("ExifIFD:DateTimeOriginal"), expand("@"));
+            QCOMPARE(read_back(path).at("ExifIFD:DateTimeOriginal"), with_times("@"));
         for (QProgressDialog* dialog : window->findChildren<QProgressDialog*>())
             QVERIFY(!dialog->isVisible());
     }
 
 private:
-    // A file of the family its name says, with `tags`: JPEG and PNG from an image, HEIC by
-    // heif-enc, DNG and NEF from a small TIFF, AVI from bytes, movies and CR3 by hand with movie
-    // dates of 2005:08:11 14:03:54 UTC. A "chunk" puts a text behind a PNG's image. Empty on failure.
-    QString photo(const QString& name, const QString& tags)
-    {
-        exif_tag_map map = tag_map(expand(tags));
-        const QString chunk = map.count("chunk") ? map.at("chunk") : QString();
-        map.erase("chunk");
-        // ExifTool writes IPTC:TimeCreated only with a zone; a zoneless one has it cut from its bytes.
-        const QRegularExpressionMatch zoneless = QRegularExpression("IPTC:TimeCreated=([0-9:]+)(;|$)").match(tags);
-        if (zoneless.hasMatch())
-            map["IPTC:TimeCreated"] += "+00:00";
-        QString path = dir->filePath(name);
-        if (name.endsWith(".jpg") || name.endsWith(".png")) {
-            path = make_tagged_photo(dir->path(), name);
-        } else if (name.endsWith(".heic")) {
-            if (QStandardPaths::findExecutable("heif-enc").isEmpty())
-                return QString();
-            run(QStandardPaths::findExecutable("heif-enc"), {"-q", "50", make_tagged_photo(dir->path(), "h.png"), "-o", path});
-        } else if (name.endsWith(".dng") || name.endsWith(".nef")) {
-            path = make_tiff(dir->path(), name);
-        } else if (name.endsWith(".avi")) {
-            QFile file(path);
-            if (!file.open(QIODevice::WriteOnly) || file.write(QByteArray("RIFF\x10\0\0\0AVI LIST\x04\0\0\0hdrl", 24)) != 24 || !file.flush()
-                || !file.setFileTime(QDateTime(QDate(2017, 6, 21), QTime(18, 30, 5)), QFileDevice::FileModificationTime))
-                return QString();
-        } else {
-            const QByteArray brand = name.endsWith(".cr3", Qt::CaseInsensitive) ? "crx " : name.endsWith(".m4a") ? "M4A " : "qt  ";
-            path = make_movie(dir->path(), name, brand, QDateTime(QDate(2005, 8, 11), QTime(14, 3, 54), Qt::UTC));
-        }
-        path = tag_file(path, map);
-        QFile file(path);
-        if (zoneless.hasMatch() && file.open(QIODevice::ReadWrite)) {
-            const QByteArray time = zoneless.captured(1).remove(':').toLatin1();
-            const QByteArray bytes = file.readAll().replace(time + "+0000", time + QByteArray(5, '\0'));
-            file.seek(0);
-            file.write(bytes);
-        }
-        if (!chunk.isEmpty())
-            append_png_text(path, "Comment", chunk.toLatin1());
-        return path;
-    }
     QStringList six_photos()
     {
         QStringList paths;
         for (int i = 0; i < 6; ++i)
-            paths << photo(QString("p%1.jpg").arg(i), "ExifIFD:DateTimeOriginal=#");
+            paths << make_file(dir->path(), QString("p%1.jpg|ExifIFD:DateTimeOriginal=#").arg(i));
         return paths;
     }
     // Presses `tool_tip` and returns the tag lines of every write it sent, one list per file.

@@ -35,15 +35,8 @@ constexpr int files_per_read = 4;
 // take little disk; empty if the file system has no links.
 QStringList linked_photos(const QString& dir, int count)
 {
-    const QString photo = test_support::make_tagged_photo(dir, "camera.jpg",
-        test_support::tag_map("ExifIFD:DateTimeOriginal=2019:04:02 10:11:12;IFD0:Make=Velmora;IFD0:Model=Bench 1"));
-    QStringList paths;
-    for (int i = 0; i < count; ++i) {
-        paths << QDir(dir).filePath(QString("IMG_%1.jpg").arg(i, 5, 10, QLatin1Char('0')));
-        if (::link(QFile::encodeName(photo).constData(), QFile::encodeName(paths.last()).constData()) != 0)
-            return {};
-    }
-    return paths;
+    const QString photo = test_support::make_file(dir, "camera.jpg|ExifIFD:DateTimeOriginal=2019:04:02 10:11:12;IFD0:Make=Velmora;IFD0:Model=Bench 1");
+    return test_support::numbered_copies(photo, "IMG_00000.jpg", count, true);
 }
 
 qint64 resident_bytes()
@@ -202,8 +195,6 @@ private slots:
         QCOMPARE(header->sortIndicatorSection(), 1);
     }
 
-private:
-    QTableView* table() const { return window->findChild<QTableView*>("tableView"); }
 };
 
 int main(int argc, char** argv)

@@ -1,13 +1,12 @@
 #include "file_identity.h"
 #include "table_data_model.h"
 
+#include "processes.h"
 #include "window_test.h"
 
 #include <ondo/application.h>
 
 #include <QJsonDocument>
-#include <QProcess>
-#include <QProgressBar>
 #include <QTimer>
 #include <QtTest>
 
@@ -42,18 +41,6 @@ bool set_modified_ns(const QString& path, qint64 ns)
     return ::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, 0) == 0;
 }
 
-// Processes carrying the crashing child's environment: the child and the ExifTool children it
-// started, which finish a write under way before they end.
-int crashed_processes()
-{
-    int count = 0;
-    for (const QString& pid : QDir("/proc").entryList({"[0-9]*"}, QDir::Dirs)) {
-        QFile environment("/proc/" + pid + "/environ");
-        count += environment.open(QIODevice::ReadOnly) && environment.readAll().contains("TAVIMO_TEST_CRASH_AFTER=");
-    }
-    return count;
-}
-
 // Leaves a journal as a fix run over `paths` leaves it when it dies after writing the first
 // `written` photos, of which the first `confirmed` have their line after the write. It writes an
 // hour later, IPTC in another zone and an EXIF zone the photos lacked; the old values are read.
@@ -80,30 +67,6 @@ bool leave_unfinished_run(const QStringList& paths, int written, int confirmed)
     }
     // Gone without end_run(), as a crash leaves it.
     return true;
-}
-
-// The child's side of a crash: loads the JPEGs of TAVIMO_TEST_FOLDER, starts a fix run of one hour
-// and ends the process without a word once TAVIMO_TEST_CRASH_AFTER files are through.
-int crash_during_a_fix_run(int argc, char** argv)
-{
-    ondo::application<MainWindow> app(argc, argv);
-    const int after = qEnvironmentVariableIntValue("TAVIMO_TEST_CRASH_AFTER");
-    const QDir folder(qEnvironmentVariable("TAVIMO_TEST_FOLDER"));
-    QStringList paths;
-    for (const QString& name : folder.entryList({"*.jpg"}, QDir::Files, QDir::Name))
-        paths << folder.absoluteFilePath(name);
-    MainWindow* window = open_main_window();
-    window->load_files(paths);
-    QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
-    // Each bar moves only after its files' writes are done, a few at a time; from here on only
-    // the fix bar moves.
-    for (QProgressBar* bar : window->findChildren<QProgressBar*>())
-        QObject::connect(bar, &QProgressBar::valueChanged, [after](int value) {
-            if (value >= after)
-                ::_exit(0);
-        });
-    button(window, fix_tip)->click();
-    return 3; // the run ended before the crash
 }
 
 } // namespace
@@ -151,7 +114,7 @@ private slots:
         const auto before = listings(dir->path());
         const int crash = qMin(25, photos / 2);
         if (written == -1) {
-            QVERIFY(crash_after(crash));
+            QVERIFY(crash_a_fix_run(dir->path(), crash));
         } else if (written == -2) {
             // A run the closing window cuts short ends without the user's word: its journal stays.
             QGuiApplication::setQuitOnLastWindowClosed(false);
@@ -167,7 +130,7 @@ private slots:
         QCOMPARE(journals().size(), 1);
         const int in_journal = journaled().size();
         const QString failing = paths[1], leftover = failing + "_exiftool_tmp";
-        const QString journal = QDir(undo_journal::default_folder()).filePath(journals().value(0));
+        const QString journal = first_journal();
         QString listed = paths[trouble == "touched" ? 1 : 0] + ": changed since the run";
         if (trouble == "cut") {
             cut_a_last_line(paths.last());
@@ -301,7 +264,7 @@ private slots:
             QVERIFY(crashed.begin_run() && crashed.add(path, loaded, undo));
         }
         if (how == "older") {
-            QFile file(QDir(undo_journal::default_folder()).filePath(journals().value(0)));
+            QFile file(first_journal());
             QVERIFY(file.open(QIODevice::ReadWrite));
             QList<QByteArray> lines = file.readAll().split('\n');
             QJsonObject photo = QJsonDocument::fromJson(lines[1]).object();
@@ -399,7 +362,7 @@ private:
     // The photos in the one journal on disk: those of its whole lines, less the failed ones.
     static QStringList journaled()
     {
-        QFile file(QDir(undo_journal::default_folder()).filePath(journals().value(0)));
+        QFile file(first_journal());
         QList<QByteArray> lines = file.open(QIODevice::ReadOnly) ? file.readAll().split('\n') : QList<QByteArray>();
         QStringList photos;
         for (const QByteArray& line : lines) {
@@ -413,37 +376,14 @@ private:
     // The crash came while the line of `path` was being written, before its write was sent.
     static void cut_a_last_line(const QString& path)
     {
-        QFile file(QDir(undo_journal::default_folder()).filePath(journals().first()));
+        QFile file(first_journal());
         if (file.open(QIODevice::Append))
             file.write("{\"photo\":\"" + path.toUtf8() + "\",\"undo\":[{\"ta");
     }
     // p000.jpg ... copies of one photo taken at `before_time`, with `more` tags.
     QStringList make_photos(int count, const QString& more = QString())
     {
-        QStringList paths = {make_tagged_photo(dir->path(), "p000.jpg",
-                                                             tag_map("ExifIFD:DateTimeOriginal=" + before_time + more))};
-        for (int i = 1; i < count; ++i) {
-            paths << dir->filePath(QString("p%1.jpg").arg(i, 3, 10, QLatin1Char('0')));
-            if (!QFile::copy(paths.first(), paths.last()))
-                return {};
-        }
-        return paths;
-    }
-    // Runs this program as the crashing child over the test's folder; true when it ended by the crash.
-    bool crash_after(int files)
-    {
-        QProcess child;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("TAVIMO_TEST_CRASH_AFTER", QString::number(files));
-        environment.insert("TAVIMO_TEST_FOLDER", dir->path());
-        child.setProcessEnvironment(environment);
-        child.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        child.start(QCoreApplication::applicationFilePath(), QStringList());
-        const bool crashed = child.waitForFinished(120000) && child.exitStatus() == QProcess::NormalExit
-            && child.exitCode() == 0;
-        // Its ExifTool children finish the writes they had before they go; only then is what
-        // the crash left complete.
-        return crashed && QTest::qWaitFor([] { return crashed_processes() == 0; }, 20000);
+        return numbered_copies(make_file(dir->path(), "p000.jpg|ExifIFD:DateTimeOriginal=#" + more), "p000.jpg", count);
     }
 };
 
@@ -453,12 +393,10 @@ int main(int argc, char** argv)
     tzset();
     use_private_settings();
     // The state folder, shared with the crashing child.
-    if (!qEnvironmentVariableIsSet("TAVIMO_TEST_CRASH_AFTER")) {
-        static QTemporaryDir state;
-        qputenv("XDG_DATA_HOME", state.path().toLocal8Bit());
-    } else {
-        return crash_during_a_fix_run(argc, argv);
-    }
+    if (is_crashing_child())
+        return crashing_child_main(argc, argv);
+    static QTemporaryDir state;
+    qputenv("XDG_DATA_HOME", state.path().toLocal8Bit());
     ondo::application<MainWindow> app(argc, argv);
     tst_undo_journal test;
     return QTest::qExec(&test, argc, argv);

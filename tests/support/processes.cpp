@@ -1,13 +1,26 @@
 #include "processes.h"
+#include "test_support.h"
+
+#include <mainwindow.h>
+#include <ondo/application.h>
+
+#include <QCoreApplication>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTableView>
 
 #include <QDir>
 #include <QFile>
 #include <QImage>
 #include <QProcess>
 #include <QRandomGenerator>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <ondo/exiftool.h>
+
+#include <unistd.h>
 
 namespace test_support {
 
@@ -60,6 +73,22 @@ while (my $line = <STDIN>) {
     sleep(3600) if exists $r->{plain}{$id} && $r->{plain}{$id} eq '';
 }
 )PERL";
+
+// Marks the crashing child and whatever it starts, by the pid of the test that started it: tests
+// running side by side must not wait for each other's children.
+const char crash_mark[] = "TAVIMO_TEST_CRASH_OF";
+
+// Processes carrying the mark of this test's crashing child: the child and its ExifTool children.
+int crashed_processes()
+{
+    const QByteArray mark = crash_mark + ("=" + QByteArray::number(QCoreApplication::applicationPid())) + '\0';
+    int count = 0;
+    for (const QString& pid : QDir("/proc").entryList({"[0-9]*"}, QDir::Dirs)) {
+        QFile environment("/proc/" + pid + "/environ");
+        count += environment.open(QIODevice::ReadOnly) && environment.readAll().contains(mark);
+    }
+    return count;
+}
 
 } // namespace
 
@@ -167,6 +196,55 @@ bool is_running(qint64 pid)
         return false;
     const QByteArray text = stat.readAll();
     return text.mid(text.lastIndexOf(')') + 2, 1) != "Z";
+}
+
+bool crash_a_fix_run(const QString& folder, int files)
+{
+    // The child's own temporary folders (its settings home) outlive its crash; they go with this one.
+    const QTemporaryDir child_temp;
+    QProcess child;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("TMPDIR", child_temp.path());
+    environment.insert(crash_mark, QString::number(QCoreApplication::applicationPid()));
+    environment.insert("TAVIMO_TEST_CRASH_AFTER", QString::number(files));
+    environment.insert("TAVIMO_TEST_FOLDER", folder);
+    child.setProcessEnvironment(environment);
+    child.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    child.start(QCoreApplication::applicationFilePath(), QStringList());
+    const bool crashed = child.waitForFinished(120000) && child.exitStatus() == QProcess::NormalExit
+        && child.exitCode() == 0;
+    // Its ExifTool children finish the writes they had before they go; only then is what the
+    // crash left complete.
+    return crashed && QTest::qWaitFor([] { return crashed_processes() == 0; }, 20000);
+}
+
+bool is_crashing_child()
+{
+    return qEnvironmentVariableIsSet(crash_mark);
+}
+
+int crashing_child_main(int argc, char** argv)
+{
+    ondo::application<MainWindow> app(argc, argv);
+    const QDir folder(qEnvironmentVariable("TAVIMO_TEST_FOLDER"));
+    QStringList paths;
+    for (const QString& name : folder.entryList(QDir::Files, QDir::Name))
+        paths << folder.absoluteFilePath(name);
+    MainWindow* window = open_main_window();
+    window->load_files(paths);
+    int after = qEnvironmentVariableIntValue("TAVIMO_TEST_CRASH_AFTER");
+    if (after == 0)
+        after = window->findChild<QTableView*>()->model()->rowCount();
+    QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
+    // Each bar moves only after its files' writes are done, a few at a time; from here on only
+    // the fix bar moves.
+    for (QProgressBar* bar : window->findChildren<QProgressBar*>())
+        QObject::connect(bar, &QProgressBar::valueChanged, [after](int value) {
+            if (value >= after)
+                ::_exit(0);
+        });
+    button(window, fix_tip)->click();
+    return 3; // the run ended before the crash
 }
 
 } // namespace test_support

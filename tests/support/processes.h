@@ -52,4 +52,12 @@ qint64 child_of(qint64 parent);
 // Neither gone nor a zombie.
 bool is_running(qint64 pid);
 
+// A fix run that dies: this test program, started again as a child, loads every file of `folder`,
+// fixes them by an hour and ends without a word once the fix bar reaches `files` (0: every row).
+// True when it ended so and every process it started, which finish their writes first, is gone.
+bool crash_a_fix_run(const QString& folder, int files = 0);
+// In main(): true in that child, whose whole work is then crashing_child_main().
+bool is_crashing_child();
+int crashing_child_main(int argc, char** argv);
+
 } // namespace test_support

@@ -26,6 +26,7 @@
 #include <QPushButton>
 #include <QSettings>
 #include <QRegularExpression>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTemporaryFile>
 #include <QTest>
@@ -34,6 +35,7 @@
 #include <QTranslator>
 
 #include <cstdio>
+#include <unistd.h>
 
 namespace test_support {
 
@@ -167,6 +169,74 @@ QString make_movie(const QString& dir, const QString& name, const QByteArray& br
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
         qFatal("cannot write %s", qPrintable(path));
     return path;
+}
+
+QString with_times(QString text)
+{
+    return text.replace("#", "2017:06:21 18:30:05").replace("@", "2017:06:21 19:30:05");
+}
+
+QString make_file(const QString& dir, const QString& spec)
+{
+    const QString name = spec.section('|', 0, 0), tags = with_times(spec.section('|', 1));
+    exif_tag_map map = tag_map(tags);
+    const QString chunk = map.count("chunk") ? map.at("chunk") : QString();
+    map.erase("chunk");
+    // ExifTool writes IPTC:TimeCreated only with a zone; a zoneless one has it cut from its bytes.
+    const QRegularExpressionMatch zoneless = QRegularExpression("IPTC:TimeCreated=([0-9:]+)(;|$)").match(tags);
+    if (zoneless.hasMatch())
+        map["IPTC:TimeCreated"] += "+00:00";
+    auto is = [&name](const char* suffix) { return name.endsWith(suffix, Qt::CaseInsensitive); };
+    QString path = QDir(dir).filePath(name);
+    if (is(".jpg") || is(".png")) {
+        path = make_tagged_photo(dir, name);
+    } else if (is(".heic")) {
+        if (QStandardPaths::findExecutable("heif-enc").isEmpty())
+            return QString();
+        run(QStandardPaths::findExecutable("heif-enc"), {"-q", "50", make_tagged_photo(dir, "h.png"), "-o", path});
+    } else if (is(".dng") || is(".nef")) {
+        path = make_tiff(dir, name);
+    } else if (is(".xmp")) {
+        QStringList arguments = tag_arguments(map).mid(1); // no original to overwrite
+        run(TAVIMO_EXIFTOOL_SCRIPT, arguments << "-o" << path);
+        return QFileInfo(path).isFile() ? path : QString();
+    } else if (is(".avi")) {
+        QFile file(path);
+        if (!file.open(QIODevice::WriteOnly) || file.write(QByteArray("RIFF\x10\0\0\0AVI LIST\x04\0\0\0hdrl", 24)) != 24 || !file.flush()
+            || !file.setFileTime(QDateTime(QDate(2017, 6, 21), QTime(18, 30, 5)), QFileDevice::FileModificationTime))
+            return QString();
+    } else {
+        const QByteArray brand = is(".cr3") ? "crx " : is(".m4a") ? "M4A " : "qt  ";
+        path = make_movie(dir, name, brand, QDateTime(QDate(2005, 8, 11), QTime(14, 3, 54), Qt::UTC));
+    }
+    path = tag_file(path, map);
+    QFile file(path);
+    if (zoneless.hasMatch() && file.open(QIODevice::ReadWrite)) {
+        const QByteArray time = zoneless.captured(1).remove(':').toLatin1();
+        const QByteArray bytes = file.readAll().replace(time + "+0000", time + QByteArray(5, '\0'));
+        file.seek(0);
+        file.write(bytes);
+    }
+    if (!chunk.isEmpty())
+        append_png_text(path, "Comment", chunk.toLatin1());
+    return path;
+}
+
+QStringList numbered_copies(const QString& photo, const QString& first, int count, bool linked)
+{
+    const QRegularExpressionMatch digits = QRegularExpression("([0-9]+)([^0-9]*)$").match(first);
+    const QFileInfo original(photo);
+    QStringList paths;
+    for (int i = 0; i < count; ++i) {
+        const QString number = QString("%1").arg(i, digits.capturedLength(1), 10, QLatin1Char('0'));
+        paths << original.absolutePath() + "/" + first.left(digits.capturedStart(1)) + number + digits.captured(2);
+        if (paths.last() == original.absoluteFilePath())
+            continue;
+        if (linked ? ::link(QFile::encodeName(photo).constData(), QFile::encodeName(paths.last()).constData()) != 0
+                   : !QFile::copy(photo, paths.last()))
+            return {};
+    }
+    return paths;
 }
 
 exif_tag_map read_back(const QString& path)

@@ -46,6 +46,21 @@ QString make_tiff(const QString& dir, const QString& name);
 // "crx " makes a raw photo of the same build, with empty EXIF directories.
 QString make_movie(const QString& dir, const QString& name, const QByteArray& brand, const QDateTime& utc);
 
+// In "name|tags" texts "#" stands for the time test files are taken at, 2017:06:21 18:30:05, and
+// "@" for it an hour later.
+QString with_times(QString text);
+
+// A file in `dir` of the family its name says, from "name|tags" (see with_times): JPEG and PNG from
+// an image, HEIC by heif-enc, DNG and NEF from a small TIFF, XMP by ExifTool from nothing, AVI from
+// bytes, movies and CR3 by hand with movie dates of 2005:08:11 14:03:54 UTC. A zoneless
+// IPTC:TimeCreated is cut from the bytes; "chunk=text" puts a text behind a PNG's image. Empty on failure.
+QString make_file(const QString& dir, const QString& spec);
+
+// `count` names beside `photo` for it, numbered from 0 in as many digits as `first` holds
+// ("p000.jpg": p000.jpg, p001.jpg...): copies, or hard links when `linked`, which take no room; the
+// photo itself when a name is its own. Empty on failure.
+QStringList numbered_copies(const QString& photo, const QString& first, int count, bool linked = false);
+
 // Every tag of `path`, keyed with its group.
 exif_tag_map read_back(const QString& path);
 QString original_time(const QString& path); // its ExifIFD:DateTimeOriginal

@@ -11,6 +11,7 @@
 #include <QObject>
 #include <QPointer>
 #include <QPushButton>
+#include <QTableView>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -48,6 +49,7 @@ protected:
         if (!zone.isEmpty())
             QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_timezone"), zone);
     }
+    QTableView* table() const { return window->findChild<QTableView*>("tableView"); }
     QPushButton* tip_button(const QString& tool_tip) const { return button(window, tool_tip); }
     QSharedPointer<seen_box> click_answering(const QString& tool_tip, const QString& answer)
     {
@@ -55,6 +57,7 @@ protected:
     }
     // The journals of runs not yet ended.
     static QStringList journals() { return QDir(undo_journal::default_folder()).entryList({"*.journal"}, QDir::Files); }
+    static QString first_journal() { return QDir(undo_journal::default_folder()).filePath(journals().value(0)); }
 
     QPointer<MainWindow> window;
     std::unique_ptr<QTemporaryDir> dir;
