@@ -89,15 +89,6 @@ MainWindow::run_guard::~run_guard()
         window->deleteLater();
 }
 
-QList<undo_entry> MainWindow::create_undo_info(const QString& path)
-{
-    const auto cache = exif_cache::instance();
-    const exif_tag_map tags = cache->file_tags[path];
-    const exif_tag_map values = recording_tags::new_values(tags, model->get_dt(path), model->get_offset_dt(path),
-                                                           model->shift_for(path));
-    return recording_tags::undo_entries(tags, cache->file_data[path], values);
-}
-
 void MainWindow::on_button_fix_time_clicked()
 {
     const auto cache = exif_cache::instance();
@@ -373,8 +364,9 @@ void MainWindow::on_button_fix_time_clicked()
                                nullptr, nullptr, nullptr});
         }
 
-        // The whole family is checked before any of it is journaled: a photo is written with its
-        // sidecars or not at all.
+        // The whole family is checked before any of it is sent: space and locks first, then each
+        // member's identity as it is journaled, the journaled ones backed out if one is refused.
+        // A photo is written with its sidecars or not at all.
         bool refused_any = values.empty();
         if (values.empty())
             fail(row, path, tr("%1 (nothing to write)").arg(path));
@@ -387,8 +379,6 @@ void MainWindow::on_button_fix_time_clicked()
             if (file.isFile() && QStorageInfo(file.absolutePath()).bytesAvailable() < file.size()) {
                 // ExifTool writes a whole copy before it replaces the photo's contents.
                 fail(row, member.path, tr("%1 (not enough free space for ExifTool's copy)").arg(member.path));
-            } else if (!file_identity::from_record(cache->file_data[member.path]).same_file(file_identity::of(member.path))) {
-                fail(row, member.path, undo_journal::tr("%1 (changed since it was loaded)").arg(member.path));
             } else if (!(member.lock = photo_lock::try_lock(member.path))) {
                 fail(row, member.path, undo_journal::tr("%1 (being changed by another copy of Tavimo)").arg(member.path));
             } else {

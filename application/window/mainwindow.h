@@ -99,8 +99,6 @@ private:
     void setup_load_images_progress_dialog();
     void setup_inter_widget_connections();
     void load_application_settings();
-    // The present values of the file's time tags, from what was read at load time.
-    QList<undo_entry> create_undo_info(const QString& path);
     void save_application_settings();
     // Hidden until a run sets a value. A `stoppable` one has a Stop button that ends the run
     // before its next file.
