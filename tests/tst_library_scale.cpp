@@ -159,7 +159,7 @@ private slots:
         QVERIFY(rows_at_stop > 0);
         QCOMPARE(model->rowCount(), rows_at_stop);
         QVERIFY(rows_at_stop < paths.size());
-        QCOMPARE(int(exif_cache::instance()->file_tags.size()), rows_at_stop);
+        QCOMPARE(int(exif_cache::instance()->size()), rows_at_stop);
         // What the children had been sent when Stop came is all they read, but for one more read
         // each that may go out before the drop reaches their worker; after the load nothing. (Left
         // to go out, the reads queued ahead came to about ten here.)

@@ -125,7 +125,7 @@ private slots:
         QCOMPARE(model.data(model.index(0, 2), Qt::UserRole).toDateTime().isValid(), new_time != "-");
         if (file.isEmpty())
             return;
-        const exif_tag_map record = exif_cache::instance()->file_data[path];
+        const exif_tag_map record = exif_cache::instance()->of(path).record.unpacked();
         QCOMPARE(record.count("iptc_timezone") ? record.at("iptc_timezone") : QString(), iptc_zone);
         // Only one DateTimeOriginal of the two is a time tag: IFD0's goes last when it is the only one.
         const QStringList time = time_tags(record);
@@ -210,13 +210,13 @@ private slots:
         model.add_files({b, a});
         QCOMPARE(QStringList(model.files), QStringList({a, b}));
         // Without its tags the file would read as unloaded again, had it been read anew.
-        exif_cache::instance()->file_tags.erase(b);
+        exif_cache::instance()->erase(b);
         model.add_file(b, true);
         model.add_files({a});
 
         QCOMPARE(model.rowCount(), 2);
         QCOMPARE(inserted.count(), 2);
-        QCOMPARE(exif_cache::instance()->file_tags.count(b), size_t(0));
+        QVERIFY(!exif_cache::instance()->contains(b));
     }
 };
 

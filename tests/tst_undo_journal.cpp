@@ -246,7 +246,7 @@ private slots:
         QVERIFY(set_modified_ns(path, loaded_ns));
         table_data_model model;
         model.add_file(path, true);
-        const file_identity loaded = file_identity::from_record(exif_cache::instance()->file_data[path]);
+        const file_identity loaded = exif_cache::instance()->identity(path);
         QCOMPARE(loaded.size, QFileInfo(path).size());
         // A value the photo doesn't hold: a crashed run counts it as written.
         const QList<undo_entry> undo = {{"ExifIFD:DateTimeOriginal", true, "2000:01:01 00:00:00"}};

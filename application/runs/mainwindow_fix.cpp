@@ -176,7 +176,7 @@ void MainWindow::on_button_fix_time_clicked()
         // A CR3 with EXIF gets the zone as EXIF offsets; one without has nowhere to keep it.
         const auto cr3_files = std::count_if(plan.begin(), plan.end(), [&cache](const planned_file& file) {
             return file.path.endsWith(QLatin1String(".cr3"), Qt::CaseInsensitive)
-                && !recording_tags::holds_exif_zone(cache->file_tags[file.path]);
+                && !recording_tags::holds_exif_zone(cache->of(file.path).tags.unpacked());
         });
         if (cr3_files >= 1
             && !ask(tr("Trying to alter/set timezone of %n CR3 images.\nThe CR3 format does not support timezone information.\nAll other values except the timezone will work normally.",
@@ -186,10 +186,9 @@ void MainWindow::on_button_fix_time_clicked()
         int zoneless_files = 0;
         for (const planned_file& file : plan) {
             if (file.time.isValid() && file.new_time.isValid()) {
-                const exif_tag_map tags = cache->file_tags[file.path];
-                exif_tag_map record = cache->file_data[file.path];
-                if ((tags.count(QStringLiteral("IPTC:DateCreated")) || tags.count(QStringLiteral("IPTC:TimeCreated")))
-                    && record[QStringLiteral("file_timezone")].isEmpty() && !model->date_only(file.path))
+                const exif_cache::entry& kept = cache->of(file.path);
+                if ((kept.tags.contains(QStringLiteral("IPTC:DateCreated")) || kept.tags.contains(QStringLiteral("IPTC:TimeCreated")))
+                    && kept.record.value(QStringLiteral("file_timezone")).isEmpty() && !model->date_only(file.path))
                     ++zoneless_files;
             }
         }
@@ -285,7 +284,7 @@ void MainWindow::on_button_fix_time_clicked()
             syncs.synced(sync.nsecsElapsed());
         for (pending_write& write : unsent) {
             QString reason;
-            write.link = write_link::make(write.path, file_identity::from_record(cache->file_data[write.path]), &reason);
+            write.link = write_link::make(write.path, cache->identity(write.path), &reason);
             if (!write.link) {
                 fail(write.row, write.path, QStringLiteral("%1 (%2)").arg(write.path, reason));
                 journal->written(write.path, false);
@@ -349,13 +348,13 @@ void MainWindow::on_button_fix_time_clicked()
         // Each time tag moves from its own value; the undo gives back what was there and deletes
         // what the run adds. The sidecars' dates move with the file's, each from its own value.
         QVector<pending_write> family;
-        const exif_tag_map tags = cache->file_tags[path];
+        const exif_tag_map tags = cache->of(path).tags.unpacked();
         const exif_tag_map values = recording_tags::new_values(tags, time, new_time, model->shift_for(path));
-        const bool own_time = !cache->file_data[path][QStringLiteral("rec_source")].isEmpty();
-        family.append({row, path, false, recording_tags::undo_entries(tags, cache->file_data[path], values), values,
+        const bool own_time = !cache->of(path).record.value(QStringLiteral("rec_source")).isEmpty();
+        family.append({row, path, false, recording_tags::undo_entries(tags, cache->of(path).record.unpacked(), values), values,
                        recording_tags::expected_before(tags, values, own_time), 0, nullptr, nullptr, nullptr});
         for (const QString& sidecar : model->sidecars(path)) {
-            const exif_tag_map sidecar_tags = cache->file_tags[sidecar];
+            const exif_tag_map sidecar_tags = cache->of(sidecar).tags.unpacked();
             const exif_tag_map sidecar_values =
                 recording_tags::sidecar_values(sidecar_tags, time, new_time, model->shift_for(path));
             if (!sidecar_values.empty())
@@ -374,7 +373,7 @@ void MainWindow::on_button_fix_time_clicked()
             if (refused_any)
                 break;
             const QFileInfo file(member.path);
-            member.size = qMax(qint64(0), file_identity::from_record(cache->file_data[member.path]).size);
+            member.size = qMax(qint64(0), cache->identity(member.path).size);
             refused_any = true;
             if (file.isFile() && QStorageInfo(file.absolutePath()).bytesAvailable() < file.size()) {
                 // ExifTool writes a whole copy before it replaces the photo's contents.
@@ -420,7 +419,7 @@ void MainWindow::on_button_fix_time_clicked()
         model->refresh(path, values);
         // The file the write left is the one a second correction must find.
         if (model->holds(path))
-            journal->loaded_identity(path).store(cache->file_data[path]);
+            cache->set_identity(path, journal->loaded_identity(path));
     }
     written_values.clear();
     for (const auto& [path, mark] : qAsConst(marks))
@@ -547,7 +546,7 @@ void MainWindow::on_button_undo_clicked()
         file_identity after;
         if (model->holds(path) && link.landed(&after)) {
             const file_identity now = file_identity::of(link.target());
-            (now.type == file_identity::regular ? now : after).store(exif_cache::instance()->file_data[path]);
+            exif_cache::instance()->set_identity(path, now.type == file_identity::regular ? now : after);
         }
     };
     auto finish_one = [&] {
@@ -576,7 +575,7 @@ void MainWindow::on_button_undo_clicked()
         if (run_ends())
             break;
         // An empty value deletes the tag: that is how tags the run added go away again.
-        const exif_tag_map tags = recording_tags::undo_values(undo_info.value(path));
+        const exif_tag_map tags = recording_tags::undo_values(undo_info.value(path).entries());
         std::shared_ptr<photo_lock> lock = photo_lock::try_lock(path);
         if (!lock) {
             failed_files << undo_journal::tr("%1 (being changed by another copy of Tavimo)").arg(path);
@@ -587,7 +586,7 @@ void MainWindow::on_button_undo_clicked()
             if (const std::shared_ptr<write_link> link = write_link::make(path, journal->loaded_identity(path), &reason)) {
                 // A photo whose write was cut short before it landed still holds its old values:
                 // writing them again changes nothing, and is no newer change to ask about.
-                const QList<undo_entry>& entries = undo_info[path];
+                const QList<undo_entry> entries = undo_info.value(path).entries();
                 pending.append({path, tags,
                                 ondo::exiftool::write_tags_async(link->target(), tags, recording_tags::expected_after(entries),
                                                                  recording_tags::expected_after(entries, true)),
@@ -617,7 +616,7 @@ void MainWindow::on_button_undo_clicked()
                 .arg(lines.join(QLatin1Char('\n'))),
             tr("Overwrite"), tr("Leave them"), QMessageBox::NoButton);
         for (const QString& path : qAsConst(changed_since)) {
-            const exif_tag_map tags = recording_tags::undo_values(undo_info.value(path));
+            const exif_tag_map tags = recording_tags::undo_values(undo_info.value(path).entries());
             if (answer == QMessageBox::No) {
                 undo_info.remove(path);
                 model->refresh(path, {}, tr("changed since the fix, left as it is"));

@@ -33,7 +33,7 @@ void MainWindow::setup_undo_journal()
 bool MainWindow::journal_before_write(const QString& path, const QList<undo_entry>& undo, QStringList& failed_files,
                                       bool flush)
 {
-    const file_identity loaded = file_identity::from_record(exif_cache::instance()->file_data[path]);
+    const file_identity loaded = exif_cache::instance()->identity(path);
     if (!loaded.same_file(file_identity::of(path))) {
         failed_files << changed_since_loaded(path);
         return false;
@@ -92,7 +92,10 @@ void MainWindow::offer_unfinished_runs()
                                               : answer == QMessageBox::No ? QStringLiteral("keep")
                                                                           : QStringLiteral("no answer"));
             if (answer == QMessageBox::Yes) {
-                undo_info = journal->adopt(run);
+                undo_info.clear();
+                const QMap<QString, QList<undo_entry>> adopted = journal->adopt(run);
+                for (auto file = adopted.cbegin(); file != adopted.cend(); ++file)
+                    undo_info.insert(file.key(), file.value());
                 on_button_undo_clicked();
                 // Only now: a crash during the undo leaves the run to be looked at again. What
                 // the undo could not restore is still in undo_info, and stays on disk with it.

@@ -8,6 +8,27 @@
 
 #include <cmath>
 
+packed_undo::packed_undo(const QList<undo_entry>& entries)
+{
+    QStringList fields;
+    for (const undo_entry& entry : entries)
+        fields << entry.tag << QString(QLatin1Char(entry.existed ? '1' : '0')) + QLatin1Char(entry.checked ? '1' : '0')
+               << entry.value << entry.written;
+    texts = fields;
+}
+
+QList<undo_entry> packed_undo::entries() const
+{
+    const QStringList fields = texts.unpacked();
+    QList<undo_entry> entries;
+    for (int i = 0; i + 3 < fields.size(); i += 4) {
+        const QString& flags = fields.at(i + 1);
+        entries.append({fields.at(i), flags.startsWith(QLatin1Char('1')), fields.at(i + 2), fields.at(i + 3),
+                        flags.endsWith(QLatin1Char('1'))});
+    }
+    return entries;
+}
+
 namespace recording_tags {
 
 namespace {

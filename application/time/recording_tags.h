@@ -1,6 +1,7 @@
 #pragma once
 
 #include <ondo/exiftool.h>
+#include <ondo/packed_tags.h>
 
 #include <QDate>
 #include <QDateTime>
@@ -21,6 +22,17 @@ struct undo_entry {
     // information from before this was kept.
     QString written;
     bool checked = false;
+};
+
+// One file's undo entries in one block, as a fix keeps them for each file it wrote.
+class packed_undo {
+public:
+    packed_undo() = default;
+    packed_undo(const QList<undo_entry>& entries);
+    QList<undo_entry> entries() const;
+
+private:
+    ondo::packed_list texts;
 };
 
 // The recording-time tags of one file, as read with groups and duplicates ("-G1 -a"): where the

@@ -109,6 +109,34 @@ void store_iptc(const exif_tag_map& tags, exif_tag_map& record)
         record[QStringLiteral("iptc_timezone")] = time->second.mid(sign);
 }
 
+// The name of a loaded file's absolute path, without the cost of a QFileInfo: the name sort asks
+// for every row's.
+QString file_name(const QString& path)
+{
+    return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
+}
+
+// The time a record's "rec_time" names, on the machine's clock.
+QDateTime local_time(const QString& fields_text)
+{
+    int fields[6] = {};
+    int field = 0;
+    for (const QStringView part : QStringView(fields_text).split(QLatin1Char(':'))) {
+        if (field < 6)
+            fields[field++] = part.toInt();
+    }
+    return QDateTime(QDate(fields[0], fields[1], fields[2]), QTime(fields[3], fields[4], fields[5], 0),
+                     Qt::LocalTime);
+}
+
+// What the time column sorts by: the moment in milliseconds, computed once a load, since a
+// local time costs a conversion; a time that doesn't exist on the clock goes first, as Qt puts it.
+qint64 time_key(const QString& fields_text)
+{
+    const QDateTime time = local_time(fields_text);
+    return time.isValid() ? time.toMSecsSinceEpoch() : std::numeric_limits<qint64>::min();
+}
+
 // The date part of a display format, for a date without a time: "dd.MM.yyyy" of
 // "dd.MM.yyyy - HH:mm:ss".
 QString date_format(const QString& format)
@@ -121,10 +149,14 @@ QString date_format(const QString& format)
     return format.left(end);
 }
 
-// Reads through the subscript, so that an unknown path leaves an empty record behind.
-const exif_tag_map& record_of(const QString& path)
+const ondo::packed_tags& record_of(const QString& path)
 {
-    return exif_cache::instance()->file_data[path];
+    return exif_cache::instance()->of(path).record;
+}
+
+QString value_of(const ondo::packed_tags& record, const QString& key)
+{
+    return record.value(key);
 }
 
 QString value_of(const exif_tag_map& record, const QString& key)
@@ -159,14 +191,13 @@ void exif_cache::load(const QString& path, const exif_tag_map& all_tags)
 {
     // Only what the rows, the fix, the undo and the cameras read: a camera's JPEG brings hundreds
     // of tags, and a library a hundred thousand files.
-    const exif_tag_map& tags = file_tags[path] = recording_tags::kept_tags(all_tags);
-    exif_tag_map& record = file_data[path];
+    const exif_tag_map tags = recording_tags::kept_tags(all_tags);
+    entry& kept = entries[path];
+    kept.tags = tags;
     // Derived anew each time, also after a fix: only what the load saw of the file itself stays.
-    const bool identified = record.count(QStringLiteral("file_type")) > 0;
-    const file_identity identity = file_identity::from_record(record);
-    record.clear();
-    if (identified)
-        identity.store(record);
+    exif_tag_map record;
+    if (kept.record.contains(QStringLiteral("file_type")))
+        file_identity::from_record(kept.record.unpacked()).store(record);
 
     // The file's own time, from its first tag that holds a proper date; only a file that dates
     // itself nowhere gets its file-system time.
@@ -190,12 +221,33 @@ void exif_cache::load(const QString& path, const exif_tag_map& all_tags)
     store_iptc(tags, record);
     record[QStringLiteral("has_data")] = true_text;
 
-    const QString body = camera::of(tags).key();
-    if (!body.isEmpty())
-        record[QStringLiteral("camera")] = body;
+    kept.camera = *camera_keys.insert(camera::of(tags).key());
     const QDateTime gps = gps_time(tags);
     if (gps.isValid())
         record[QStringLiteral("gps_utc")] = gps.toString(QStringLiteral("yyyy:MM:dd hh:mm:ss"));
+    kept.record = record;
+    kept.time_key = time_key(value_of(record, QStringLiteral("rec_time")));
+}
+
+const exif_cache::entry& exif_cache::of(const QString& path) const
+{
+    static const entry none;
+    const auto found = entries.constFind(path);
+    return found == entries.constEnd() ? none : *found;
+}
+
+void exif_cache::set_identity(const QString& path, const file_identity& identity)
+{
+    entry& kept = entries[path];
+    exif_tag_map record = kept.record.unpacked();
+    identity.store(record);
+    kept.record = record;
+}
+
+void exif_cache::set(const QString& path, const QString& field, const QString& value)
+{
+    entry& kept = entries[path];
+    kept.record = kept.record.with(field, value);
 }
 
 QStringList time_tags(const exif_tag_map& record)
@@ -239,21 +291,12 @@ int table_data_model::columnCount(const QModelIndex& parent) const
 
 QDateTime table_data_model::get_dt(const QString& path) const
 {
-    // Read in place: the sorts call this for every row.
-    const QString text = value_of(record_of(path), QStringLiteral("rec_time"));
-    int fields[6] = {};
-    int field = 0;
-    for (const QStringView part : QStringView(text).split(QLatin1Char(':'))) {
-        if (field < 6)
-            fields[field++] = part.toInt();
-    }
-    return QDateTime(QDate(fields[0], fields[1], fields[2]), QTime(fields[3], fields[4], fields[5], 0),
-                     Qt::LocalTime);
+    return local_time(value_of(record_of(path), QStringLiteral("rec_time")));
 }
 
 QDateTime table_data_model::get_offset_dt(const QString& path) const
 {
-    const exif_tag_map& record = record_of(path);
+    const ondo::packed_tags& record = record_of(path);
     QDateTime utc;
     const QString utc_text = value_of(record, QStringLiteral("rec_utc"));
     if (!utc_text.isEmpty()) {
@@ -265,7 +308,7 @@ QDateTime table_data_model::get_offset_dt(const QString& path) const
 
 bool table_data_model::date_only(const QString& path) const
 {
-    return record_of(path).count(QStringLiteral("rec_date_only")) > 0;
+    return record_of(path).contains(QStringLiteral("rec_date_only"));
 }
 
 recording_tags::shift table_data_model::shift_for(const QString& path) const
@@ -275,7 +318,7 @@ recording_tags::shift table_data_model::shift_for(const QString& path) const
 
 QString table_data_model::camera_key(const QString& path) const
 {
-    return value_of(record_of(path), QStringLiteral("camera"));
+    return exif_cache::instance()->of(path).camera;
 }
 
 QString table_data_model::camera_name(const QString& key) const
@@ -409,18 +452,19 @@ void table_data_model::refresh(const QString& path, const exif_tag_map& values, 
     auto cache = exif_cache::instance();
     const QString owner = sidecar_owner.value(path);
     if (failure.isEmpty())
-        cache->load(path, recording_tags::after_write(cache->file_tags[path], values));
+        cache->load(path, recording_tags::after_write(cache->of(path).tags.unpacked(), values));
     else if (owner.isEmpty())
-        cache->file_data[path][QStringLiteral("run_failure")] = failure;
+        cache->set(path, QStringLiteral("run_failure"), failure);
     else
-        cache->file_data[owner][QStringLiteral("run_failure")] = tr("its sidecar %1: %2").arg(QFileInfo(path).fileName(), failure);
+        cache->set(owner, QStringLiteral("run_failure"), tr("its sidecar %1: %2").arg(QFileInfo(path).fileName(), failure));
 }
 
 void table_data_model::clear_failures()
 {
     auto cache = exif_cache::instance();
     for (const QString& path : qAsConst(files))
-        cache->file_data[path].erase(QStringLiteral("run_failure"));
+        if (cache->of(path).record.contains(QStringLiteral("run_failure")))
+            cache->set(path, QStringLiteral("run_failure"), QString());
 }
 
 void table_data_model::rows_changed()
@@ -525,44 +569,101 @@ void table_data_model::sort(int column, Qt::SortOrder order)
     const bool ascending = order == Qt::AscendingOrder;
     emit layoutAboutToBeChanged();
 
-    // Each row's key is computed once per sort; the keys die with it, so nothing outlives a
-    // change of the records or of the offset.
+    // Each row's key is computed once per sort and compared as numbers: a table of 100,000 rows
+    // would otherwise cost seconds of collation and local time. The keys die with the sort, so
+    // nothing outlives a change of the records or of the offset.
+    const int count = files.size();
+    std::vector<int> rows(static_cast<size_t>(count));
+    for (int i = 0; i < count; ++i)
+        rows[size_t(i)] = i;
     if (column == 1) {
-        std::vector<std::pair<qint64, QString>> rows;
-        rows.reserve(size_t(files.size()));
-        // As milliseconds since the epoch: local times compare by converting both on every
-        // comparison, which made the sort of 100,000 rows take over a second. The same moments,
-        // so the same order; a time that doesn't exist on the clock goes first, as Qt puts it.
-        for (const QString& path : qAsConst(files)) {
-            const QDateTime time = get_dt(path);
-            rows.emplace_back(time.isValid() ? time.toMSecsSinceEpoch() : std::numeric_limits<qint64>::min(), path);
-        }
-        std::sort(rows.begin(), rows.end(), [ascending](const auto& a, const auto& b) {
-            return ascending ? a.first < b.first : b.first < a.first;
+        std::vector<qint64> moments(static_cast<size_t>(count));
+        const auto cache = exif_cache::instance();
+        for (int i = 0; i < count; ++i)
+            moments[size_t(i)] = cache->of(files.at(i)).time_key;
+        std::sort(rows.begin(), rows.end(), [&moments, ascending](int a, int b) {
+            return ascending ? moments[size_t(a)] < moments[size_t(b)] : moments[size_t(b)] < moments[size_t(a)];
         });
-        for (int i = 0; i < files.size(); ++i)
-            files[i] = std::move(rows[size_t(i)].second);
     } else {
-        std::vector<std::pair<QString, QString>> rows;
-        rows.reserve(size_t(files.size()));
-        for (const QString& path : qAsConst(files))
-            rows.emplace_back(column == 3 ? camera_name(camera_key(path)) : shown_name(path), path);
         // As file managers show names: case aside, numbers by value ("photo_2" before "photo_10"),
         // letters as the locale orders them. The C locale has no order of letters of its own; the
         // neutral one stands in, which puts "Ü" beside "U" rather than after "z".
         const QLocale locale;
         QCollator collator(locale.language() == QLocale::C ? QLocale(QLocale::English) : locale);
         collator.setCaseSensitivity(Qt::CaseInsensitive);
-        // Equal names (the same file name in two folders) fall back to the whole path.
-        std::sort(rows.begin(), rows.end(), [ascending, &collator](const auto& a, const auto& b) {
-            int result = ondo::compare_qstring_naturally(a.first, b.first, collator);
-            if (result == 0)
-                result = ondo::compare_qstring_naturally(a.second, b.second, collator);
+        // By the shown name, equal ones by the whole path. By camera, then by folder and name: the
+        // order of whole paths but for folders whose names differ only in their accents.
+        std::vector<QString> texts(static_cast<size_t>(count));
+        QHash<QString, quint64> camera_places;
+        QHash<QString, quint64> folder_places;
+        QHash<QString, QString> names_of_cameras;
+        QString last_folder;
+        for (int i = 0; i < count; ++i) {
+            const QString& path = files.at(i);
+            if (column == 3) {
+                const QString key = camera_key(path);
+                auto name = names_of_cameras.find(key);
+                if (name == names_of_cameras.end())
+                    name = names_of_cameras.insert(key, camera_name(key));
+                texts[size_t(i)] = *name;
+                camera_places.insert(*name, 0);
+                // Rows of one folder mostly follow each other.
+                const QStringView folder = QStringView(path).left(path.lastIndexOf(QLatin1Char('/')) + 1);
+                if (folder != last_folder) {
+                    last_folder = folder.toString();
+                    folder_places.insert(last_folder, 0);
+                }
+            } else {
+                texts[size_t(i)] = shown_name(path);
+            }
+        }
+        // The few distinct cameras and folders are put in order once.
+        for (QHash<QString, quint64>* places : {&camera_places, &folder_places}) {
+            QStringList distinct = places->keys();
+            std::sort(distinct.begin(), distinct.end(), [&collator](const QString& a, const QString& b) {
+                return ondo::compare_qstring_naturally(a, b, collator) < 0;
+            });
+            for (int i = 0; i < distinct.size(); ++i)
+                (*places)[distinct.at(i)] = quint64(i);
+        }
+        ondo::natural_keys keys(collator);
+        for (int i = 0; i < count; ++i) {
+            const QString& path = files.at(i);
+            if (column == 3) {
+                const int slash = path.lastIndexOf(QLatin1Char('/')) + 1;
+                if (QStringView(path).left(slash) != last_folder)
+                    last_folder = path.left(slash);
+                const quint64 lead = camera_places.value(texts[size_t(i)]) << 32 | folder_places.value(last_folder);
+                keys.add(path, lead, slash);
+            } else {
+                keys.add(texts[size_t(i)]);
+            }
+        }
+        struct row_head {
+            ondo::natural_keys::head_elements head;
+            int row;
+        };
+        std::vector<row_head> heads(static_cast<size_t>(count));
+        for (int i = 0; i < count; ++i)
+            heads[size_t(i)] = {keys.head(i), i};
+        // Equal keys are rare: texts that differ only in case or in leading zeros, compared in full.
+        std::sort(heads.begin(), heads.end(), [&](const row_head& a, const row_head& b) {
+            int result = a.head < b.head ? -1 : b.head < a.head ? 1 : keys.compare(a.row, b.row);
+            if (result == 0) {
+                result = ondo::compare_qstring_naturally(texts[size_t(a.row)], texts[size_t(b.row)], collator);
+                if (result == 0)
+                    result = ondo::compare_qstring_naturally(files.at(a.row), files.at(b.row), collator);
+            }
             return ascending ? result < 0 : result > 0;
         });
-        for (int i = 0; i < files.size(); ++i)
-            files[i] = std::move(rows[size_t(i)].second);
+        for (int i = 0; i < count; ++i)
+            rows[size_t(i)] = heads[size_t(i)].row;
     }
+    QList<QString> sorted;
+    sorted.reserve(count);
+    for (const int row : rows)
+        sorted.append(files.at(row));
+    files = sorted;
 
     sort_column = column;
     sort_order = order;
@@ -579,7 +680,7 @@ void table_data_model::add_file(const QString& path, bool notify)
         beginInsertRows(QModelIndex(), row, row);
     files.append(path);
     loaded.insert(path);
-    ++name_files[QFileInfo(path).fileName()];
+    ++name_files[file_name(path)];
     if (notify)
         endInsertRows();
 
@@ -589,8 +690,9 @@ void table_data_model::add_file(const QString& path, bool notify)
         const file_identity identity = ahead->second.identity;
         ondo::exif_response* read = ahead->second.read;
         prefetched.erase(ahead);
-        exif_cache::instance()->load(file, ondo::exiftool::read_result(read));
-        identity.store(exif_cache::instance()->file_data[file]);
+        exif_cache& cache = *exif_cache::instance();
+        cache.load(file, ondo::exiftool::read_result(read));
+        cache.set_identity(file, identity);
     };
     take(path);
     count_camera(camera_key(path));
@@ -623,7 +725,7 @@ void table_data_model::add_loaded(const QStringList& paths)
 void table_data_model::count_loaded(const QString& path)
 {
     loaded.insert(path);
-    ++name_files[QFileInfo(path).fileName()];
+    ++name_files[file_name(path)];
     count_camera(camera_key(path));
 }
 
@@ -694,13 +796,10 @@ void table_data_model::remove_files(const QStringList& paths)
     forget_counts();
     auto cache = exif_cache::instance();
     for (const QString& path : gone) {
-        for (const QString& sidecar : sidecar_files.value(path)) {
-            cache->file_data.erase(sidecar);
-            cache->file_tags.erase(sidecar);
-        }
+        for (const QString& sidecar : sidecar_files.value(path))
+            cache->erase(sidecar);
         forget_sidecars(path);
-        cache->file_data.erase(path);
-        cache->file_tags.erase(path);
+        cache->erase(path);
     }
     // The counts and names of what is left, as a load of it would give them.
     for (const QString& path : qAsConst(files))
@@ -741,11 +840,10 @@ void table_data_model::forget_sidecars(const QString& path)
 
 QString table_data_model::shown_name(const QString& path) const
 {
-    const QFileInfo file(path);
-    const QString name = file.fileName();
+    const QString name = file_name(path);
     if (name_files.value(name) < 2)
         return name;
-    return file.dir().dirName() + QLatin1Char('/') + name;
+    return QFileInfo(path).dir().dirName() + QLatin1Char('/') + name;
 }
 
 void table_data_model::datetime_format_changed(const QString& text)

@@ -8,6 +8,7 @@
 #include "photo_family.h"
 
 #include <ondo/exiftool.h>
+#include <ondo/packed_tags.h>
 
 #include <QAbstractTableModel>
 #include <QDateTime>
@@ -19,33 +20,65 @@
 #include <QString>
 #include <QStringList>
 
+#include <limits>
 #include <map>
 #include <optional>
 #include <memory>
 
 // What is known of every loaded file, keyed by absolute path. Touched on the GUI thread only.
-// Look a file up with the subscript (a path never loaded yields an empty record) and work on
-// what it gives without keeping references across a load or a reset.
+// Look a file up with of() (a path never loaded yields an empty entry) and work on what it gives
+// without keeping references across a load or a reset. A library brings a hundred
+// thousand files: each keeps what the rows, the fix, the undo, the cameras and the families read,
+// in one packed block for its tags and one for its record.
 class exif_cache {
 public:
     static std::shared_ptr<exif_cache> instance();
 
-    // Derived record: "rec_time" (year, month, day, hour, minute and second, joined by ":"), "rec_source" (the tag the time came from,
-    // empty for the file system), "rec_date_only" (the time is a date alone), "rec_utc" (the
-    // moment, for a file that keeps it in UTC and states no zone), "file_timezone" (the zone the
-    // file states), "run_failure" (why the last run could not write it), "has_data",
-    // "has_iptc_date", "has_iptc_time", "ipct_timezone", "iptc_timezone" (IPTC's own zone),
-    // "DateTimeOriginalInIFD0"; and from add_file the file's identity at load ("file_device",
-    // "file_inode", "file_type", "file_link").
-    std::map<QString, exif_tag_map> file_data;
-    // The tags as ExifTool returned them, with their groups ("ExifIFD:DateTimeOriginal"), as far
-    // as the time rules and the cameras read them (recording_tags::kept_tags).
-    std::map<QString, exif_tag_map> file_tags;
+    struct entry {
+        // The tags as ExifTool returned them, with their groups ("ExifIFD:DateTimeOriginal"), as
+        // far as the time rules and the cameras read them (recording_tags::kept_tags).
+        ondo::packed_tags tags;
+        // Derived: "rec_time" (year, month, day, hour, minute and second, joined by ":"),
+        // "rec_source" (the tag the time came from, empty for the file system), "rec_date_only"
+        // (the time is a date alone), "rec_utc" (the moment, for a file that keeps it in UTC and
+        // states no zone), "file_timezone" (the zone the file states), "run_failure" (why the last
+        // run could not write it), "has_data", "has_iptc_date", "has_iptc_time", "ipct_timezone",
+        // "iptc_timezone" (IPTC's own zone), "DateTimeOriginalInIFD0", "gps_utc"; and
+        // from add_file the file's identity at load ("file_device", "file_inode", "file_type",
+        // "file_link").
+        ondo::packed_tags record;
+        // The recording time on the machine's clock in milliseconds since the epoch, the lowest
+        // number for none or one that doesn't exist on the clock: what the time column sorts by.
+        qint64 time_key = std::numeric_limits<qint64>::min();
+        // The key of the file's camera (camera::key), empty for an unknown one; one text shared
+        // by all files of a camera. The camera sort reads it for every row.
+        QString camera;
+    };
 
-    // Stores what is kept of `tags` for `path` and derives its record from them anew, keeping the identity the
-    // load saw; the recording time falls back to the file-system time when none of its date tags
-    // holds a proper date.
+    const entry& of(const QString& path) const;
+    entry& operator[](const QString& path) { return entries[path]; }
+    bool contains(const QString& path) const { return entries.contains(path); }
+    size_t size() const { return size_t(entries.size()); }
+    void erase(const QString& path) { entries.remove(path); }
+    void clear()
+    {
+        entries.clear();
+        camera_keys.clear();
+    }
+
+    // Stores what is kept of `tags` for `path` and derives its record from them anew, keeping the
+    // identity the load saw; the recording time falls back to the file-system time when none of
+    // its date tags holds a proper date.
     void load(const QString& path, const exif_tag_map& tags);
+    // Sets one field of the record, or takes it away with a null `value`.
+    void set(const QString& path, const QString& field, const QString& value);
+    // The file as the load saw it, or as the last write left it.
+    file_identity identity(const QString& path) const { return file_identity::from_record(of(path).record.unpacked()); }
+    void set_identity(const QString& path, const file_identity& identity);
+
+private:
+    QHash<QString, entry> entries;
+    QSet<QString> camera_keys;
 };
 
 // The nine classic time tags, in that order. For a record with "DateTimeOriginalInIFD0" the

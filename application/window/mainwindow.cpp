@@ -433,6 +433,8 @@ void MainWindow::load_files(QStringList filenames)
     }
     ui->tableView->setUpdatesEnabled(true);
     model->drop_prefetched();
+    // The folders' listings are done with; a library's would hold every name once more.
+    model->family = photo_family();
     model->resort();
     cameras_changed();
     qInfo().noquote() << QStringLiteral("Load ended: %1 rows added%2, in %3 s")
@@ -529,8 +531,7 @@ void MainWindow::on_button_reset_clicked()
     ui->widget_time_adjust->clear();
     model->offsets->clear_corrections();
     auto cache = exif_cache::instance();
-    cache->file_data.clear();
-    cache->file_tags.clear();
+    cache->clear();
     cameras_changed();
 }
 

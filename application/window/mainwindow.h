@@ -164,7 +164,7 @@ private:
     ondo::progress_dialog* tavimo_progress_dialog = nullptr;
     ondo::progress_dialog* load_images_progress_dialog = nullptr;
     // The last fix run's old values by path; the undo button is enabled exactly when it holds any.
-    QMap<QString, QList<undo_entry>> undo_info;
+    QMap<QString, packed_undo> undo_info;
     undo_journal* journal = nullptr;
     // Where the file dialog opens; changed only by that dialog.
     QString last_load_path;

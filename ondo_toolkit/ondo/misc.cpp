@@ -4,6 +4,7 @@
 
 #include <QChar>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
@@ -119,6 +120,110 @@ int compare_qstring_naturally(const QString& a, const QString& b, const QCollato
     if (i < a.size() || j < b.size())
         return i < a.size() ? 1 : -1;
     return a.compare(b);
+}
+
+namespace {
+
+// Until ranked, a run of text is its number plus one with this bit, and a run of digits starts
+// with it alone. Lengths and digits never reach it: seven digits' low bytes fill 56 bits.
+constexpr quint64 unranked = quint64(1) << 63;
+
+} // namespace
+
+size_t natural_keys::run_hash::operator()(QStringView run) const
+{
+    // FNV-1a: runs are a few letters long, and a table's sort hashes a few for every row.
+    size_t hash = 14695981039346656037ull;
+    for (const QChar unit : run)
+        hash = (hash ^ unit.unicode()) * 1099511628211ull;
+    return hash;
+}
+
+int natural_keys::add(const QString& text, quint64 lead, int from)
+{
+    starts.push_back(elements.size());
+    elements.push_back(lead);
+    for (int i = from; i < text.size();) {
+        const int end = run_end(text, i);
+        if (!is_digit(text.at(i).unicode())) {
+            const QStringView run = QStringView(text).mid(i, end - i);
+            const auto found = run_numbers.emplace(run, quint32(runs.size()));
+            if (found.second)
+                runs.push_back(run);
+            elements.push_back(unranked | (quint64(found.first->second) + 1));
+        } else {
+            // As compare_numbers: leading zeros aside, the longer number is larger, and of two as
+            // long the first differing digit decides.
+            int first = i;
+            while (first < end - 1 && (text.at(first).unicode() & 0xFF) == 0x30)
+                ++first;
+            elements.push_back(unranked);
+            elements.push_back(quint64(end - first));
+            for (int chunk = first; chunk < end; chunk += 7) {
+                quint64 bytes = 0;
+                for (int at = chunk; at < chunk + 7; ++at)
+                    bytes = (bytes << 8) | (at < end ? (text.at(at).unicode() & 0xFF) : 0);
+                elements.push_back(bytes);
+            }
+        }
+        i = end;
+    }
+    return int(starts.size()) - 1;
+}
+
+void natural_keys::rank()
+{
+    std::vector<quint32> order(runs.size());
+    for (quint32 i = 0; i < order.size(); ++i)
+        order[i] = i;
+    std::sort(order.begin(), order.end(), [this](quint32 a, quint32 b) { return collator.compare(runs[a], runs[b]) < 0; });
+    // Runs the collator holds equal share a place; runs of digits, which it compares with text
+    // by their first digit, take the odd place before the first run that isn't below "0".
+    std::vector<quint64> places(runs.size());
+    quint64 digits = 0;
+    int group = -1;
+    for (size_t i = 0; i < order.size(); ++i) {
+        if (i == 0 || collator.compare(runs[order[i - 1]], runs[order[i]]) != 0) {
+            ++group;
+            if (digits == 0 && collator.compare(runs[order[i]], QStringLiteral("0")) >= 0)
+                digits = quint64(2 * group + 1);
+        }
+        places[order[i]] = quint64(2 * group + 2);
+    }
+    if (digits == 0)
+        digits = quint64(2 * group + 3);
+    for (quint64& element : elements)
+        if (element & unranked)
+            element = element == unranked ? digits : places[size_t(element & ~unranked) - 1];
+    ranked = true;
+}
+
+natural_keys::head_elements natural_keys::head(int row)
+{
+    if (!ranked)
+        rank();
+    head_elements elements_of_row{};
+    const size_t end = size_t(row) + 1 < starts.size() ? starts[size_t(row) + 1] : elements.size();
+    for (size_t i = 0; i < elements_of_row.size() && starts[size_t(row)] + i < end; ++i)
+        elements_of_row[i] = elements[starts[size_t(row)] + i] + 1;
+    return elements_of_row;
+}
+
+int natural_keys::compare(int a, int b)
+{
+    if (!ranked)
+        rank();
+    const auto end = [this](int row) {
+        return elements.begin() + std::ptrdiff_t(size_t(row) + 1 < starts.size() ? starts[size_t(row) + 1] : elements.size());
+    };
+    const auto first_a = elements.begin() + std::ptrdiff_t(starts[size_t(a)]), end_a = end(a);
+    const auto first_b = elements.begin() + std::ptrdiff_t(starts[size_t(b)]), end_b = end(b);
+    const auto differ = std::mismatch(first_a, end_a, first_b, end_b);
+    if (differ.first == end_a)
+        return differ.second == end_b ? 0 : -1;
+    if (differ.second == end_b)
+        return 1;
+    return *differ.first < *differ.second ? -1 : 1;
 }
 
 QRect qrect_rotate_90_inside_rect(const QRect& rect, int quarter_turns, const QSize& from, QSize to)

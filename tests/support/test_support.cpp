@@ -355,8 +355,7 @@ QPushButton* button(QWidget* window, const QString& tool_tip)
 
 void forget_files()
 {
-    exif_cache::instance()->file_data.clear();
-    exif_cache::instance()->file_tags.clear();
+    exif_cache::instance()->clear();
 }
 
 namespace {
