@@ -299,7 +299,6 @@ bool undo_journal::begin_run()
     if (runs_open++ > 0)
         return descriptor >= 0;
     loaded.clear();
-    loaded_times.clear();
     if (!QDir().mkpath(folder)) {
         qWarning() << "Can't make the folder for undo information" << folder;
         return false;
@@ -331,8 +330,7 @@ bool undo_journal::add(const QString& path, const file_identity& identity, const
 {
     if (!append(photo_record(path, identity, undo), flush))
         return false;
-    loaded.insert(path, identity);
-    loaded_times.insert(path, identity.modified_ns);
+    loaded.insert(path, {identity, identity.modified_ns});
     return true;
 }
 
@@ -352,12 +350,12 @@ void undo_journal::written(const QString& path, bool success, const file_identit
         // from now on the undo looks for the file the write left.
         const file_identity after = left.type == file_identity::missing ? file_identity::of(path) : left;
         record = written_record(path, after);
-        if (loaded.contains(path))
-            loaded.insert(path, after);
+        const auto photo = loaded.find(path);
+        if (photo != loaded.end())
+            photo->identity = after;
     } else {
         record[QStringLiteral("failed")] = path;
         loaded.remove(path);
-        loaded_times.remove(path);
     }
     // Not flushed on its own: the next photo's line takes it along, and a start that misses it
     // still checks the photo for being the same file.
@@ -374,9 +372,9 @@ void undo_journal::end_run()
         QFile::remove(file);
 }
 
-file_identity undo_journal::loaded_identity(const QString& path) const { return loaded.value(path); }
+file_identity undo_journal::loaded_identity(const QString& path) const { return loaded.value(path).identity; }
 
-qint64 undo_journal::loaded_modified_ns(const QString& path) const { return loaded_times.value(path); }
+qint64 undo_journal::loaded_modified_ns(const QString& path) const { return loaded.value(path).modified_ns; }
 
 bool undo_journal::append(const QJsonObject& record, bool flush)
 {
@@ -474,13 +472,12 @@ QList<undo_journal::unfinished_run> undo_journal::unfinished_runs()
 
 QMap<QString, QList<undo_entry>> undo_journal::adopt(const unfinished_run& run)
 {
-    loaded = run.loaded;
-    loaded_times.clear();
+    loaded.clear();
     for (auto it = run.loaded.begin(); it != run.loaded.end(); ++it)
-        loaded_times.insert(it.key(), it.value().modified_ns);
+        loaded.insert(it.key(), {it.value(), it.value().modified_ns});
     // A confirmed write's file is the one the undo must find.
     for (auto it = run.left.begin(); it != run.left.end(); ++it)
-        loaded.insert(it.key(), it.value());
+        loaded[it.key()].identity = it.value();
     return run.undo;
 }
 

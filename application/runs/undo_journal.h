@@ -4,6 +4,7 @@
 #include "mainwindow.h"
 
 #include <QList>
+#include <QHash>
 #include <QMap>
 #include <QObject>
 #include <QString>
@@ -100,8 +101,12 @@ private:
     int descriptor = -1;
     int runs_open = 0;
     std::shared_ptr<QLockFile> run_lock;
-    QMap<QString, file_identity> loaded;
-    QMap<QString, qint64> loaded_times;
+    // Per photo of the run: the file its undo must find, and its modification time at load.
+    struct journaled_photo {
+        file_identity identity;
+        qint64 modified_ns = 0;
+    };
+    QHash<QString, journaled_photo> loaded;
     // The locks of runs kept for the next start: no other program takes them while this one runs.
     QList<std::shared_ptr<QLockFile>> kept_locks;
 };

@@ -14,7 +14,7 @@ packed_undo::packed_undo(const QList<undo_entry>& entries)
     for (const undo_entry& entry : entries)
         fields << entry.tag << QString(QLatin1Char(entry.existed ? '1' : '0')) + QLatin1Char(entry.checked ? '1' : '0')
                << entry.value << entry.written;
-    texts = fields;
+    texts = ondo::packed_list(fields, 4);
 }
 
 QList<undo_entry> packed_undo::entries() const

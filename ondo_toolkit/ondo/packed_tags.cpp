@@ -51,7 +51,8 @@ name_table& table()
     return names;
 }
 
-enum text_kind : quint64 { null_text = 0, latin1_text = 1, utf16_text = 2 };
+// A text's header is its size times four and its kind; a name's, its number times four and 3.
+enum text_kind : quint64 { null_text = 0, latin1_text = 1, utf16_text = 2, name_text = 3 };
 
 void put_number(QByteArray& block, quint64 value)
 {
@@ -73,7 +74,7 @@ void put_text(QByteArray& block, const QString& text)
     bool latin1 = true;
     for (qsizetype i = 0; i < size && latin1; ++i)
         latin1 = units[i].unicode() < 0x100;
-    put_number(block, quint64(size) * 3 + (latin1 ? latin1_text : utf16_text));
+    put_number(block, quint64(size) * 4 + (latin1 ? latin1_text : utf16_text));
     if (latin1) {
         for (qsizetype i = 0; i < size; ++i)
             block.append(char(units[i].unicode()));
@@ -110,10 +111,11 @@ struct reader {
         if (numbered)
             number = quint32(take_number());
         const quint64 header = take_number();
-        kind = header % 3;
-        text_size = qsizetype(header / 3);
+        kind = header % 4;
+        text_size = qsizetype(header / 4);
         text_at = at;
-        at += kind == utf16_text ? text_size * qsizetype(sizeof(QChar)) : text_size;
+        if (kind != name_text)
+            at += kind == utf16_text ? text_size * qsizetype(sizeof(QChar)) : text_size;
         return true;
     }
 
@@ -123,6 +125,8 @@ struct reader {
         switch (kind) {
         case latin1_text:
             return QString::fromLatin1(data, int(text_size));
+        case name_text:
+            return table().name(quint32(text_size));
         case utf16_text: {
             QString value(int(text_size), Qt::Uninitialized);
             std::memcpy(value.data(), data, size_t(text_size) * sizeof(QChar));
@@ -197,10 +201,14 @@ packed_tags packed_tags::with(const QString& tag, const QString& value) const
     return packed_tags(tags);
 }
 
-packed_list::packed_list(const QStringList& texts)
+packed_list::packed_list(const QStringList& texts, int name_every)
 {
-    for (const QString& text : texts)
-        put_text(block, text);
+    for (int i = 0; i < texts.size(); ++i) {
+        if (name_every > 0 && i % name_every == 0)
+            put_number(block, quint64(table().number_of(texts.at(i))) * 4 + name_text);
+        else
+            put_text(block, texts.at(i));
+    }
     block.squeeze();
 }
 

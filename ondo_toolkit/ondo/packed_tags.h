@@ -38,7 +38,8 @@ private:
 class packed_list {
 public:
     packed_list() = default;
-    packed_list(const QStringList& texts);
+    // Every `name_every`-th text, from the first, is a tag name, stored as packed_tags stores one.
+    packed_list(const QStringList& texts, int name_every = 0);
     QStringList unpacked() const;
     bool empty() const { return block.isEmpty(); }
 
