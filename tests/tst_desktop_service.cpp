@@ -13,7 +13,6 @@
 #include <QDir>
 #include <QProcess>
 #include <QSettings>
-#include <QTableView>
 #include <QtTest>
 
 using test_support::make_tagged_photo;
@@ -50,7 +49,7 @@ private slots:
         for (const QString& item : open_window_beside_album())
             uris << QUrl::fromLocalFile(item).toString();
         call_open(uris);
-        QTRY_COMPARE_WITH_TIMEOUT(names(), (QStringList{"a.jpg", "b ü.png", "c.jpg"}), 30000);
+        QTRY_COMPARE_WITH_TIMEOUT(column_texts(), (QStringList{"a.jpg", "b ü.png", "c.jpg"}), 30000);
         QVERIFY(!QSettings().contains("last_load_path"));
     }
 
@@ -64,7 +63,7 @@ private slots:
         QVERIFY2(out.contains("visible: MainWindow 800x700"), qPrintable(out));
         QCOMPARE(out.count("Desktop open requests go to the copy that already runs"), 1);
         call_open({QUrl::fromLocalFile(items.first()).toString()});
-        QTRY_COMPARE_WITH_TIMEOUT(names(), QStringList{"a.jpg"}, 30000);
+        QTRY_COMPARE_WITH_TIMEOUT(column_texts(), QStringList{"a.jpg"}, 30000);
     }
 
     // A start with names while this copy holds the bus name: the names come here, relative ones
@@ -75,7 +74,7 @@ private slots:
         open_window_beside_album();
         QString out;
         QVERIFY2(run_copy(out, "60000", {"a.jpg", "album"}) && !out.contains("visible:"), qPrintable(out));
-        QTRY_COMPARE_WITH_TIMEOUT(names(), (QStringList{"a.jpg", "c.jpg"}), 30000);
+        QTRY_COMPARE_WITH_TIMEOUT(column_texts(), (QStringList{"a.jpg", "c.jpg"}), 30000);
     }
 
     // In place of window_test's: the service goes before the window it points to.
@@ -126,16 +125,6 @@ private:
         call.setArguments({uris, QVariantMap()});
         QVERIFY(other.isConnected());
         other.asyncCall(call);
-    }
-
-    QStringList names() const
-    {
-        auto* table = window->findChild<QTableView*>("tableView");
-        QStringList result;
-        for (int row = 0; row < table->model()->rowCount(); ++row)
-            result << table->model()->index(row, 0).data().toString();
-        result.sort();
-        return result;
     }
 };
 
