@@ -17,13 +17,7 @@
 
 using test_support::make_tagged_photo;
 
-namespace {
-
 const exif_tag_map recorded{{"ExifIFD:DateTimeOriginal", "2017:06:21 18:30:05"}};
-
-QString bus_address() { return qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"); }
-
-} // namespace
 
 // The desktop's open request, on a session bus of the test's own (the suite runs this program
 // under dbus-run-session).
@@ -119,7 +113,8 @@ private:
     // the effect is.
     static void call_open(const QStringList& uris)
     {
-        QDBusConnection other = QDBusConnection::connectToBus(bus_address(), "file manager");
+        QDBusConnection other =
+            QDBusConnection::connectToBus(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"), "file manager");
         QDBusMessage call = QDBusMessage::createMethodCall(desktop_service::application_id(),
             desktop_service::object_path(desktop_service::application_id()), "org.freedesktop.Application", "Open");
         call.setArguments({uris, QVariantMap()});

@@ -29,11 +29,7 @@
 
 using test_support::make_tagged_photo;
 
-namespace {
-
 const exif_tag_map recorded{{"ExifIFD:DateTimeOriginal", "2017:06:21 18:30:05"}};
-
-} // namespace
 
 // The window with the real ExifTool behind it: files come in by each of the three roads and
 // the table shows what ExifTool read; the window by keyboard alone. The test runs on the clock
