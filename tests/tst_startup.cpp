@@ -2,7 +2,6 @@
 #include "test_support.h"
 
 #include <QFileInfo>
-#include <QImage>
 #include <QProcess>
 #include <QSettings>
 #include <QTemporaryDir>
