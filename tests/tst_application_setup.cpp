@@ -79,10 +79,10 @@ private slots:
             QMessageLogger("photo.cpp", 42, "void load()").critical().noquote() << message;
         });
         const QString line = "\\d\\d:\\d\\d:\\d\\d\\.\\d\\d\\d " + QRegularExpression::escape(message) + "\n$";
-        QVERIFY2(printed ? QRegularExpression("^Warning: " + line).match(streams.out).hasMatch() : streams.out.isEmpty(),
-                 qPrintable(streams.out));
-        QVERIFY2(printed ? QRegularExpression("^Critical: " + line).match(streams.err).hasMatch() : streams.err.isEmpty(),
-                 qPrintable(streams.err));
+        QVERIFY2(printed ? QRegularExpression("^Warning: " + line).match(streams.out).hasMatch()
+                         : streams.out.isEmpty(), qPrintable(streams.out));
+        QVERIFY2(printed ? QRegularExpression("^Critical: " + line).match(streams.err).hasMatch()
+                         : streams.err.isEmpty(), qPrintable(streams.err));
     }
 
     // A fatal message is printed once and aborts, with a box only where one can be shown: never

@@ -52,8 +52,7 @@ timeline_lane lane(const QString& name, const QVector<double>& hours)
 bool bright(QRgb pixel) { return QColor(pixel).hsvSaturation() > 90 && QColor(pixel).value() > 170; }
 bool faint(QRgb pixel) { return !bright(pixel) && QColor(pixel).hsvSaturation() > 40; }
 
-// The middle of each run of bright marks: of rows that hold any, top to bottom, or of the columns
-// along `row`, left to right.
+// The middle of each run of bright marks: of rows that hold any, or of the columns along `row`.
 QVector<int> marks(const QImage& image, int row = -1)
 {
     const int size = row < 0 ? image.height() : image.width();
@@ -110,9 +109,7 @@ parts shown(const QWidget& panel, const QString& key)
 
 } // namespace
 
-// The cameras' names, clocks and corrections, their panel and timeline, and a trip on three
-// cameras in the window: two bodies of one Canon model, and a Nikon whose clock runs 1 h 3 min
-// 12 s ahead and whose files carry GPS time.
+// The cameras' names, clocks and corrections, their panel and timeline, and a trip on three cameras.
 class tst_cameras : public test_support::window_test {
     Q_OBJECT
 
@@ -235,9 +232,7 @@ private slots:
             QCOMPARE(days.at(i)->property("camera").toString(), QString("cam%1").arg(i));
     }
 
-    // A correction typed into the editors, days first, or set elsewhere (no `entered`): it reaches
-    // the offsets once, is never written back, and shows carried in its own row alone. The camera's
-    // clear button takes its own to zero, the other's stays.
+    // A correction typed (days first) or set elsewhere (no `entered`) shows carried, in its own row alone.
     void panel_corrections_data()
     {
         QTest::addColumn<parts>("entered");
@@ -325,8 +320,7 @@ private slots:
         QCOMPARE(marks(show(timeline, lanes)).size(), cameras);
     }
 
-    // The first camera's photos fix the axis, so that only the shifted mark may move, by as many
-    // pixels as its shift takes on the scale the fixed marks give; its old place stays faintly marked.
+    // The first camera's photos fix the axis; the shifted mark moves by its shift, its old place stays faint.
     void timeline_marks_follow_the_shift_data()
     {
         QTest::addColumn<qint64>("shift");
@@ -395,9 +389,7 @@ private slots:
             QCOMPARE(spy.at(0).at(0).toString(), expected);
     }
 
-    // Same moment, the GPS time, the panel's offset and a photo's known time set each camera's
-    // clock; the fix writes each file its own time, the undo gives every file back. The column
-    // tells the two Canon bodies apart and sorts by camera.
+    // Two bodies of one Canon model, and a Nikon 1 h 3 min 12 s ahead whose files carry GPS time.
     void a_trip_on_three_cameras()
     {
         open_trip();

@@ -45,10 +45,7 @@ public slots:
     void open(const QUrl& url) { urls << url; }
 };
 
-// What the catalogues make of the texts a user reads: counts in the singular and the plural in
-// both languages, the polite form of address in German, Qt's own texts in its file dialog; the
-// language choice and the prompt after it; the help page in the chosen language, which goes
-// through a temporary file to the browser with the control key named as the platform names it.
+// What the catalogues make of the texts a user reads, the language choice and the help page.
 class tst_catalogues : public test_support::window_test {
     Q_OBJECT
 public:
@@ -190,8 +187,7 @@ private slots:
         QVERIFY2(!found.hasMatch(), qPrintable(found.captured(0) + " in " + file));
     }
 
-    // Qt's own catalogue gives the German file dialog German buttons and labels; the detail
-    // columns are wide enough for what they show, and the filter has its blank before the list.
+    // Qt's own catalogue gives the German file dialog its words; the detail columns fit what they show.
     void file_dialog_data()
     {
         QTest::addColumn<QString>("lang");
@@ -278,8 +274,7 @@ private slots:
         QTEST(QSettings().value("lang").toString(), "expected");
     }
 
-    // The prompt after a new language: "Continue working" is the default, and it keeps the
-    // program running.
+    // The prompt after a new language keeps the program running by default.
     void prompt_after_a_new_language()
     {
         window = test_support::open_main_window();
@@ -343,8 +338,7 @@ private slots:
         QVERIFY2(question->text.startsWith(question_start), qPrintable(question->text));
     }
 
-    // The window's help button: `opened` is the temporary page the browser gets, and `shows`
-    // a text on it.
+    // The help page goes through a temporary file to the browser, the control key named as the platform names it.
     void help_page_data()
     {
         QTest::addColumn<QString>("lang");
@@ -373,9 +367,7 @@ private slots:
             QVERIFY2(other == ctrl_en || other == ctrl_de || !text.contains(other), qPrintable(other));
     }
 
-    // No browser: no URL handler, and no launcher on PATH for a platform that would look for one.
-    // The page then opens in a dark window of the program's own, one at a time, and its link
-    // leads on to the guide.
+    // No URL handler and no launcher on PATH: the page opens in a dark window of the program's own.
     void help_without_a_browser_data()
     {
         QTest::addColumn<QString>("lang");

@@ -47,8 +47,7 @@ private slots:
         QVERIFY(!QSettings().contains("last_load_path"));
     }
 
-    // The program's own main in a second process: it opens its window all the same, logs one
-    // line, and the requests still come here.
+    // The program's own main in a second process opens its window all the same; the requests still come here.
     void another_copy()
     {
         const QStringList items = open_window_beside_album();
@@ -60,9 +59,7 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(column_texts(), QStringList{"a.jpg"}, 30000);
     }
 
-    // A start with names while this copy holds the bus name: the names come here, relative ones
-    // read against the new start's folder, and it ends by itself without a window (one would stay
-    // for a minute).
+    // A start with names hands them here, relative to its folder, and ends without a window (one would stay).
     void a_second_start_hands_over_its_names()
     {
         open_window_beside_album();
@@ -97,8 +94,7 @@ private:
         return {root.filePath("a.jpg"), root.filePath("b ü.png"), root.filePath("album")};
     }
 
-    // The program's own main in a second process, with a home of its own and the test's folder as
-    // its working folder: true when it ended by itself, without an error; `out` is what it printed.
+    // The program's own main, in the test's folder: true when it ended by itself without an error.
     bool run_copy(QString& out, const QString& close_after_ms, const QStringList& arguments = {})
     {
         QProcess copy;
@@ -109,8 +105,7 @@ private:
         return ended && copy.exitStatus() == QProcess::NormalExit && copy.exitCode() == 0;
     }
 
-    // Another connection to the bus, as a file manager's would be; the answer is not awaited,
-    // the effect is.
+    // Another connection to the bus, as a file manager's would be; the effect is awaited, not the answer.
     static void call_open(const QStringList& uris)
     {
         QDBusConnection other =

@@ -31,9 +31,7 @@ using test_support::make_tagged_photo;
 
 const exif_tag_map recorded{{"ExifIFD:DateTimeOriginal", "2017:06:21 18:30:05"}};
 
-// The window with the real ExifTool behind it: files come in by each of the three roads and
-// the table shows what ExifTool read; the window by keyboard alone. The test runs on the clock
-// of Europe/Berlin, so that its daylight saving changes are known.
+// The window with the real ExifTool behind it, on the clock of Europe/Berlin for its known daylight saving.
 class tst_main_window : public test_support::window_test {
     Q_OBJECT
 
@@ -160,8 +158,7 @@ private slots:
         QTEST(run_pace_format(done, total, elapsed_ms), "format");
     }
 
-    // A call queued on the application runs once with the window up: the application hands the
-    // window its file-open requests, not its own events.
+    // The application hands the window its file-open requests, not its own events.
     void queued_calls_run_once()
     {
         make_window();
@@ -172,8 +169,7 @@ private slots:
         QCOMPARE(calls, 1);
     }
 
-    // Every dialog of the window stands over it: the compositor of a Wayland desktop places a
-    // window by the parent it names.
+    // A Wayland compositor places a dialog by the parent it names.
     void dialogs_name_the_window()
     {
         make_window();
@@ -200,8 +196,7 @@ private slots:
         QCOMPARE(table()->width() - before.width(), 400);
     }
 
-    // Two cameras that both write DSC_0001.JPG: each repeated name shows its folder, and every
-    // tooltip the whole path. Delete and the menu's action take rows out and write nothing.
+    // Two cameras that both write DSC_0001.JPG; taking rows out writes nothing.
     void repeated_names_and_removed_rows()
     {
         QDir root(dir->path());
@@ -225,9 +220,7 @@ private slots:
         QCOMPARE(test_support::listing(paths[1]).join('\n'), listing);
     }
 
-    // From the first button round to it again; the undo button is off until a fix, and each group
-    // of radio buttons is one stop, inside which the arrow keys go. A button reached by Tab must
-    // show it, or the keyboard's place is lost.
+    // The undo button is off until a fix; a button reached by Tab must show it, or the keyboard's place is lost.
     void tab_goes_through_the_window_in_reading_order()
     {
         make_window(true);
@@ -263,9 +256,7 @@ private slots:
         QVERIFY(sizes.contains(QSize(16, 16)) && sizes.contains(QSize(256, 256)));
     }
 
-    // The second row is reached by the arrow key and its dialog by `key`; after OK that row's new
-    // time is the entered one to the second, and the other row moves by the same offset. A zone
-    // typed beforehand is left alone.
+    // The second row's dialog, reached by keys alone, sets the offset; a zone typed beforehand is left alone.
     void offset_from_one_known_time_data()
     {
         QTest::addColumn<QString>("recorded");
@@ -375,8 +366,7 @@ private slots:
     }
 
 private:
-    // Contrast ratio, as for web text, between a label's corner (its background) and the colour
-    // furthest from it in lightness (the text's core).
+    // Contrast ratio, as for web text, between a label's corner and the colour furthest from it in lightness.
     static double text_contrast(const QImage& picture)
     {
         auto luminance = [](QRgb c) {

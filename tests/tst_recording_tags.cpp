@@ -59,8 +59,8 @@ private slots:
                                         "Track1:MediaCreateDate=2005:08:11 15:03:54;Track1:TrackCreateDate=2005:08:11 15:03:54";
         auto row = [](const char* name, const QString& tags, const offset& change, const char* zone, const char* source,
                        const char* file_zone, const QString& written) {
-            QTest::newRow(name) << test_support::with_times(tags) << change << QString(zone) << QString(source) << QString(file_zone)
-                                << test_support::with_times(written);
+            QTest::newRow(name) << test_support::with_times(tags) << change << QString(zone) << QString(source)
+                                << QString(file_zone) << test_support::with_times(written);
         };
         // Files whose tags all hold one time keep the results they always had, less the
         // file-system times that can't be set here, and with EXIF's own zone tags. An entered zone

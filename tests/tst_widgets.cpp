@@ -75,7 +75,8 @@ private slots:
     {
         QFETCH(bool, ignore_wheel);
         // The settings dialog's box is made with the plain constructor.
-        const std::unique_ptr<ondo::combobox> box(ignore_wheel ? new ondo::combobox(true, nullptr) : new ondo::combobox);
+        const std::unique_ptr<ondo::combobox> box(ignore_wheel ? new ondo::combobox(true, nullptr)
+                                                               : new ondo::combobox);
         box->addItems({"a", "b", "c"});
         box->setCurrentIndex(1);
         box->show();
