@@ -29,15 +29,9 @@
 
 using test_support::make_tagged_photo;
 
-namespace {
-
 const exif_tag_map recorded{{"ExifIFD:DateTimeOriginal", "2017:06:21 18:30:05"}};
 
-} // namespace
-
-// The window with the real ExifTool behind it: files come in by each of the three roads and
-// the table shows what ExifTool read; the window by keyboard alone. The test runs on the clock
-// of Europe/Berlin, so that its daylight saving changes are known.
+// The window with the real ExifTool behind it, on the clock of Europe/Berlin for its known daylight saving.
 class tst_main_window : public test_support::window_test {
     Q_OBJECT
 
@@ -78,7 +72,7 @@ private slots:
             QVERIFY(test_support::drop_urls(window, urls));
         else
             open(urls.first().toLocalFile());
-        QTEST(names(), "expected");
+        QTEST(column_texts(), "expected");
         QVERIFY(!QSettings().contains("last_load_path"));
     }
 
@@ -116,7 +110,7 @@ private slots:
         QVERIFY2(contrast >= 4.5, qPrintable(QString::number(contrast)));
         QCOMPARE(name_box, QString());
         QCOMPARE(opened, root.path());
-        QCOMPARE(names(), QStringList({"a.jpg", "b.jpg"}));
+        QCOMPARE(column_texts(), QStringList({"a.jpg", "b.jpg"}));
         QCOMPARE(QSettings().value("last_load_path").toString(), shots);
     }
 
@@ -164,8 +158,7 @@ private slots:
         QTEST(run_pace_format(done, total, elapsed_ms), "format");
     }
 
-    // A call queued on the application runs once with the window up: the application hands the
-    // window its file-open requests, not its own events.
+    // The application hands the window its file-open requests, not its own events.
     void queued_calls_run_once()
     {
         make_window();
@@ -176,8 +169,7 @@ private slots:
         QCOMPARE(calls, 1);
     }
 
-    // Every dialog of the window stands over it: the compositor of a Wayland desktop places a
-    // window by the parent it names.
+    // A Wayland compositor places a dialog by the parent it names.
     void dialogs_name_the_window()
     {
         make_window();
@@ -204,8 +196,7 @@ private slots:
         QCOMPARE(table()->width() - before.width(), 400);
     }
 
-    // Two cameras that both write DSC_0001.JPG: each repeated name shows its folder, and every
-    // tooltip the whole path. Delete and the menu's action take rows out and write nothing.
+    // Two cameras that both write DSC_0001.JPG; taking rows out writes nothing.
     void repeated_names_and_removed_rows()
     {
         QDir root(dir->path());
@@ -216,22 +207,20 @@ private slots:
         const QString listing = test_support::listing(paths[1]).join('\n');
         make_window();
         window->load_files(paths);
-        QCOMPARE(names(), (QStringList{"100CANON/DSC_0001.JPG", "100NIKON/DSC_0001.JPG", "DSC_0002.JPG"}));
+        QCOMPARE(column_texts(), (QStringList{"100CANON/DSC_0001.JPG", "100NIKON/DSC_0001.JPG", "DSC_0002.JPG"}));
         QCOMPARE(table()->model()->index(2, 0).data(Qt::ToolTipRole).toString(), paths[2]);
 
         table()->setFocus();
         table()->selectRow(1);
         QTest::keyClick(table(), Qt::Key_Delete);
-        QCOMPARE(names(), (QStringList{"DSC_0001.JPG", "DSC_0002.JPG"}));
+        QCOMPARE(column_texts(), (QStringList{"DSC_0001.JPG", "DSC_0002.JPG"}));
         table()->selectRow(1);
         window->findChild<QAction*>("action_remove_from_list")->trigger();
-        QCOMPARE(names(), QStringList{"DSC_0001.JPG"});
+        QCOMPARE(column_texts(), QStringList{"DSC_0001.JPG"});
         QCOMPARE(test_support::listing(paths[1]).join('\n'), listing);
     }
 
-    // From the first button round to it again; the undo button is off until a fix, and each group
-    // of radio buttons is one stop, inside which the arrow keys go. A button reached by Tab must
-    // show it, or the keyboard's place is lost.
+    // The undo button is off until a fix; a button reached by Tab must show it, or the keyboard's place is lost.
     void tab_goes_through_the_window_in_reading_order()
     {
         make_window(true);
@@ -267,9 +256,7 @@ private slots:
         QVERIFY(sizes.contains(QSize(16, 16)) && sizes.contains(QSize(256, 256)));
     }
 
-    // The second row is reached by the arrow key and its dialog by `key`; after OK that row's new
-    // time is the entered one to the second, and the other row moves by the same offset. A zone
-    // typed beforehand is left alone.
+    // The second row's dialog, reached by keys alone, sets the offset; a zone typed beforehand is left alone.
     void offset_from_one_known_time_data()
     {
         QTest::addColumn<QString>("recorded");
@@ -335,7 +322,7 @@ private slots:
             test_support::tag_map("ExifIFD:DateTimeOriginal=2017:06:21 18:30:05;IPTC:TimeCreated=18:30:05+04:00"))});
         auto* zone = window->findChild<QLineEdit*>("lineedit_timezone");
         QTest::keyClicks(zone, "-11.5");
-        QCOMPARE(cell(0, 1), QString("21.06.2017 - 18:30:05  UTC+04:00"));
+        QCOMPARE(column_texts(1), QStringList("21.06.2017 - 18:30:05  UTC+04:00"));
         QApplication::processEvents();
         for (int column : {1, 2}) {
             const int needed = table()->sizeHintForIndex(table()->model()->index(0, column)).width();
@@ -379,8 +366,7 @@ private slots:
     }
 
 private:
-    // Contrast ratio, as for web text, between a label's corner (its background) and the colour
-    // furthest from it in lightness (the text's core).
+    // Contrast ratio, as for web text, between a label's corner and the colour furthest from it in lightness.
     static double text_contrast(const QImage& picture)
     {
         auto luminance = [](QRgb c) {
@@ -411,15 +397,6 @@ private:
         QApplication::sendEvent(qApp, &event);
     }
     QString field(const char* name) const { return window->findChild<QLineEdit*>(name)->text(); }
-    QTableView* table() const { return window->findChild<QTableView*>("tableView"); }
-    QString cell(int row, int column) const { return table()->model()->index(row, column).data().toString(); }
-    QStringList names() const
-    {
-        QStringList result;
-        for (int row = 0; row < table()->model()->rowCount(); ++row)
-            result << cell(row, 0);
-        return result;
-    }
 };
 
 int main(int argc, char** argv)

@@ -25,8 +25,7 @@ private slots:
     void init() { test_support::clear_settings(); }
     void cleanup() { QLocale::setDefault(QLocale::c()); }
 
-    // `shown` is what the field holds after the keys, the validator having dropped the rest;
-    // `refused` a text in the zone field that is no zone and must look so.
+    // `shown`: what the validator leaves of the keys; `refused`: no zone, and it must look so.
     void typing_reports_the_whole_offset_data()
     {
         QTest::addColumn<QString>("locale");
@@ -84,8 +83,7 @@ private slots:
         QCOMPARE(panel.has_timezone_offset(), expected.at(6).toBool());
         QCOMPARE(panel.zone_refused(), refused);
 
-        // A text that is no zone shows in the field's colour and says why in its tooltip; the
-        // zone field and its label otherwise keep their own tooltip, not the offset fields' one.
+        // A refused zone says why in its tooltip; otherwise the zone field keeps its label's tooltip.
         auto* year = panel.findChild<QLineEdit*>("lineedit_year");
         auto* zone_label = panel.findChild<QWidget*>("label_timezone");
         auto looks_refused = [&] {
@@ -108,11 +106,8 @@ private slots:
         QCOMPARE(panel.findChild<QLineEdit*>("lineedit_timezone")->toolTip(), zone_label->toolTip());
     }
 
-    // Until a date format is stored, the panel shows the offered row nearest to the locale's
-    // short date: its order of the fields, and its separator where that order has one. A stored
-    // choice stands whatever the locale, one that is no row checks none, and nothing is stored
-    // until a click. A click stores before it reports ("format | date | time" as stored then),
-    // and a new panel starts from the stored choice.
+    // Until a choice is stored, the row nearest the locale's short date; a click stores before it reports
+    // ("format | date | time" as stored then).
     void date_format_data()
     {
         QTest::addColumn<QString>("locale");

@@ -2,7 +2,6 @@
 #include "test_support.h"
 
 #include <QFileInfo>
-#include <QImage>
 #include <QProcess>
 #include <QSettings>
 #include <QTemporaryDir>
@@ -17,8 +16,7 @@ class tst_startup : public QObject {
     Q_OBJECT
 
 private slots:
-    // The driver closes the window after 1.5 s; with no file open, no ExifTool starts. A start
-    // in a proper session logs no warning.
+    // The driver closes the window after 1.5 s; with no file open, no ExifTool starts.
     void stays_up_until_closed_without_exiftool()
     {
         QTemporaryDir dir;
@@ -38,11 +36,8 @@ private slots:
         QVERIFY2(!log.contains("Warning:") && !log.contains("Critical:"), qPrintable(log));
     }
 
-    // A shell with no display: DISPLAY, WAYLAND_DISPLAY and QT_QPA_PLATFORM are not in the
-    // environment at all (`platform` puts the last back), and a stand-in for perl, which nothing
-    // starts. The command line is read first and needs neither. Then the program says so in the
-    // language of its settings and ends with 1 before Qt looks for a display, names to open or
-    // not; a platform that needs no display starts as ever, also when named on the command line.
+    // A shell with no display (`platform` alone set): the command line is read first and needs none; then
+    // the program says so in its language and ends before Qt looks for a display, which would abort.
     void without_a_display_data()
     {
         QTest::addColumn<QString>("program");
@@ -109,8 +104,7 @@ private slots:
         QVERIFY(perl.starts().isEmpty());
     }
 
-    // A relative name, a folder that holds it and one more, and a name that is nothing: the rows
-    // come in once each, ExifTool runs for them, and a box lists the name that isn't there.
+    // A relative name, a folder that holds it and one more, and a name that is nothing.
     void names_on_the_command_line()
     {
         QTemporaryDir dir;
@@ -134,9 +128,7 @@ private slots:
         QVERIFY2(out.contains("visible: ondo::message_box"), qPrintable(out));
     }
 
-    // SIGTERM in the middle of a fix run: the run writes its last file before the program ends,
-    // which then stops its ExifTool child the orderly way. (A program killed outright leaves
-    // its child to end by itself: tst_exiftool_faults.)
+    // SIGTERM mid-run: the run writes its last file, and the program stops ExifTool the orderly way.
     void a_run_ends_before_the_program()
     {
         QTemporaryDir dir;

@@ -46,9 +46,8 @@ private slots:
 
     void init() { test_support::forget_files(); }
 
-    // Tags loaded by hand or, given a file name, written by the real ExifTool; a zone entered or
-    // not ("") beside an offset. "@" is 2017-06-21 18:30:05. An IPTC zone of "?" is ExifTool's
-    // own, which it reports for an IPTC time stored without one.
+    // Tags loaded by hand or, given a file, by ExifTool. "@" is 2017-06-21 18:30:05; an IPTC zone of "?" is the
+    // one ExifTool reports for an IPTC time stored without one.
     void shown_times_data()
     {
         QTest::addColumn<QString>("file");
@@ -172,8 +171,7 @@ private slots:
             QCOMPARE(refused.at(0).at(1).value<Qt::SortOrder>(), order);
     }
 
-    // By name as file managers sort: case aside, numbers by value, letters by the locale, which
-    // under C is the neutral order.
+    // By name as file managers sort: case aside, numbers by value, letters by the locale.
     void names_sort_as_in_a_file_manager_data()
     {
         QTest::addColumn<QString>("locale");

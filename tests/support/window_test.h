@@ -50,6 +50,14 @@ protected:
             QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_timezone"), zone);
     }
     QTableView* table() const { return window->findChild<QTableView*>("tableView"); }
+    // The table's texts in `column`, top to bottom.
+    QStringList column_texts(int column = 0) const
+    {
+        QStringList texts;
+        for (int row = 0; row < table()->model()->rowCount(); ++row)
+            texts << table()->model()->index(row, column).data().toString();
+        return texts;
+    }
     QPushButton* tip_button(const QString& tool_tip) const { return button(window, tool_tip); }
     QSharedPointer<seen_box> click_answering(const QString& tool_tip, const QString& answer)
     {
