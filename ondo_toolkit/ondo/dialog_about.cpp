@@ -3,7 +3,6 @@
 #include "ondo/git_version.h"
 #include "ondo/qt_compat.h"
 #include "ondo/style.h"
-#include "ondo/thread.h"
 #include "ondo/widgets.h"
 
 #include <QApplication>
@@ -20,7 +19,6 @@
 #include <QTextStream>
 #include <QVBoxLayout>
 
-#include <string>
 
 namespace ondo {
 
@@ -28,8 +26,7 @@ namespace {
 
 const QImage& logo_image()
 {
-    static const QImage image(
-        QString::fromStdString(global_storage<std::string, std::string>::read("image_logo", ":/images/logo.png")));
+    static const QImage image(QStringLiteral(":/images/logo.png"));
     return image;
 }
 
