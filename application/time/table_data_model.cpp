@@ -594,48 +594,60 @@ void table_data_model::sort(int column, Qt::SortOrder order)
         // By the shown name, equal ones by the whole path. By camera, then by folder and name: the
         // order of whole paths but for folders whose names differ only in their accents.
         std::vector<QString> texts(static_cast<size_t>(count));
-        QHash<QString, quint64> camera_places;
-        QHash<QString, quint64> folder_places;
-        QHash<QString, QString> names_of_cameras;
-        QString last_folder;
-        for (int i = 0; i < count; ++i) {
-            const QString& path = files.at(i);
-            if (column == 3) {
-                const QString key = camera_key(path);
-                auto name = names_of_cameras.find(key);
-                if (name == names_of_cameras.end())
-                    name = names_of_cameras.insert(key, camera_name(key));
-                texts[size_t(i)] = *name;
-                camera_places.insert(*name, 0);
-                // Rows of one folder mostly follow each other.
-                const QStringView folder = QStringView(path).left(path.lastIndexOf(QLatin1Char('/')) + 1);
-                if (folder != last_folder) {
-                    last_folder = folder.toString();
-                    folder_places.insert(last_folder, 0);
-                }
-            } else {
-                texts[size_t(i)] = shown_name(path);
-            }
-        }
-        // The few distinct cameras and folders are put in order once.
-        for (QHash<QString, quint64>* places : {&camera_places, &folder_places}) {
-            QStringList distinct = places->keys();
-            std::sort(distinct.begin(), distinct.end(), [&collator](const QString& a, const QString& b) {
-                return ondo::compare_qstring_naturally(a, b, collator) < 0;
-            });
-            for (int i = 0; i < distinct.size(); ++i)
-                (*places)[distinct.at(i)] = quint64(i);
-        }
         ondo::natural_keys keys(collator);
-        for (int i = 0; i < count; ++i) {
-            const QString& path = files.at(i);
-            if (column == 3) {
-                const int slash = path.lastIndexOf(QLatin1Char('/')) + 1;
-                if (QStringView(path).left(slash) != last_folder)
-                    last_folder = path.left(slash);
-                const quint64 lead = camera_places.value(texts[size_t(i)]) << 32 | folder_places.value(last_folder);
-                keys.add(path, lead, slash);
-            } else {
+        if (column == 3) {
+            // The few distinct cameras and folders are put in order once: each row first takes
+            // the number of its camera's name and its folder as first seen, then their places.
+            QHash<QString, int> names_seen;
+            QStringList names;
+            QHash<QString, int> keys_seen;
+            QHash<QStringView, int> folders_seen;
+            QStringList folders;
+            std::vector<std::pair<int, int>> seen(static_cast<size_t>(count));
+            for (int i = 0; i < count; ++i) {
+                const QString& path = files.at(i);
+                const QString key = camera_key(path);
+                auto name = keys_seen.find(key);
+                if (name == keys_seen.end()) {
+                    const QString shown = camera_name(key);
+                    auto number = names_seen.find(shown);
+                    if (number == names_seen.end()) {
+                        number = names_seen.insert(shown, names.size());
+                        names << shown;
+                    }
+                    name = keys_seen.insert(key, *number);
+                }
+                const QStringView folder = QStringView(path).left(path.lastIndexOf(QLatin1Char('/')) + 1);
+                auto place = folders_seen.find(folder);
+                if (place == folders_seen.end()) {
+                    place = folders_seen.insert(folder, folders.size());
+                    folders << folder.toString();
+                }
+                seen[size_t(i)] = {*name, *place};
+                texts[size_t(i)] = names.at(*name);
+            }
+            auto places = [&collator](const QStringList& distinct) {
+                std::vector<int> order(static_cast<size_t>(distinct.size()));
+                for (int i = 0; i < distinct.size(); ++i)
+                    order[size_t(i)] = i;
+                std::sort(order.begin(), order.end(), [&](int a, int b) {
+                    return ondo::compare_qstring_naturally(distinct.at(a), distinct.at(b), collator) < 0;
+                });
+                std::vector<quint64> place_of(order.size());
+                for (size_t i = 0; i < order.size(); ++i)
+                    place_of[size_t(order[i])] = quint64(i);
+                return place_of;
+            };
+            const std::vector<quint64> name_places = places(names), folder_places = places(folders);
+            for (int i = 0; i < count; ++i) {
+                const QString& path = files.at(i);
+                const auto [name, folder] = seen[size_t(i)];
+                keys.add(path, name_places[size_t(name)] << 32 | folder_places[size_t(folder)],
+                         int(folders.at(folder).size()));
+            }
+        } else {
+            for (int i = 0; i < count; ++i) {
+                texts[size_t(i)] = shown_name(files.at(i));
                 keys.add(texts[size_t(i)]);
             }
         }
