@@ -471,15 +471,10 @@ private slots:
         QFETCH(QString, run);
         const QStringList paths = six_photos();
         QGuiApplication::setQuitOnLastWindowClosed(false);
-        window = open_main_window();
+        open_with(run == "load" ? QStringList() : paths);
         window->setAttribute(Qt::WA_DeleteOnClose, true);
-        if (run != "load") {
-            window->load_files(paths);
-            QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
-        }
         if (run == "undo")
             tip_button(fix_tip)->click();
-
         QTimer::singleShot(0, window.data(), [this] { window->close(); });
         if (run == "load")
             window->load_files(paths);
@@ -487,11 +482,9 @@ private slots:
             tip_button(run == "fix" ? fix_tip : undo_tip)->click();
         QVERIFY(window); // still there when the run returns
         QVERIFY(!window->isVisible());
-        if (run == "load")
-            QCOMPARE(rows(), paths.size());
+        QCOMPARE(rows(), paths.size());
         for (const QString& path : paths)
-            if (run != "load")
-                QCOMPARE(read_back(path).at("ExifIFD:DateTimeOriginal"), with_times(run == "fix" ? "@" : "#"));
+            QCOMPARE(read_back(path).at("ExifIFD:DateTimeOriginal"), with_times(run == "fix" ? "@" : "#"));
         QTRY_VERIFY(!window);
         QGuiApplication::setQuitOnLastWindowClosed(true);
     }
