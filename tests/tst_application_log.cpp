@@ -49,15 +49,11 @@ QPushButton* log_button(const QString& text)
     return nullptr;
 }
 
-// The mean lightness of what `widget` shows, 0 to 255.
+// The lightness of what `widget` shows, averaged into one pixel, 0 to 255.
 int lightness(QWidget* widget)
 {
-    const QImage image = widget->grab().toImage();
-    qint64 sum = 0;
-    for (int y = 0; y < image.height(); ++y)
-        for (int x = 0; x < image.width(); ++x)
-            sum += QColor(image.pixel(x, y)).lightness();
-    return int(sum / qMax(1, image.width() * image.height()));
+    return QColor(widget->grab().toImage().scaled(1, 1, Qt::IgnoreAspectRatio, Qt::SmoothTransformation).pixel(0, 0))
+        .lightness();
 }
 
 // Saving looks for the desktop under this home.
@@ -130,9 +126,7 @@ child_run run_child()
     process.start(QCoreApplication::applicationFilePath(), QStringList());
     process.waitForFinished(60000);
     qunsetenv("TST_LOG_CHILD");
-    QFile file(result);
-    file.open(QIODevice::ReadOnly);
-    return {process.readAllStandardOutput(), process.readAllStandardError(), file.readAll()};
+    return {process.readAllStandardOutput(), process.readAllStandardError(), test_support::contents(result)};
 }
 
 } // namespace
@@ -261,12 +255,11 @@ private slots:
         QCOMPARE(seen->title, QString("Application logs saved"));
         const QStringList saved = QDir(home.filePath("Desktop")).entryList(QDir::Files);
         QCOMPARE(saved.size(), 1);
-        QVERIFY2(QRegularExpression("^Tavimo Log \\d{4}-\\d\\d-\\d\\d \\d\\d\\.\\d\\d\\.\\d\\d\\.log$").match(saved.first()).hasMatch(),
-                 qPrintable(saved.first()));
+        const QRegularExpression name("^Tavimo Log \\d{4}-\\d\\d-\\d\\d \\d\\d\\.\\d\\d\\.\\d\\d\\.log$");
+        QVERIFY2(name.match(saved.first()).hasMatch(), qPrintable(saved.first()));
         QCOMPARE(seen->text, "The application logs were saved to\n" + home.filePath("Desktop/" + saved.first()));
-        QFile file(home.filePath("Desktop/" + saved.first()));
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QString report = QString::fromUtf8(file.readAll()), line(80, '-');
+        const QString report = QString::fromUtf8(test_support::contents(home.filePath("Desktop/" + saved.first())));
+        const QString line(80, '-');
         QVERIFY2(report.startsWith("Application: Tavimo (2.1.2)\nInstalled at: " + QCoreApplication::applicationDirPath() + "\nDate: "), qPrintable(report));
         QVERIFY2(report.contains(line + "\n\n" + main_text + "\n\n" + line + "\nApplication: "), qPrintable(report));
         QVERIFY2(report.endsWith("\n\n" + line + "\nApplication: second\nsecond page\n"), qPrintable(report));

@@ -228,7 +228,8 @@ private slots:
             QVERIFY(QFile::remove(xmp) && QDir().mkdir(xmp));
         else
             // In place, as an editor that keeps the file does: the same file, other values.
-            run(TAVIMO_EXIFTOOL_SCRIPT, {"-overwrite_original_in_place", "-XMP-exif:DateTimeOriginal=2017:06:21 18:31:00", xmp});
+            run(TAVIMO_EXIFTOOL_SCRIPT,
+                {"-overwrite_original_in_place", "-XMP-exif:DateTimeOriginal=2017:06:21 18:31:00", xmp});
         const auto failed = click_answering(fix_tip, "Keep changes");
         QVERIFY2(failed->text.contains(xmp + " (changed since it was loaded)"), qPrintable(failed->text));
         QCOMPARE(listing(photo) == before, folder);

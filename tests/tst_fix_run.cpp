@@ -555,9 +555,9 @@ private:
         const recording_tags::shift shift{0, 0, 0, 1, 0, 0, !zone.isEmpty(), zone.toDouble()};
         const exif_tag_map values = recording_tags::new_values(all, time, new_time, shift);
         auto derived = [&](const exif_tag_map& tags) {
-            QStringList lines = {recording_tags::recording_time(tags).text, recording_tags::recording_time(tags).utc,
-                                 recording_tags::file_zone(tags), QString::number(recording_tags::holds_exif_zone(tags)),
-                                 camera::of(tags).key()};
+            const recording_tags::source recorded = recording_tags::recording_time(tags);
+            QStringList lines = {recorded.text, recorded.utc, recording_tags::file_zone(tags),
+                                 QString::number(recording_tags::holds_exif_zone(tags)), camera::of(tags).key()};
             for (const undo_entry& entry : recording_tags::undo_entries(tags, {}, values))
                 lines << QString("%1|%2|%3|%4").arg(entry.tag).arg(entry.existed).arg(entry.value, entry.written);
             return lines;

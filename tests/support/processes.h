@@ -1,5 +1,7 @@
 #pragma once
 
+#include "test_support.h"
+
 #include <QByteArray>
 #include <QList>
 #include <QMap>
@@ -31,7 +33,7 @@ public:
     QList<qint64> pids() const;
 
 private:
-    QByteArray read(const QString& name) const;
+    QByteArray read(const QString& name) const { return contents(dir.filePath(name)); }
     QTemporaryDir dir;
     QByteArray old_path;
 };
