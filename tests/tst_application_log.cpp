@@ -112,23 +112,6 @@ int child()
     return 0;
 }
 
-struct child_run {
-    QByteArray out, err, page;
-};
-
-child_run run_child()
-{
-    QTemporaryDir dir;
-    const QString result = dir.filePath("page");
-    qputenv("TST_LOG_CHILD", "1"); // the child inherits these; this process has read them already
-    qputenv("TST_LOG_RESULT", result.toLocal8Bit());
-    QProcess process;
-    process.start(QCoreApplication::applicationFilePath(), QStringList());
-    process.waitForFinished(60000);
-    qunsetenv("TST_LOG_CHILD");
-    return {process.readAllStandardOutput(), process.readAllStandardError(), test_support::contents(result)};
-}
-
 } // namespace
 
 class tst_application_log : public QObject {
@@ -145,12 +128,21 @@ private slots:
     // Nothing before the window opens, then all in one drain; threads lose and double nothing.
     void streams_reach_both_sinks()
     {
-        const child_run run = run_child();
+        QTemporaryDir dir;
+        qputenv("TST_LOG_CHILD", "1"); // the child inherits these; this process has read them already
+        qputenv("TST_LOG_RESULT", dir.filePath("page").toLocal8Bit());
+        QProcess child;
+        child.start(QCoreApplication::applicationFilePath(), QStringList());
+        child.waitForFinished(60000);
+        qunsetenv("TST_LOG_CHILD");
+        const QByteArray child_out = child.readAllStandardOutput(), child_err = child.readAllStandardError();
+        const QByteArray shown = test_support::contents(dir.filePath("page"));
         const QByteArray out = QByteArray::fromStdString(counted("o", 300)), err = "Zeitüberschreitung ✓\n";
-        QVERIFY(run.out.startsWith(out) && run.err.startsWith(err));
-        QVERIFY2(run.page.startsWith("0\n" + err + out), run.page.left(200).constData());
-        const QString page = QString::fromUtf8(run.page.mid(2 + err.size() + out.size()));
-        const QString out_tokens = QString::fromUtf8(run.out.mid(out.size())), err_tokens = QString::fromUtf8(run.err.mid(err.size()));
+        QVERIFY(child_out.startsWith(out) && child_err.startsWith(err));
+        QVERIFY2(shown.startsWith("0\n" + err + out), shown.left(200).constData());
+        const QString page = QString::fromUtf8(shown.mid(2 + err.size() + out.size()));
+        const QString out_tokens = QString::fromUtf8(child_out.mid(out.size()));
+        const QString err_tokens = QString::fromUtf8(child_err.mid(err.size()));
         QCOMPARE(page.size(), thread_count * tokens_per_thread * token(0, 0).size());
         QCOMPARE(out_tokens.size() + err_tokens.size(), page.size());
         for (int t = 0; t < thread_count; ++t)

@@ -255,7 +255,7 @@ private slots:
         QTemporaryDir home;
         QProcess program;
         launch(program, "tavimo_look", home.path(),
-            {{"TAVIMO_LOOK_FILES", large_photos.join(':')}, {"TAVIMO_LOOK_PRESS", "fix"}});
+               {{"TAVIMO_LOOK_FILES", large_photos.join(':')}, {"TAVIMO_LOOK_PRESS", "fix"}});
         qint64 child = 0;
         QTRY_VERIFY_WITH_TIMEOUT((child = child_of(program.processId())) != 0, 30000);
         const QDateTime start = QDateTime::currentDateTime();

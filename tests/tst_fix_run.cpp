@@ -149,6 +149,9 @@ private slots:
         QTest::newRow("a copy in IFD0 is written along") << "a.jpg" << "ExifIFD:DateTimeOriginal=#;IFD0:DateTimeOriginal=#;IFD0:Make=V"
             << "" << "#" << "ExifIFD:DateTimeOriginal=@;IFD0:DateTimeOriginal=@"
             << "ExifIFD:DateTimeOriginal=@;IFD0:DateTimeOriginal=@;System:FileModifyDate=@|ExifIFD:DateTimeOriginal=#;IFD0:DateTimeOriginal=#";
+        QTest::newRow("the original time, not a differing creation date") << "a.jpg"
+            << "ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=2017:06:21 18:00:00" << "" << "#"
+            << "ExifIFD:DateTimeOriginal=@;ExifIFD:CreateDate=2017:06:21 19:00:00" << "";
         QTest::newRow("IPTC and XMP creation dates")
             << "b.jpg" << "IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05+02:00;XMP-photoshop:DateCreated=#;ExifIFD:DateTimeOriginal=#"
             << "" << "# +02:00" << "IPTC:TimeCreated=19:30:05+02:00;XMP-photoshop:DateCreated=@;ExifIFD:DateTimeOriginal=@" << "";
