@@ -19,10 +19,7 @@
 
 using ondo::exif_response;
 using ondo::exiftool;
-using test_support::fake_perl;
-using test_support::log_capture;
-using test_support::make_tagged_photo;
-using test_support::read_back;
+using namespace test_support;
 
 namespace {
 
@@ -54,7 +51,7 @@ class tst_exiftool : public QObject {
 private slots:
     void initTestCase()
     {
-        test_support::use_private_settings();
+        use_private_settings();
         exiftool::set_pool_size(1); // the exchange with one child, byte for byte
     }
     void cleanup() { exiftool::shutdown(true); }
@@ -78,9 +75,8 @@ private slots:
                                        "-DateTimeOriginal=2019:07:01 11:11:12\n\n-execute1\n-stay_open\n0\n").toUtf8());
     }
 
-    // Names and values the argument reader would split or alter never reach the wire: "<" marks
-    // a read without groups, "?" a read of <tag> and Model, ">" a write of Software=<value>, "!" a
-    // write of <tag>=x; an empty `wire` means refused.
+    // Names and values the argument reader would split or alter never reach the wire. Calls: "<" read
+    // without groups, "?" read of <tag> and Model, ">" write Software=<value>, "!" write <tag>=x.
     void wire_bytes_data()
     {
         QTest::addColumn<QString>("call");
@@ -121,8 +117,7 @@ private slots:
         }
     }
 
-    // The worker thread marks the answer ready just as the time limit is recorded: the wait must
-    // still end with the answer; a watchdog gives up after two seconds instead of spinning.
+    // The answer marked ready just as the time limit is recorded still ends the wait with it.
     void answer_at_the_time_limit()
     {
         for (int round = 0; round < 50; ++round) {
@@ -240,10 +235,8 @@ private slots:
         QCOMPARE(log.count("Not writing"), 0);
     }
 
-    // A child that dies, stalls or floods ends only its own task, with an error, and in bounded
-    // time; the next read works. Task 0 reads a.jpg under the row's rules; "stop" means the
-    // program stops the child once the time limit has passed, as its Stop button does. A slow
-    // answer that does come is never cut short.
+    // A child that dies, stalls or floods fails only its own task, in bounded time, and the next read
+    // works; "stop": stopped past the time limit as by Stop. A slow answer is never cut short.
     void child_faults_data()
     {
         QTest::addColumn<QStringList>("rules");
@@ -296,10 +289,8 @@ private slots:
         all_gone(perl);
     }
 
-    // Five reads at once: 0 and 1 go out alone, 2 to 4 in one command behind them. A child that
-    // ends in that command has each of its files read again alone, so only a file that ends the
-    // child again fails; one stopped by the program fails the three and sends nothing again.
-    // Reads that no child has been given yet are dropped at a word and never sent.
+    // Five reads: 0 and 1 alone, 2 to 4 joined. A child ending in the joined one gets each file again
+    // alone; one stopped fails all three; reads not yet given to a child can be dropped unsent.
     void joined_reads_data()
     {
         QTest::addColumn<QStringList>("rules");
@@ -341,9 +332,7 @@ private slots:
         all_gone(perl);
     }
 
-    // With the real ExifTool from here on. `tags` ("tag=value;...") are written and read back
-    // with or without groups; each pair of `read` must come back, a tag that shares its name with
-    // one in another group included.
+    // With the real ExifTool from here on: `tags` written, read back with or without groups.
     void read_data()
     {
         QTest::addColumn<QString>("name");
@@ -367,16 +356,14 @@ private slots:
         QFETCH(QString, tags);
         QFETCH(bool, groups);
         QFETCH(QString, read);
-        const exif_tag_map got = exiftool::read_tags(make_tagged_photo(dir.path(), name, test_support::tag_map(tags)), groups, true);
-        for (const auto& [tag, value] : test_support::tag_map(read))
+        const exif_tag_map got = exiftool::read_tags(make_tagged_photo(dir.path(), name, tag_map(tags)), groups, true);
+        for (const auto& [tag, value] : tag_map(read))
             QCOMPARE(tag + "=" + ::value(got, tag, "<absent>"), tag + "=" + value);
         QCOMPARE(got.at(groups ? "System:FileName" : "FileName"), name);
     }
 
-    // A photo tagged IFD0:Make=Canon, IFD0:Model=EOS and, unless empty, the `description` (hostile
-    // on purpose) is written in place: same inode, no backup beside it. A write may be bound to
-    // the description it `expects` ("<absent>" for no tag); the text is data only: it matches
-    // itself exactly, and nothing in it runs. `after` holds values read back, "" for absent.
+    // Written in place (same inode, no backup), maybe bound to the `description` it `expects`
+    // ("<absent>": no tag), which is data only: it matches itself exactly and nothing in it runs.
     void write_data()
     {
         QTest::addColumn<QString>("description");
@@ -415,10 +402,10 @@ private slots:
         if (!expects.isEmpty())
             condition["IFD0:ImageDescription"] = expects == "<absent>" ? QString() : expects;
         ondo::exif_error error = ondo::exif_error::none;
-        QCOMPARE(exiftool::write_result(exiftool::write_tags_async(path, test_support::tag_map(tags), condition), &error), written);
+        QCOMPARE(exiftool::write_result(exiftool::write_tags_async(path, tag_map(tags), condition), &error), written);
         QCOMPARE(error, written ? ondo::exif_error::none : ondo::exif_error::changed);
         const exif_tag_map now_held = read_back(path);
-        for (const auto& [key, value] : test_support::tag_map(after))
+        for (const auto& [key, value] : tag_map(after))
             QCOMPARE(::value(now_held, key), value);
         ::stat(QFile::encodeName(path).constData(), &now);
         QCOMPARE(now.st_ino, before.st_ino);
@@ -426,8 +413,7 @@ private slots:
         QVERIFY(!QFile::exists("PWNED") && !QFile::exists(dir.filePath("PWNED")));
     }
 
-    // A temporary file left by a write that was cut short may be the only whole copy: the photo
-    // is refused without a word to ExifTool, the leftover is named and neither is touched.
+    // A cut-short write's temporary file may be the only whole copy: the photo is refused untouched.
     void a_leftover_temporary_file_blocks_the_write()
     {
         const QString path = make_tagged_photo(dir.path(), "leftover.jpg", {{"IFD0:Make", "Canon"}});
@@ -438,12 +424,10 @@ private slots:
         QVERIFY(!exiftool::write_tags(path, {{"IFD0:Make", "Nikon"}}));
         QCOMPARE(log.count("an earlier write left '" + path + "_exiftool_tmp' behind"), 1);
         QCOMPARE(read_back(path).at("IFD0:Make"), QString("Canon"));
-        QVERIFY(leftover.open(QIODevice::ReadOnly));
-        QCOMPARE(leftover.readAll(), QByteArray("earlier"));
+        QCOMPARE(contents(leftover.fileName()), QByteArray("earlier"));
     }
 
-    // Reads queued behind one another go to one child in one command; each file gets what it
-    // gets alone, whatever its name holds, and a file that is gone gets nothing.
+    // Queued reads go out joined; each file gets what it gets alone, whatever its name holds.
     void joined_reads_answer_each_file_alone()
     {
         const QStringList paths = {
@@ -459,9 +443,8 @@ private slots:
 
         exiftool::verbose(true);
         log_capture log;
-        // The child is held while the reads are queued, so that the first two are sent and the
-        // others wait behind them.
-        const qint64 child = test_support::child_of(QCoreApplication::applicationPid());
+        // Held while the reads are queued, so that all but the first two wait.
+        const qint64 child = child_of(QCoreApplication::applicationPid());
         QVERIFY(child > 0);
         ::kill(pid_t(child), SIGSTOP);
         std::vector<ondo::exif_response*> reads;
@@ -478,7 +461,6 @@ private slots:
         exiftool::verbose(false);
         QVERIFY(alone[2].empty() && alone[0].at("IFD0:Make") == "Canon" && alone[3].at("XMP-dc:Title") == "{ready3}"
                 && alone[1].at("IFD0:Model") == "EOS");
-        // The first two went out alone, as nothing was queued behind them; the rest together.
         const QStringList joined = log.lines().filter("Writing '").filter(paths[2]);
         QVERIFY2(joined.size() == 1 && joined[0].contains(paths[3]) && joined[0].contains(paths[4]),
                  qPrintable(log.lines().join('\n')));
@@ -490,7 +472,7 @@ private:
     {
         exiftool::shutdown(true);
         for (const qint64 pid : perl.pids())
-            QTRY_VERIFY_WITH_TIMEOUT(!test_support::is_running(pid), 10000);
+            QTRY_VERIFY_WITH_TIMEOUT(!is_running(pid), 10000);
     }
 
     QTemporaryDir dir;

@@ -1,34 +1,22 @@
 // What bad luck and hostile photos do to a run: marker text inside photos, a child that dies,
 // stalls or floods, and a program or child killed or stopped in the middle of a fix run.
-#include "mainwindow.h"
-#include "table_data_model.h"
-
 #include "processes.h"
-#include "test_support.h"
+#include "table_data_model.h"
 #include "window_test.h"
 
 #include <ondo/application.h>
-#include <ondo/exiftool.h>
 #include <ondo/exiftool_worker.h>
 
 #include <QCryptographicHash>
-#include <QDirIterator>
 #include <QImage>
-#include <QLineEdit>
 #include <QProgressDialog>
-#include <QPushButton>
 #include <QRandomGenerator>
-#include <QTableView>
 #include <QtTest>
 
 #include <algorithm>
 #include <csignal>
 
-using test_support::child_of;
-using test_support::fake_perl;
-using test_support::fix_tip;
-using test_support::undo_tip;
-using test_support::is_running;
+using namespace test_support;
 
 namespace {
 
@@ -37,7 +25,7 @@ const QString after = "2017:06:21 19:30:05";
 
 QString tag(const QString& path, const QString& name)
 {
-    return test_support::run(TAVIMO_EXIFTOOL_SCRIPT, {"-s3", "-" + name, path}).trimmed();
+    return run(TAVIMO_EXIFTOOL_SCRIPT, {"-s3", "-" + name, path}).trimmed();
 }
 
 // What a fix may never change: the decoded pixels, and what ExifTool's validation finds.
@@ -54,32 +42,26 @@ QByteArray soundness(const QString& path)
 
 QStringList leftovers(const QString& dir)
 {
-    QStringList found;
-    QDirIterator it(dir, {"*_exiftool_tmp"}, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
-    while (it.hasNext())
-        found << it.next();
-    return found;
+    return QDir(dir).entryList({"*_exiftool_tmp"}, QDir::Files | QDir::Hidden);
 }
 
 } // namespace
 
-class tst_exiftool_faults : public test_support::window_test {
+class tst_exiftool_faults : public window_test {
     Q_OBJECT
 
 private slots:
     void initTestCase()
     {
         QVERIFY(large.isValid());
-        large_photos = test_support::photos(large.path(), 12, true);
+        large_photos = photos(large.path(), 12, true);
         restore_large_photos();
         for (const QString& path : large_photos)
             sound[path] = soundness(path);
     }
 
-    // The stand-in child misbehaves on the second file of one run: the load, the fix or the
-    // undo. That file fails (or shows no time of its own); the first is done; the third is
-    // written too, as its write went out ahead, but a load stopped by the user ends there;
-    // nothing is left running.
+    // The stand-in child fails the second file of a load, fix or undo: that file alone fails; the
+    // third is done too (its write went out ahead) unless the user stopped a load; nothing is left.
     void a_faulty_child_fails_only_its_file_data()
     {
         QTest::addColumn<QString>("run");
@@ -95,7 +77,7 @@ private slots:
     {
         QFETCH(QString, run);
         QFETCH(QString, fault);
-        const QStringList paths = test_support::photos(dir->path(), 3);
+        const QStringList paths = photos(dir->path(), 3);
         fake_perl perl;
         perl.rule("reply", "*", "-ExifIFD:DateTimeOriginal=" + before + "\n    1 image files updated\n");
         const QString faulty = run == "load" ? "1" : run == "fix" ? "4" : "7"; // task ids of the second file
@@ -117,32 +99,25 @@ private slots:
         });
         stopper.start(50);
 
-        window = test_support::open_main_window();
+        window = open_main_window();
         window->load_files(paths);
         const bool third_done = fault == "exits" || run != "load";
         auto cache = exif_cache::instance();
         QCOMPARE(cache->contains(paths[2]), third_done);
         QCOMPARE(cache->of(paths[1]).tags.contains("ExifIFD:DateTimeOriginal"), run != "load");
-        if (run != "load") {
-            const auto failed = fix_by_an_hour();
-            QCOMPARE(failed->answered, run == "fix");
-            if (run == "fix")
-                QCOMPARE(failed->text.count(dir->path()), 1);
-            QVERIFY(failed->text.contains(paths[1]) == (run == "fix"));
-        }
+        auto second_alone_failed = [&](const seen_box& box) {
+            return box.answered && box.text.count(dir->path()) == 1 && box.text.contains(paths[1]);
+        };
+        if (run != "load")
+            QCOMPARE(second_alone_failed(*fix_by_an_hour()), run == "fix");
         if (run == "undo") {
-            const auto failed = test_support::click_answering(window, undo_tip, "OK");
-            QVERIFY(failed->answered);
-            QCOMPARE(failed->text.count(dir->path()), 1);
-            QVERIFY(failed->text.contains(paths[1]));
-            // What could not be given back can be tried again.
-            QVERIFY(test_support::button(window, undo_tip)->isEnabled());
+            QVERIFY(second_alone_failed(*click_answering(undo_tip, "OK")));
+            QVERIFY(button(window, undo_tip)->isEnabled()); // what failed can be tried again
         }
         stopper.stop();
         ondo::exiftool::set_time_limit(60000);
-        // Two children log their input line by line into one file, so lines are counted, not runs:
-        // each file is named once by its read and once by each write, which goes through the
-        // photo's private link, ".tavimo-<pid>-<n>-<name>" beside it.
+        // Input lines, not runs, are counted (two children log into one file): a file is named once by
+        // its read and once by each write, through its private link ".tavimo-<pid>-<n>-<name>".
         const QList<QByteArray> input = perl.input().split('\n');
         QVERIFY(input.contains(QFile::encodeName(paths[0])));
         const QByteArray third = QFile::encodeName(paths[2]), third_name = QFile::encodeName(QFileInfo(paths[2]).fileName());
@@ -157,10 +132,8 @@ private slots:
             QTRY_VERIFY_WITH_TIMEOUT(!is_running(pid), 10000);
     }
 
-    // Loading with three children gives the table that one child gives, row for row; a fix with
-    // three writes every good file once, each by its own time, and lists the failures in table
-    // order. The photos lie in a folder named like a marker, and twelve texts of the first end in
-    // "{ready0}" to "{ready11}", the ids of the load's reads.
+    // Three children load the table one child loads and write every good file once, failures listed
+    // in table order; the folder and twelve texts of the first photo end like the reads' markers.
     void several_children_work_as_one()
     {
         QVERIFY(QDir(dir->path()).mkpath("trip{ready1}"));
@@ -174,7 +147,7 @@ private slots:
                 tags["IFD0:ModifyDate"] = "2016:01:02 03:04:05";
             if (i % 5 == 0)
                 tags["IFD0:Make"] = QString("Maker %1").arg(i);
-            paths << test_support::make_tagged_photo(album, QString("s%1.jpg").arg(i, 2, 10, QLatin1Char('0')), tags);
+            paths << make_tagged_photo(album, QString("s%1.jpg").arg(i, 2, 10, QLatin1Char('0')), tags);
         }
         exif_tag_map texts;
         const QStringList fields = {"IFD0:ImageDescription", "IFD0:Artist", "IFD0:Copyright", "IFD0:Software", "IFD0:Make",
@@ -182,14 +155,14 @@ private slots:
             "IPTC:By-line"};
         for (int i = 0; i < fields.size(); ++i)
             texts[fields[i]] = QString("text{ready%1}").arg(i);
-        test_support::tag_files({{paths[0], texts}, {paths[11], {{"IFD0:Artist", "nobody{ready2}"}}}});
+        tag_files({{paths[0], texts}, {paths[11], {{"IFD0:Artist", "nobody{ready2}"}}}});
         auto load = [&](int children) {
             ondo::exiftool::shutdown(false);
             ondo::exiftool::set_pool_size(children);
             ondo::next_task_id = 0;
             delete window;
-            test_support::forget_files();
-            window = test_support::open_main_window();
+            forget_files();
+            window = open_main_window();
             window->load_files(paths);
             QStringList rows;
             QAbstractItemModel* model = window->findChild<QTableView*>()->model();
@@ -208,7 +181,7 @@ private slots:
         window->load_files({crafted, gone});
         QVERIFY(QFile::remove(paths[4]) && QFile::remove(gone));
         ondo::exiftool::verbose(true);
-        test_support::log_capture log;
+        log_capture log;
         const QString text = fix_by_an_hour()->text;
         ondo::exiftool::verbose(false);
         ondo::exiftool::set_pool_size(0);
@@ -226,18 +199,17 @@ private slots:
                 QCOMPARE(writes.filter(QRegularExpression("\n" + QRegularExpression::escape(album) + "/\\.tavimo-\\d+-\\d+-"
                                                           + QRegularExpression::escape(name) + "\n")).size(), 1);
         }
-        QCOMPARE(test_support::run(TAVIMO_EXIFTOOL_SCRIPT, QStringList{"-T", "-FileName", "-ExifIFD:DateTimeOriginal"} + paths)
+        QCOMPARE(run(TAVIMO_EXIFTOOL_SCRIPT, QStringList{"-T", "-FileName", "-ExifIFD:DateTimeOriginal"} + paths)
                      .split('\n', Qt::SkipEmptyParts), times);
         QCOMPARE(tag(paths[0], "IFD0:Artist"), QString("text{ready1}"));
     }
 
-    // The real ExifTool is killed in the middle of a fix run over large photos: at most the file
-    // it was working on fails, whole and without a temporary file, and every other file is
-    // written. That file may have been written just before the kill; the undo covers it too.
+    // The real ExifTool killed mid-run over large photos: at most its file fails, whole and with no
+    // temporary file; every other is written, and the undo covers all.
     void a_killed_child_fails_only_its_file()
     {
         restore_large_photos();
-        window = test_support::open_main_window();
+        window = open_main_window();
         window->load_files(large_photos);
         qint64 child = 0;
         QTimer killer;
@@ -261,14 +233,13 @@ private slots:
         }
         QVERIFY(failures <= 1);
         QCOMPARE(leftovers(large.path()), QStringList());
-        test_support::button(window, undo_tip)->click();
+        button(window, undo_tip)->click();
         for (const QString& path : large_photos)
             QCOMPARE(tag(path, "ExifIFD:DateTimeOriginal"), before);
     }
 
-    // The program is killed at a random moment of a fix run, five times: its child stops the safe
-    // way, no photo is torn, no temporary file and no process is left. Then the child is stopped
-    // and the program told to end: both are gone within 10 seconds.
+    // The program killed at a random moment of a fix run, or its child stopped and the program told
+    // to end: no photo torn, no temporary file or process left, and a stopped child gone within 10 s.
     void a_killed_or_stopped_run_leaves_photos_whole_data()
     {
         QTest::addColumn<bool>("kill");
@@ -283,8 +254,8 @@ private slots:
         restore_large_photos();
         QTemporaryDir home;
         QProcess program;
-        test_support::launch(program, "tavimo_look", home.path(),
-            {{"TAVIMO_LOOK_FILES", large_photos.join(':')}, {"TAVIMO_LOOK_PRESS", "fix"}});
+        launch(program, "tavimo_look", home.path(),
+               {{"TAVIMO_LOOK_FILES", large_photos.join(':')}, {"TAVIMO_LOOK_PRESS", "fix"}});
         qint64 child = 0;
         QTRY_VERIFY_WITH_TIMEOUT((child = child_of(program.processId())) != 0, 30000);
         const QDateTime start = QDateTime::currentDateTime();
@@ -311,16 +282,16 @@ private slots:
 
 private:
     // Types an hour and presses fix, keeping the changes if a file fails; the box as seen.
-    QSharedPointer<test_support::seen_box> fix_by_an_hour()
+    QSharedPointer<seen_box> fix_by_an_hour()
     {
         QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
-        return test_support::click_answering(window, fix_tip, "Keep changes");
+        return click_answering(fix_tip, "Keep changes");
     }
 
     // Back to the time they were made with, so that a test sees its own run.
     void restore_large_photos()
     {
-        test_support::run(TAVIMO_EXIFTOOL_SCRIPT,
+        run(TAVIMO_EXIFTOOL_SCRIPT,
             QStringList{"-q", "-overwrite_original_in_place", "-ExifIFD:DateTimeOriginal=" + before,
                         "-FileModifyDate=" + QDateTime::currentDateTime().toString("yyyy:MM:dd hh:mm:ss")} + large_photos);
     }
@@ -332,7 +303,7 @@ private:
 
 int main(int argc, char** argv)
 {
-    test_support::use_private_settings();
+    use_private_settings();
     ondo::application<MainWindow> app(argc, argv);
     tst_exiftool_faults test;
     return QTest::qExec(&test, argc, argv);

@@ -1,21 +1,17 @@
-#include "mainwindow.h"
 #include "photo_family.h"
 #include "recording_tags.h"
-#include "undo_journal.h"
 
 #include "processes.h"
-#include "test_support.h"
 #include "window_test.h"
 
 #include <ondo/application.h>
-#include <ondo/exiftool.h>
 
 #include <QLabel>
-#include <QPushButton>
-#include <QTableView>
 #include <QtTest>
 
 #include <ctime>
+
+using namespace test_support;
 
 namespace {
 
@@ -38,7 +34,7 @@ const QStringList family_folder = {
 } // namespace
 
 // Sidecars, RAW+JPEG pairs and Live Photos: a photo's files move together and come back together.
-class tst_families : public test_support::window_test {
+class tst_families : public window_test {
     Q_OBJECT
 
 private slots:
@@ -104,9 +100,9 @@ private slots:
     {
         QFETCH(QStringList, loaded);
         make_folder(family_folder);
-        window = test_support::open_main_window();
+        window = open_main_window();
         if (loaded == QStringList{"/"}) {
-            QVERIFY(test_support::drop_urls(window, {QUrl::fromLocalFile(dir->path())}));
+            QVERIFY(drop_urls(window, {QUrl::fromLocalFile(dir->path())}));
         } else {
             QStringList paths;
             for (const QString& name : loaded)
@@ -119,9 +115,8 @@ private slots:
             QVERIFY2(tip.contains("IMG_1001.xmp, IMG_1001.dng.xmp"), qPrintable(tip));
     }
 
-    // A fix of an hour with a zone moves every date of the RAWs, their sidecars and the JPEG that
-    // the question brings in, by exactly that hour, each from its own value, with the entered
-    // zone wherever a zone goes; the undo gives every file back.
+    // A fix of an hour with a zone moves every date of the RAWs, their sidecars and the JPEG the
+    // question brings in by that hour, zoned where a zone goes; the undo gives every file back.
     void a_family_moves_as_one_and_comes_back()
     {
         make_folder(family_folder);
@@ -130,12 +125,11 @@ private slots:
         QMap<QString, QStringList> before;
         QMap<QString, exif_tag_map> tags_before;
         for (const QString& name : files) {
-            before[name] = test_support::listing(dir->filePath(name));
-            tags_before[name] = test_support::read_back(dir->filePath(name));
+            before[name] = listing(dir->filePath(name));
+            tags_before[name] = read_back(dir->filePath(name));
         }
         open_with({dir->filePath("IMG_1001.dng"), dir->filePath("DSC_2002.NEF"), dir->filePath("DSC_3003.NEF")}, "2");
-        const auto asked = click_answering(test_support::fix_tip, "Include them");
-        QVERIFY(asked->answered);
+        const auto asked = click_answering(fix_tip, "Include them");
         QVERIFY2(asked->text.startsWith("1 file taken together with the loaded photos was left out"), qPrintable(asked->text));
         QVERIFY(asked->text.contains("DSC_3003.JPG"));
         QCOMPARE(asked->buttons, QStringList({"Include them", "Only the loaded files"}));
@@ -143,7 +137,7 @@ private slots:
         QCOMPARE(window->findChild<QLabel*>("run_note")->text().section(' ', 0, 5), "4 photos and 3 sidecars changed.");
 
         for (const QString& name : files) {
-            const exif_tag_map after = test_support::read_back(dir->filePath(name));
+            const exif_tag_map after = read_back(dir->filePath(name));
             int moved = 0;
             for (const auto& [tag, text] : tags_before[name]) {
                 const auto was = recording_tags::parse(text);
@@ -167,9 +161,9 @@ private slots:
                      tags_before[name].count("XMP-x:XMPToolkit") ? tags_before[name].at("XMP-x:XMPToolkit") : QString());
         }
 
-        tip_button(test_support::undo_tip)->click();
+        tip_button(undo_tip)->click();
         for (const QString& name : files)
-            QCOMPARE(test_support::listing(dir->filePath(name)), before[name]);
+            QCOMPARE(listing(dir->filePath(name)), before[name]);
     }
 
     void a_disagreeing_sidecar_is_asked_about_data()
@@ -196,12 +190,12 @@ private slots:
         QFETCH(QString, answer);
         make_folder({photo, sidecar});
         const QString xmp = dir->filePath("a.nef.xmp");
-        const QStringList before = test_support::listing(xmp) + test_support::listing(dir->filePath("a.nef"));
+        const QStringList before = listing(xmp) + listing(dir->filePath("a.nef"));
         open_with({dir->filePath("a.nef")});
-        const auto asked = click_answering(test_support::fix_tip, answer.isEmpty() ? "close" : answer);
+        const auto asked = click_answering(fix_tip, answer.isEmpty() ? "close" : answer);
         if (answer.isEmpty()) {
             QVERIFY(!asked->answered);
-            QCOMPARE(test_support::read_back(dir->filePath("a.nef")).at("ExifIFD:DateTimeOriginal"), "2017:06:21 19:30:05");
+            QCOMPARE(read_back(dir->filePath("a.nef")).at("ExifIFD:DateTimeOriginal"), "2017:06:21 19:30:05");
             return;
         }
         QVERIFY(asked->answered);
@@ -209,42 +203,40 @@ private slots:
                               "by the same offset.");
         QCOMPARE(asked->buttons, QStringList({"Continue", "Cancel"}));
         if (answer == "Cancel")
-            QCOMPARE(test_support::listing(xmp) + test_support::listing(dir->filePath("a.nef")), before);
+            QCOMPARE(listing(xmp) + listing(dir->filePath("a.nef")), before);
         else
-            QCOMPARE(test_support::read_back(xmp).at("XMP-exif:DateTimeOriginal"), "2017:06:21 19:35:05");
+            QCOMPARE(read_back(xmp).at("XMP-exif:DateTimeOriginal"), "2017:06:21 19:35:05");
     }
 
     void a_sidecar_that_cant_be_written_fails_its_row_data()
     {
         QTest::addColumn<bool>("folder"); // replaced by a folder; else edited by another program
-        QTest::newRow("replaced by a folder: nothing of the row is written") << true;
-        QTest::newRow("edited after the load: the photo is, the row stays marked") << false;
+        QTest::newRow("replaced by a folder") << true;
+        QTest::newRow("edited after the load") << false;
     }
 
-    // A sidecar that is no longer what was loaded fails its row, with its name. Found before the
-    // writes, it keeps the photo from being written too; found by its write's own condition, the
-    // photo is written and its row keeps the mark under the new time.
+    // A sidecar no longer as loaded fails its row by name. Found before the writes it keeps the photo
+    // unwritten; found by its write's condition the photo is written and the row stays marked.
     void a_sidecar_that_cant_be_written_fails_its_row()
     {
         QFETCH(bool, folder);
         make_folder({family_folder[0], family_folder[2]});
         const QString photo = dir->filePath("IMG_1001.dng"), xmp = dir->filePath("IMG_1001.dng.xmp");
-        const QStringList before = test_support::listing(photo);
+        const QStringList before = listing(photo);
         open_with({photo});
         if (folder)
             QVERIFY(QFile::remove(xmp) && QDir().mkdir(xmp));
         else
             // In place, as an editor that keeps the file does: the same file, other values.
-            test_support::run(TAVIMO_EXIFTOOL_SCRIPT,
-                              {"-overwrite_original_in_place", "-XMP-exif:DateTimeOriginal=2017:06:21 18:31:00", xmp});
-        const auto failed = click_answering(test_support::fix_tip, "Keep changes");
-        QVERIFY(failed->answered);
+            run(TAVIMO_EXIFTOOL_SCRIPT,
+                {"-overwrite_original_in_place", "-XMP-exif:DateTimeOriginal=2017:06:21 18:31:00", xmp});
+        const auto failed = click_answering(fix_tip, "Keep changes");
         QVERIFY2(failed->text.contains(xmp + " (changed since it was loaded)"), qPrintable(failed->text));
-        QCOMPARE(test_support::listing(photo) == before, folder);
+        QCOMPARE(listing(photo) == before, folder);
         if (folder)
             QVERIFY(QFileInfo(xmp).isDir());
         else
-            QCOMPARE(test_support::read_back(xmp).at("XMP-exif:DateTimeOriginal"), "2017:06:21 18:31:00");
+            QCOMPARE(read_back(xmp).at("XMP-exif:DateTimeOriginal"), "2017:06:21 18:31:00");
         const QString tip = table()->model()->index(0, 0).data(Qt::ToolTipRole).toString();
         QVERIFY2(tip.contains("its sidecar IMG_1001.dng.xmp"), qPrintable(tip));
     }
@@ -252,28 +244,27 @@ private slots:
     // A run killed after its writes: the next start's undo gives the sidecars back too.
     void a_killed_run_is_undone_with_its_sidecars()
     {
-        make_folder({family_folder[0], family_folder[1], family_folder[2], family_folder[3], family_folder[4]});
+        make_folder(family_folder.mid(0, 5));
         QMap<QString, QStringList> before;
         for (const QString& name : QDir(dir->path()).entryList(QDir::Files))
-            before[name] = test_support::listing(dir->filePath(name));
+            before[name] = listing(dir->filePath(name));
 
-        QVERIFY(test_support::crash_a_fix_run(dir->path()));
-        QCOMPARE(test_support::read_back(dir->filePath("IMG_1001.dng.xmp")).at("XMP-exif:DateTimeOriginal"), "2017:06:21 19:30:05");
+        QVERIFY(crash_a_fix_run(dir->path()));
+        QCOMPARE(read_back(dir->filePath("IMG_1001.dng.xmp")).at("XMP-exif:DateTimeOriginal"), "2017:06:21 19:30:05");
 
-        const auto offered = test_support::answer_next_box("Undo");
-        window = test_support::open_main_window();
+        const auto offered = answer_next_box("Undo");
+        window = open_main_window();
         QTRY_VERIFY(offered->answered);
         QVERIFY2(offered->text.contains("Photos that run had changed: 5"), qPrintable(offered->text));
         for (auto file = before.cbegin(); file != before.cend(); ++file)
-            QCOMPARE(test_support::listing(dir->filePath(file.key())), file.value());
+            QCOMPARE(listing(dir->filePath(file.key())), file.value());
     }
 
 private:
-    // Files of `specs` ("name|tags", "#" standing for the time taken) in the test's folder.
     void make_folder(const QStringList& specs)
     {
         for (const QString& spec : specs)
-            QVERIFY2(!test_support::make_file(dir->path(), spec).isEmpty(), qPrintable(spec));
+            QVERIFY2(!make_file(dir->path(), spec).isEmpty(), qPrintable(spec));
     }
     QStringList rows() const
     {
@@ -289,15 +280,15 @@ int main(int argc, char** argv)
 {
     qputenv("TZ", "Europe/Berlin");
     tzset();
-    test_support::use_private_settings();
+    use_private_settings();
     // The state folder, shared with the crashing child.
-    if (test_support::is_crashing_child())
-        return test_support::crashing_child_main(argc, argv);
+    if (is_crashing_child())
+        return crashing_child_main(argc, argv);
     static QTemporaryDir state;
     qputenv("XDG_DATA_HOME", state.path().toLocal8Bit());
     ondo::application<MainWindow> app(argc, argv);
     // The English catalogue, for the singular forms the user reads.
-    const test_support::installed_language english("en");
+    const installed_language english("en");
     tst_families test;
     return QTest::qExec(&test, argc, argv);
 }

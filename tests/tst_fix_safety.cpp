@@ -32,8 +32,8 @@ bool edit_in_place(const QString& path)
         .contains("1 image files updated");
 }
 
-// A photo of noise, a few hundred KB, that validates cleanly and whose size ends a few bytes
-// before a 4 KiB page: the zone tags a fix adds take it onto one more page of a tmpfs.
+// A photo of noise that validates cleanly and ends a few bytes before a 4 KiB page, so that the
+// zone tags a fix adds take it onto one more page of a tmpfs.
 QString noisy_photo(const QString& dir)
 {
     const QString path = QDir(dir).filePath("noise.jpg");
@@ -64,10 +64,8 @@ class tst_fix_safety : public window_test {
     Q_OBJECT
 
 private slots:
-    // Three photos; before the fix or before its undo the middle one is edited by another
-    // program, held by another copy of Tavimo, or its path becomes a folder holding a JPEG or a
-    // link to another JPEG. Only the middle one is refused, with its reason, in the one box that
-    // `when` brings, answered `answer`; nothing in or behind a swapped path changes.
+    // Before the fix or its undo the middle of three photos is edited, held by another copy, or
+    // becomes a folder or a link: it alone is refused with its reason; nothing behind it changes.
     void something_gets_in_the_way_data()
     {
         QTest::addColumn<QString>("what");
@@ -155,9 +153,8 @@ private slots:
         }
     }
 
-    // 100 photos p000…p099, photo i dated i days on and described "photo i". During the fix a
-    // file manager renumbers them (p000 goes, p001 becomes p000...), a rename every `interval` ms.
-    // After the fix and after the undo, every photo is there once with its own time or an hour on.
+    // 100 photos renumbered during the fix (p000 goes, p001 becomes p000...), a rename every
+    // `interval` ms: after the fix and the undo each photo is there once, at its time or an hour on.
     void renumbering_during_a_fix_data()
     {
         QTest::addColumn<int>("interval");
@@ -213,11 +210,9 @@ private slots:
         each_photo_once(count - 1, "after the undo");
     }
 
-    // Photos on a card: a tmpfs with `room` pages free beside the photo's own (with two it grows
-    // in place, with one ExifTool's copy takes its place, with less the copy fails), or FAT or
-    // exFAT through FUSE: no hard links, no copy in place on FAT, inode numbers that change with
-    // the spelling of a name (the photos are opened in upper case). A fixed photo keeps its name
-    // and gets every tag back from the undo; a refused one stays as it was, byte for byte.
+    // Photos on a card: a tmpfs with `room` pages free beside the photo's own, or FAT or exFAT
+    // through FUSE (no hard links, inodes that change with a name's case; opened in upper case).
+    // A fixed photo keeps its name and gets every tag back; a refused one stays byte for byte.
     void a_card_data()
     {
         QTest::addColumn<QString>("mount");
@@ -330,8 +325,7 @@ private:
     {
         return QDateTime(QDate(2017, 6, 21), QTime(18, 30, 5)).addDays(photo).addSecs(3600 * hours).toString("yyyy:MM:dd hh:mm:ss");
     }
-    // Photos 1 to `last` in the folder, each once and holding its own time or its own an hour
-    // later, and no copy that ExifTool left.
+    // Photos 1 to `last` each once, at their own time or an hour on, and no copy ExifTool left.
     void each_photo_once(int last, const QString& when)
     {
         QSet<int> seen;

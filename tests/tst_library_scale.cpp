@@ -1,29 +1,17 @@
-// A photo library's worth of files through the window, as hard links to one camera JPEG: a long
-// load stopped in the middle keeps what it read and reads nothing more, and a loaded file costs a
-// bounded amount of memory (the real goal is the benchmark's).
-
-#include "mainwindow.h"
+// A photo library's worth of files as hard links to one camera JPEG: a load stopped in the middle
+// keeps what it read and reads nothing more, and a loaded file costs bounded memory.
 #include "processes.h"
 #include "table_data_model.h"
-#include "test_support.h"
 #include "window_test.h"
 
 #include <ondo/application.h>
-#include <ondo/exiftool.h>
 
 #include <QHeaderView>
-#include <QLineEdit>
-#include <QLoggingCategory>
 #include <QProgressDialog>
-#include <QPushButton>
-#include <QTableView>
 #include <QtTest>
 
 #include <malloc.h>
 #include <unistd.h>
-
-#include <atomic>
-#include <mutex>
 
 namespace {
 
@@ -31,11 +19,10 @@ namespace {
 constexpr int exiftool_children = 2;
 constexpr int files_per_read = 4;
 
-// `count` names in `dir` for one tagged camera JPEG, as hard links, so that thousands of files
-// take little disk; empty if the file system has no links.
 QStringList linked_photos(const QString& dir, int count)
 {
-    const QString photo = test_support::make_file(dir, "camera.jpg|ExifIFD:DateTimeOriginal=2019:04:02 10:11:12;IFD0:Make=Velmora;IFD0:Model=Bench 1");
+    const QString photo = test_support::make_file(
+        dir, "camera.jpg|ExifIFD:DateTimeOriginal=2019:04:02 10:11:12;IFD0:Make=Velmora;IFD0:Model=Bench 1");
     return test_support::numbered_copies(photo, "IMG_00000.jpg", count, true);
 }
 
@@ -49,52 +36,11 @@ qint64 resident_bytes()
     return statm.readAll().split(' ').value(1).toLongLong() * ::sysconf(_SC_PAGESIZE);
 }
 
-// While it lives: counts the files of `folder` named in the commands sent to ExifTool (from the
-// bridge's debug lines, which it keeps out of the test's output) and keeps the program's own
-// log lines.
-class exiftool_commands {
-public:
-    explicit exiftool_commands(const QString& folder)
-    {
-        exiftool_commands::folder = folder.toUtf8();
-        QLoggingCategory::setFilterRules("exiftool.debug=true");
-        ondo::exiftool::verbose(true);
-        previous = qInstallMessageHandler(handle);
-    }
-    ~exiftool_commands()
-    {
-        ondo::exiftool::verbose(false);
-        QLoggingCategory::setFilterRules("exiftool.debug=false");
-        qInstallMessageHandler(previous);
-    }
-    int files_sent() const { return sent; }
-    QStringList log() const
-    {
-        std::lock_guard<std::mutex> lock(mutex);
-        return lines;
-    }
-
-private:
-    // Called on the worker threads too.
-    static void handle(QtMsgType type, const QMessageLogContext& context, const QString& message)
-    {
-        if (context.category && qstrcmp(context.category, "exiftool") == 0 && type == QtDebugMsg) {
-            if (message.contains("Writing '"))
-                sent += message.toUtf8().count(folder);
-            return;
-        }
-        if (context.category && qstrcmp(context.category, "default") == 0) {
-            std::lock_guard<std::mutex> lock(mutex);
-            lines << message;
-        }
-        previous(type, context, message);
-    }
-    static inline QByteArray folder;
-    static inline std::atomic<int> sent {0};
-    static inline std::mutex mutex;
-    static inline QStringList lines;
-    static inline QtMessageHandler previous = nullptr;
-};
+// How often a file of `folder` was named in the commands sent to ExifTool.
+int files_sent(const test_support::log_capture& log, const QString& folder)
+{
+    return log.lines().filter("Writing '").join('\n').count(folder);
+}
 
 } // namespace
 
@@ -138,7 +84,8 @@ private slots:
                 progress = dialog;
         QVERIFY(progress);
 
-        const exiftool_commands commands(dir->path());
+        ondo::exiftool::verbose(true);
+        const test_support::log_capture log;
         int rows_at_stop = -1, sent_at_stop = -1;
         QTimer stopper;
         connect(&stopper, &QTimer::timeout, &stopper, [&] {
@@ -149,30 +96,27 @@ private slots:
             if (!stop || !stop->isVisible() || stop->text() != "Stop")
                 return;
             rows_at_stop = model->rowCount();
-            sent_at_stop = commands.files_sent();
+            sent_at_stop = files_sent(log, dir->path());
             QTest::mouseClick(stop, Qt::LeftButton);
         });
         stopper.start(5);
         window->load_files(paths);
         stopper.stop();
 
-        QVERIFY(rows_at_stop > 0);
+        QVERIFY(rows_at_stop > 0 && rows_at_stop < paths.size());
         QCOMPARE(model->rowCount(), rows_at_stop);
-        QVERIFY(rows_at_stop < paths.size());
         QCOMPARE(int(exif_cache::instance()->size()), rows_at_stop);
-        // What the children had been sent when Stop came is all they read, but for one more read
-        // each that may go out before the drop reaches their worker; after the load nothing. (Left
-        // to go out, the reads queued ahead came to about ten here.)
-        const int sent = commands.files_sent();
+        // One more read a child may go out before the drop reaches its worker; after the load none.
+        const int sent = files_sent(log, dir->path());
         QVERIFY2(sent - sent_at_stop <= exiftool_children * files_per_read,
                  qPrintable(QString("%1 files sent after Stop").arg(sent - sent_at_stop)));
         QTest::qWait(500);
-        QCOMPARE(commands.files_sent(), sent);
+        QCOMPARE(files_sent(log, dir->path()), sent);
         QCOMPARE(model->rowCount(), rows_at_stop);
         QCOMPARE(hour->text(), QString());
         QVERIFY(!progress->isVisible());
-        QCOMPARE(commands.log().filter(QString("Load ended: %1 rows added, stopped, in ").arg(rows_at_stop)).size(), 1);
-
+        QCOMPARE(log.count(QString("Load ended: %1 rows added, stopped, in ").arg(rows_at_stop)), 1);
+        ondo::exiftool::verbose(false);
         ondo::exiftool::shutdown(false);
         QTRY_COMPARE(test_support::child_of(QCoreApplication::applicationPid()), qint64(0));
     }
@@ -194,7 +138,6 @@ private slots:
         QCOMPARE(sorts.count(), 1);
         QCOMPARE(header->sortIndicatorSection(), 1);
     }
-
 };
 
 int main(int argc, char** argv)

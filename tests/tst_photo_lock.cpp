@@ -19,9 +19,8 @@ namespace {
 
 const char* hold_mode = "--hold-locks";
 
-// The other copy's side: locks the paths after the folder (all in hex, so that any name travels
-// whole), answers "held" or "refused" for each on a line of its own and keeps its locks until its
-// input closes, or it is killed.
+// The other copy: locks the paths after the folder (in hex, so that any name travels whole),
+// answers "held" or "refused" for each and keeps its locks until its input closes.
 int hold_locks(int argc, char** argv)
 {
     const QString folder = QString::fromUtf8(QByteArray::fromHex(argv[2]));
@@ -63,11 +62,8 @@ private slots:
         copies.clear();
     }
 
-    // This copy holds the photo `name`; another asks for `asked` (the photo if empty), a path
-    // beside the photos folder. ExifTool writes the file a link leads to, so a link and its photo
-    // are one. The other copy gets `answer` and, once the photo is given back, its lock; a copy
-    // that died holding it loses it. The lock folder is empty after each release, and the photos
-    // folder holds the photo alone, as it was.
+    // This copy holds the photo `name`; another asking for `asked` (the photo if empty; a link and
+    // its photo are one) gets `answer`, then the lock once it is given back or its holder dies.
     void a_second_copy_waits_its_turn_data()
     {
         QTest::addColumn<QString>("name");
@@ -115,8 +111,7 @@ private slots:
         QCOMPARE(test_support::contents(photo), QByteArray("photo"));
     }
 
-    // A hundred locks at once; a copy that died holding them leaves their files, which go at the
-    // next copy's first lock, while a living copy's stays with its lock.
+    // A dead copy's hundred lock files go at the next first lock; a living copy's stays.
     void locks_of_dead_copies_go()
     {
         const QString live = make_photo("live.jpg");

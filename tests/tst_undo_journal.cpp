@@ -22,8 +22,7 @@ namespace {
 const QString before_time = "2017:06:21 18:30:05";
 const QString after_time = "2017:06:21 19:30:05";
 
-// Which file each path is and its state to the nanosecond, so that an unwritten photo shows
-// that nothing touched it, also within the second.
+// Which file a path is and its state to the nanosecond: an unwritten photo shows nothing touched it.
 QString stamp(const QString& path)
 {
     const file_identity now = file_identity::of(path);
@@ -41,9 +40,8 @@ bool set_modified_ns(const QString& path, qint64 ns)
     return ::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, 0) == 0;
 }
 
-// Leaves a journal as a fix run over `paths` leaves it when it dies after writing the first
-// `written` photos, of which the first `confirmed` have their line after the write. It writes an
-// hour later, IPTC in another zone and an EXIF zone the photos lacked; the old values are read.
+// The journal of a fix run over `paths` that died after writing `written` photos, `confirmed` of
+// them with their line after the write: an hour later, IPTC in another zone, an EXIF zone added.
 bool leave_unfinished_run(const QStringList& paths, int written, int confirmed)
 {
     undo_journal journal(undo_journal::default_folder());
@@ -76,12 +74,9 @@ class tst_undo_journal : public window_test {
     Q_OBJECT
 
 private slots:
-    // A run that died after writing some of its photos: this program crashing after a few (written
-    // -1), its window closed during the run (-2), or a hand-made journal whose first `written`
-    // photos were written and `confirmed` have their line after the write. The next start counts
-    // what the photos hold, not the lines; it gives back the written ones and touches no other, or
-    // keeps them. `trouble`: the last line cut as the crash came while it was written, a leftover
-    // of a cut-short write that makes one undo fail, or damage that only lets it keep the run.
+    // A run that died: this program crashing (written -1), its window closed mid-run (-2), or a made
+    // journal. The next start counts what the photos hold, not the lines, and gives back the written
+    // ones alone or keeps them. `trouble`: a cut last line, a leftover that fails one undo, damage.
     void an_unfinished_run_is_offered_data()
     {
         QTest::addColumn<int>("photos");
@@ -153,10 +148,10 @@ private slots:
         const QString failing_stamp = stamp(failing);
         QStringList unwritten, stamps, given_back;
         for (const QJsonObject& tags : crashed)
-            if (tags.value("ExifIFD:DateTimeOriginal").toString() == before_time)
+            if (tags.value("ExifIFD:DateTimeOriginal").toString() == before_time) {
                 unwritten << tags.value("SourceFile").toString();
-        for (const QString& path : unwritten)
-            stamps << stamp(path);
+                stamps << stamp(unwritten.last());
+            }
         const int shifted = paths.size() - unwritten.size();
         const bool damaged = answer == "Show list";
         if (written == -1) // a run of 200 dies in its middle; one of 4 may have written all
@@ -167,7 +162,6 @@ private slots:
             if (answer == "Undo" && !unwritten.contains(path) && !(trouble == "blocked" && path == failing))
                 given_back << QFileInfo(path).fileName();
 
-        // After the question: the undo's failures and what stays on disk, or the list and Keep.
         QSharedPointer<seen_box> second, third;
         if (shifted == 0)
             QTest::ignoreMessage(QtInfoMsg, QRegularExpression("changed no photo"));
@@ -188,10 +182,8 @@ private slots:
             QCOMPARE(third->text, shown->text);
         } else {
             QTRY_VERIFY(shown->answered);
-            const QString counts = QString("Photos that run had changed: %1\nPhotos it had not written yet: %2\n")
-                                       .arg(shifted)
-                                       .arg(in_journal - shifted);
-            QVERIFY2(shown->text.contains(counts), qPrintable(shown->text));
+            const QString counts = "Photos that run had changed: %1\nPhotos it had not written yet: %2\n";
+            QVERIFY2(shown->text.contains(counts.arg(shifted).arg(in_journal - shifted)), qPrintable(shown->text));
             QCOMPARE(shown->buttons, QStringList({"Undo", "Keep"}));
         }
         QVERIFY(trouble == "blocked" || !tip_button(undo_tip)->isEnabled());
@@ -201,8 +193,7 @@ private slots:
             QVERIFY2(after.value(name) == (given_back.contains(name) ? before : crashed).value(name), qPrintable(name));
         for (int i = 0; i < unwritten.size(); ++i)
             QCOMPARE(stamp(unwritten[i]), stamps[i]);
-        // The private names the killed run's writes went through are gone, the photos not; a
-        // journal that can't be read names no folder to look in.
+        // The killed run's private names are gone; an unreadable journal names no folder to clean.
         if (trouble != "journal")
             QCOMPARE(QDir(dir->path()).entryList({".tavimo-*"}, QDir::Files | QDir::Hidden), QStringList());
         QCOMPARE(QDir(dir->path()).entryList({"*.jpg"}, QDir::Files).size(), paths.size());
@@ -228,16 +219,15 @@ private slots:
         QVERIFY(listings(dir->path()) == before);
     }
 
+    // The load's time to the nanosecond passes from the table through the journal, past a confirmed
+    // write and a crash ("adopted"); a crashed run of an older version has none.
     void the_load_time_survives_data()
     {
         QTest::addColumn<QString>("how");
-        QTest::newRow("this run, its write confirmed") << "run";
-        QTest::newRow("a crashed run, adopted") << "adopted";
-        QTest::newRow("a crashed run of an older version") << "older";
+        for (const char* how : {"run", "adopted", "older"})
+            QTest::newRow(how) << QString(how);
     }
 
-    // The time the load saw to the nanosecond, which the undo gives back, passes from the table
-    // through the journal; it stays when the write is confirmed and across a crash.
     void the_load_time_survives()
     {
         QFETCH(QString, how);
@@ -333,29 +323,18 @@ private slots:
         QCOMPARE(file_identity::of(path).modified_ns, after);
     }
 
-    void the_bridge_refuses_folders_data()
-    {
-        QTest::addColumn<bool>("link");
-        QTest::newRow("folder") << false;
-        QTest::newRow("link to a folder") << true;
-    }
-
+    // A folder, or a link to one, is neither read nor written.
     void the_bridge_refuses_folders()
     {
-        QFETCH(bool, link);
-        QVERIFY(QDir(dir->path()).mkdir("album"));
-        const QString inner = make_tagged_photo(dir->filePath("album"), "inner.jpg",
-                                                              tag_map("ExifIFD:DateTimeOriginal=" + before_time));
-        QString folder = dir->filePath("album");
-        if (link) {
-            QVERIFY(QFile::link(folder, dir->filePath("album link")));
-            folder = dir->filePath("album link");
+        const QString album = dir->filePath("album");
+        QVERIFY(QDir(dir->path()).mkdir("album") && QFile::link(album, dir->filePath("album link")));
+        make_tagged_photo(album, "inner.jpg", tag_map("ExifIFD:DateTimeOriginal=" + before_time));
+        const auto before = listings(album);
+        for (const QString& folder : {album, dir->filePath("album link")}) {
+            QVERIFY(ondo::exiftool::read_tags(folder, true, false).empty());
+            QVERIFY(!ondo::exiftool::write_tags(folder, {{"ExifIFD:DateTimeOriginal", after_time}}));
         }
-        const auto before = listings(dir->filePath("album"));
-        QVERIFY(ondo::exiftool::read_tags(folder, true, false).empty());
-        QVERIFY(!ondo::exiftool::write_tags(folder, {{"ExifIFD:DateTimeOriginal", after_time}}));
-        QVERIFY(listings(dir->filePath("album")) == before);
-        QCOMPARE(original_time(inner), before_time);
+        QVERIFY(!before.isEmpty() && listings(album) == before);
     }
 
 private:
@@ -380,7 +359,6 @@ private:
         if (file.open(QIODevice::Append))
             file.write("{\"photo\":\"" + path.toUtf8() + "\",\"undo\":[{\"ta");
     }
-    // p000.jpg ... copies of one photo taken at `before_time`, with `more` tags.
     QStringList make_photos(int count, const QString& more = QString())
     {
         return numbered_copies(make_file(dir->path(), "p000.jpg|ExifIFD:DateTimeOriginal=#" + more), "p000.jpg", count);

@@ -1,12 +1,7 @@
-// Preloaded into the tests of a ThreadSanitizer build against Qt 6.
-//
-// Qt 6.4 starts a child with clone(CLONE_VM | CLONE_VFORK | CLONE_PIDFD): the child borrows the
-// parent's memory until it calls exec. ThreadSanitizer's clone hook then does the child's
-// bookkeeping after a fork in that shared memory: from then on the parent counts as a forked
-// child, with checks off on the thread that started the child, and dies at its next thread start.
-// Here such a start becomes a plain fork, which the sanitizer follows correctly; the pidfd that Qt
-// waits on is opened for it. Every other clone goes on unchanged. Later Qt's don't borrow the
-// memory under sanitizers.
+// Preloaded into the tests of a ThreadSanitizer build against Qt 6. Qt 6.4 starts a child with
+// clone(CLONE_VM | CLONE_VFORK), borrowing the parent's memory, where the sanitizer's bookkeeping
+// then marks the parent a forked child that dies at its next thread start. Such a start becomes a
+// plain fork here, with the pidfd Qt waits on; every other clone goes on unchanged.
 #include <dlfcn.h>
 #include <sched.h>
 #include <sys/syscall.h>

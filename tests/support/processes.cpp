@@ -115,12 +115,6 @@ void fake_perl::rule(const QString& kind, const QString& id, QString value)
     rules.write(QString("%1\t%2\t%3\n").arg(kind, id, value.replace("\\", "\\\\").replace("\n", "\\n")).toUtf8());
 }
 
-QByteArray fake_perl::read(const QString& name) const
-{
-    QFile file(dir.filePath(name));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 QList<QStringList> fake_perl::starts() const
 {
     QList<QStringList> result;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "test_support.h"
+
 #include <QByteArray>
 #include <QList>
 #include <QMap>
@@ -11,9 +13,8 @@ class QProcess;
 
 namespace test_support {
 
-// A scripted stand-in for perl, first on PATH while it lives; its end shuts the bridge down. It
-// records its arguments, its input and its pid beside itself and answers each "-execute<id>" by
-// the rules file, read anew each time; a "|" in a reply pauses 150 ms.
+// A scripted stand-in for perl, first on PATH while it lives. It records its arguments, input and
+// pid, and answers each "-execute<id>" by the rules; a "|" in a reply pauses 150 ms.
 class fake_perl {
 public:
     fake_perl();
@@ -32,7 +33,7 @@ public:
     QList<qint64> pids() const;
 
 private:
-    QByteArray read(const QString& name) const;
+    QByteArray read(const QString& name) const { return contents(dir.filePath(name)); }
     QTemporaryDir dir;
     QByteArray old_path;
 };
@@ -52,9 +53,8 @@ qint64 child_of(qint64 parent);
 // Neither gone nor a zombie.
 bool is_running(qint64 pid);
 
-// A fix run that dies: this test program, started again as a child, loads every file of `folder`,
-// fixes them by an hour and ends without a word once the fix bar reaches `files` (0: every row).
-// True when it ended so and every process it started, which finish their writes first, is gone.
+// This test program started again loads every file of `folder`, fixes them by an hour and dies once
+// the fix bar reaches `files` (0: every row). True when it did, and all it started is gone.
 bool crash_a_fix_run(const QString& folder, int files = 0);
 // In main(): true in that child, whose whole work is then crashing_child_main().
 bool is_crashing_child();
