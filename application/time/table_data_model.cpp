@@ -646,9 +646,21 @@ void table_data_model::sort(int column, Qt::SortOrder order)
                          int(folders.at(folder).size()));
             }
         } else {
+            // A name the table holds once is shown as it stands: its key is made from the path,
+            // without a copy or a lookup, as most are.
+            QSet<QStringView> repeated;
+            for (auto name = name_files.cbegin(); name != name_files.cend(); ++name)
+                if (name.value() > 1)
+                    repeated.insert(name.key());
             for (int i = 0; i < count; ++i) {
-                texts[size_t(i)] = shown_name(files.at(i));
-                keys.add(texts[size_t(i)]);
+                const QString& path = files.at(i);
+                const int slash = path.lastIndexOf(QLatin1Char('/')) + 1;
+                if (!repeated.isEmpty() && repeated.contains(QStringView(path).mid(slash))) {
+                    texts[size_t(i)] = shown_name(path);
+                    keys.add(texts[size_t(i)]);
+                } else {
+                    keys.add(path, 0, slash);
+                }
             }
         }
         struct row_head {
@@ -662,7 +674,8 @@ void table_data_model::sort(int column, Qt::SortOrder order)
         std::sort(heads.begin(), heads.end(), [&](const row_head& a, const row_head& b) {
             int result = a.head < b.head ? -1 : b.head < a.head ? 1 : keys.compare(a.row, b.row);
             if (result == 0) {
-                result = ondo::compare_qstring_naturally(texts[size_t(a.row)], texts[size_t(b.row)], collator);
+                const auto text = [&](int row) { return column == 3 ? texts[size_t(row)] : shown_name(files.at(row)); };
+                result = ondo::compare_qstring_naturally(text(a.row), text(b.row), collator);
                 if (result == 0)
                     result = ondo::compare_qstring_naturally(files.at(a.row), files.at(b.row), collator);
             }
