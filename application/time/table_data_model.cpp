@@ -604,27 +604,40 @@ void table_data_model::sort(int column, Qt::SortOrder order)
             QHash<QStringView, int> folders_seen;
             QStringList folders;
             std::vector<std::pair<int, int>> seen(static_cast<size_t>(count));
+            // Neighbouring rows mostly share their camera (one text for all its files) and their
+            // folder: those are compared with the last row's before anything is looked up.
+            QString last_key;
+            QStringView last_folder;
+            std::pair<int, int> last = {-1, -1};
             for (int i = 0; i < count; ++i) {
                 const QString& path = files.at(i);
                 const QString key = camera_key(path);
-                auto name = keys_seen.find(key);
-                if (name == keys_seen.end()) {
-                    const QString shown = camera_name(key);
-                    auto number = names_seen.find(shown);
-                    if (number == names_seen.end()) {
-                        number = names_seen.insert(shown, names.size());
-                        names << shown;
+                if (last.first < 0 || (key.constData() != last_key.constData() && key != last_key)) {
+                    auto name = keys_seen.find(key);
+                    if (name == keys_seen.end()) {
+                        const QString shown = camera_name(key);
+                        auto number = names_seen.find(shown);
+                        if (number == names_seen.end()) {
+                            number = names_seen.insert(shown, names.size());
+                            names << shown;
+                        }
+                        name = keys_seen.insert(key, *number);
                     }
-                    name = keys_seen.insert(key, *number);
+                    last = {*name, last.second};
+                    last_key = key;
                 }
                 const QStringView folder = QStringView(path).left(path.lastIndexOf(QLatin1Char('/')) + 1);
-                auto place = folders_seen.find(folder);
-                if (place == folders_seen.end()) {
-                    place = folders_seen.insert(folder, folders.size());
-                    folders << folder.toString();
+                if (last.second < 0 || folder != last_folder) {
+                    auto place = folders_seen.find(folder);
+                    if (place == folders_seen.end()) {
+                        place = folders_seen.insert(folder, folders.size());
+                        folders << folder.toString();
+                    }
+                    last.second = *place;
+                    last_folder = folder;
                 }
-                seen[size_t(i)] = {*name, *place};
-                texts[size_t(i)] = names.at(*name);
+                seen[size_t(i)] = last;
+                texts[size_t(i)] = names.at(last.first);
             }
             auto places = [&collator](const QStringList& distinct) {
                 std::vector<int> order(static_cast<size_t>(distinct.size()));
