@@ -58,11 +58,13 @@ bool exif_directory(const QString& group)
     return directory.match(group).hasMatch();
 }
 
-// Every date tag below has "Date" or "Time" in its name; most of a photo's tags have neither,
-// and are let go without splitting their names.
+// Every date tag below has "Date" or "Time" in its name; most of a photo's tags have neither.
+// The group doesn't count: "QuickTime" would keep every tag of a movie or a HEIC, among them
+// tags that its items repeat with other values.
 bool may_be_date_tag(const QString& tag)
 {
-    return tag.contains(QLatin1String("Date")) || tag.contains(QLatin1String("Time"));
+    const QStringView name = QStringView(tag).mid(tag.indexOf(QLatin1Char(':')) + 1);
+    return name.contains(QLatin1String("Date")) || name.contains(QLatin1String("Time"));
 }
 
 // Dates that read as the local clock, zoned or not.
