@@ -23,8 +23,6 @@ public:
     bool contains(const QString& tag) const;
     bool empty() const { return block.isEmpty(); }
     int size() const;
-    // The heap the block takes, for the benchmarks.
-    qsizetype bytes() const { return block.capacity(); }
 
     // The same map with `tag` set to `value`, or without it where `value` is null.
     packed_tags with(const QString& tag, const QString& value) const;
