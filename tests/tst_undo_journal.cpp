@@ -367,17 +367,10 @@ private:
 
 int main(int argc, char** argv)
 {
-    qputenv("TZ", "Europe/Berlin");
-    tzset();
-    use_private_settings();
-    // The state folder, shared with the crashing child.
-    if (is_crashing_child())
-        return crashing_child_main(argc, argv);
-    static QTemporaryDir state;
-    qputenv("XDG_DATA_HOME", state.path().toLocal8Bit());
-    ondo::application<MainWindow> app(argc, argv);
-    tst_undo_journal test;
-    return QTest::qExec(&test, argc, argv);
+    return test_support::main_with_crashing_child(argc, argv, [&] {
+        tst_undo_journal test;
+        return QTest::qExec(&test, argc, argv);
+    });
 }
 
 #include "tst_undo_journal.moc"

@@ -348,10 +348,11 @@ void MainWindow::on_button_fix_time_clicked()
         // Each time tag moves from its own value; the undo gives back what was there and deletes
         // what the run adds. The sidecars' dates move with the file's, each from its own value.
         QVector<pending_write> family;
-        const exif_tag_map tags = cache->of(path).tags.unpacked();
+        const exif_cache::entry& kept = cache->of(path);
+        const exif_tag_map tags = kept.tags.unpacked();
         const exif_tag_map values = recording_tags::new_values(tags, time, new_time, model->shift_for(path));
-        const bool own_time = !cache->of(path).record.value(QStringLiteral("rec_source")).isEmpty();
-        family.append({row, path, false, recording_tags::undo_entries(tags, cache->of(path).record.unpacked(), values), values,
+        const bool own_time = !kept.record.value(QStringLiteral("rec_source")).isEmpty();
+        family.append({row, path, false, recording_tags::undo_entries(tags, kept.record.unpacked(), values), values,
                        recording_tags::expected_before(tags, values, own_time), 0, nullptr, nullptr, nullptr});
         for (const QString& sidecar : model->sidecars(path)) {
             const exif_tag_map sidecar_tags = cache->of(sidecar).tags.unpacked();

@@ -56,7 +56,6 @@ public:
     };
 
     const entry& of(const QString& path) const;
-    entry& operator[](const QString& path) { return entries[path]; }
     bool contains(const QString& path) const { return entries.contains(path); }
     size_t size() const { return size_t(entries.size()); }
     void erase(const QString& path) { entries.remove(path); }

@@ -20,6 +20,8 @@
 
 #include <ondo/exiftool.h>
 
+#include <ctime>
+
 #include <unistd.h>
 
 namespace test_support {
@@ -239,6 +241,19 @@ int crashing_child_main(int argc, char** argv)
         });
     button(window, fix_tip)->click();
     return 3; // the run ended before the crash
+}
+
+int main_with_crashing_child(int argc, char** argv, const std::function<int()>& run)
+{
+    qputenv("TZ", "Europe/Berlin");
+    tzset();
+    use_private_settings();
+    if (is_crashing_child())
+        return crashing_child_main(argc, argv);
+    static QTemporaryDir state;
+    qputenv("XDG_DATA_HOME", state.path().toLocal8Bit());
+    ondo::application<MainWindow> app(argc, argv);
+    return run();
 }
 
 } // namespace test_support

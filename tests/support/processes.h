@@ -9,6 +9,8 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include <functional>
+
 class QProcess;
 
 namespace test_support {
@@ -56,8 +58,9 @@ bool is_running(qint64 pid);
 // This test program started again loads every file of `folder`, fixes them by an hour and dies once
 // the fix bar reaches `files` (0: every row). True when it did, and all it started is gone.
 bool crash_a_fix_run(const QString& folder, int files = 0);
-// In main(): true in that child, whose whole work is then crashing_child_main().
-bool is_crashing_child();
-int crashing_child_main(int argc, char** argv);
+// The main() of a test program that crashes a copy of itself: Berlin's clock, private settings and
+// a state folder shared with that copy; `run` then runs the tests in the program's application.
+// In the copy, the crash is all there is to do.
+int main_with_crashing_child(int argc, char** argv, const std::function<int()>& run);
 
 } // namespace test_support
