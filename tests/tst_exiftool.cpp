@@ -13,6 +13,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <csignal>
 #include <thread>
@@ -411,6 +412,59 @@ private slots:
         QCOMPARE(now.st_ino, before.st_ino);
         QVERIFY(!QFileInfo::exists(path + "_original"));
         QVERIFY(!QFile::exists("PWNED") && !QFile::exists(dir.filePath("PWNED")));
+    }
+
+    // Bound to the file's state: looked at when the child is free for it, not when it is queued.
+    // The child is held at a read while the write waits and `meanwhile` happens.
+    void write_bound_to_the_file_state_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("meanwhile");
+        QTest::addColumn<bool>("written");
+        QTest::newRow("left alone") << "state.jpg" << "" << true;
+        QTest::newRow("left alone, a name with quotes and dollars") << "x'$IFD0:Make \".jpg" << "" << true;
+        QTest::newRow("its mode changed") << "state.jpg" << "chmod" << false;
+        QTest::newRow("written with its times put back") << "state.jpg" << "edit" << false;
+        QTest::newRow("another file renamed over it") << "state.jpg" << "replace" << false;
+    }
+
+    void write_bound_to_the_file_state()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, meanwhile);
+        QFETCH(bool, written);
+        const QString path = make_tagged_photo(dir.path(), name, {{"IFD0:Make", "Canon"}});
+        const QString other = make_tagged_photo(dir.path(), "other.jpg", {{"IFD0:Make", "Pentax"}});
+        struct stat entry {};
+        QCOMPARE(::stat(QFile::encodeName(path).constData(), &entry), 0);
+        const ondo::exif_file_state state {quint64(entry.st_dev), quint64(entry.st_ino), qint64(entry.st_size),
+                                           qint64(entry.st_ctim.tv_sec) * 1000000000 + entry.st_ctim.tv_nsec};
+        QVERIFY(!exiftool::read_tags(other, true, false).empty()); // the child is there
+        const qint64 child = child_of(QCoreApplication::applicationPid());
+        QVERIFY(child > 0);
+        ::kill(pid_t(child), SIGSTOP);
+        exif_response* read = exiftool::read_tags_async(other, true);
+        exif_response* write = exiftool::write_tags_async(path, {{"IFD0:Make", "Nikon"}}, state);
+        if (meanwhile == "chmod") {
+            QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner));
+        } else if (meanwhile == "edit") {
+            const QByteArray bytes = contents(path);
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::ReadWrite) && file.write(bytes) == bytes.size());
+            file.close();
+            struct timespec times[2] = {entry.st_atim, entry.st_mtim};
+            QCOMPARE(::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, 0), 0);
+        } else if (meanwhile == "replace") {
+            QVERIFY(QFile::remove(path) && QFile::copy(other, path));
+        }
+        ::kill(pid_t(child), SIGCONT);
+        QVERIFY(!exiftool::read_result(read).empty());
+        ondo::exif_error error = ondo::exif_error::none;
+        QCOMPARE(exiftool::write_result(write, &error), written);
+        QCOMPARE(error, written ? ondo::exif_error::none : ondo::exif_error::changed);
+        QCOMPARE(value(read_back(path), "IFD0:Make"), QString(meanwhile == "replace" ? "Pentax" : written ? "Nikon" : "Canon"));
+        QCOMPARE(value(read_back(other), "IFD0:Make"), QString("Pentax"));
+        QVERIFY(QFile::remove(path) && QFile::remove(other));
     }
 
     // A cut-short write's temporary file may be the only whole copy: the photo is refused untouched.

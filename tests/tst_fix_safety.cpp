@@ -25,10 +25,12 @@ const QString before = "2017:06:21 18:30:05";
 const QString after = "2017:06:21 19:30:05";
 const QString others = "2001:02:03 04:05:06"; // what another program writes
 
-// Another program's edit, into the file itself: the path still leads to the file loaded.
-bool edit_in_place(const QString& path)
+// Another program's edit, into the file itself: the path still leads to the file loaded. With
+// `keep_time` it puts the file's modification time back, and its size stays.
+bool edit_in_place(const QString& path, bool keep_time = false)
 {
-    return run(TAVIMO_EXIFTOOL_SCRIPT, {"-overwrite_original_in_place", "-ExifIFD:DateTimeOriginal=" + others, path})
+    return run(TAVIMO_EXIFTOOL_SCRIPT, QStringList{"-overwrite_original_in_place", "-ExifIFD:DateTimeOriginal=" + others, path}
+                                           + (keep_time ? QStringList{"-P"} : QStringList{}))
         .contains("1 image files updated");
 }
 
@@ -77,6 +79,8 @@ private slots:
         const QString failures = "Continue?|Keep changes,Undo Changes", changed = " (changed since it was loaded)",
                       held = " (being changed by another copy of Tavimo)", undo_failures = "Undo|OK";
         QTest::newRow("edited before the fix") << "edited" << "fix" << "Keep changes" << failures << changed << others;
+        QTest::newRow("edited before the fix, its time put back") << "edited, time kept" << "fix" << "Keep changes" << failures
+                                                                  << changed << others;
         QTest::newRow("edited before the undo, left") << "edited" << "undo" << "Leave them" << "Undo|Overwrite,Leave them" << "" << others;
         QTest::newRow("edited before the undo, overwritten") << "edited" << "undo" << "Overwrite" << "Undo|Overwrite,Leave them" << ""
                                                              << before;
@@ -104,8 +108,8 @@ private slots:
         QMap<QString, QJsonObject> victim_before;
         std::unique_ptr<photo_lock> lock;
         auto get_in_the_way = [&] {
-            if (what == "edited") {
-                QVERIFY(edit_in_place(middle));
+            if (what.startsWith("edited")) {
+                QVERIFY(edit_in_place(middle, what.endsWith("kept")));
             } else if (what == "held") {
                 lock = photo_lock::try_lock(middle);
                 QVERIFY(lock);

@@ -32,6 +32,15 @@ qint64 modified_ns_of(const struct stat& entry)
 #endif
 }
 
+qint64 changed_ns_of(const struct stat& entry)
+{
+#if defined(__APPLE__)
+    return qint64(entry.st_ctimespec.tv_sec) * ns_per_second + entry.st_ctimespec.tv_nsec;
+#else
+    return qint64(entry.st_ctim.tv_sec) * ns_per_second + entry.st_ctim.tv_nsec;
+#endif
+}
+
 file_identity::kind kind_of(mode_t mode)
 {
     if (S_ISREG(mode))
@@ -65,28 +74,40 @@ QString mount_type(quint64 device)
     return QString();
 }
 
-// Whether the file system of `name`, on `device`, keeps a file's inode number for its life.
-// FAT and exFAT, in the kernel or through FUSE (whose block devices are mostly exFAT and NTFS
-// cards), number files by where they are found or by each lookup. Asked once per device.
-bool keeps_inodes(quint64 device, const QByteArray& name)
+struct device_keeps {
+    bool inodes = true;
+    bool change_times = false;
+};
+
+// What the file system of `name`, on `device`, keeps. FAT and exFAT, in the kernel or through
+// FUSE (whose block devices are mostly exFAT and NTFS cards), number files by where they are found
+// or by each lookup. Change times are trusted only on the local file systems listed, which move
+// them on every change. Asked once per device.
+device_keeps keeps_of(quint64 device, const QByteArray& name)
 {
     static QMutex lock;
-    static QHash<quint64, bool> known;
+    static QHash<quint64, device_keeps> known;
     QMutexLocker locked(&lock);
     const auto found = known.constFind(device);
     if (found != known.constEnd())
         return *found;
     struct statfs system {};
     if (::statfs(name.constData(), &system) != 0)
-        return true;
+        return device_keeps {};
     constexpr long msdos = 0x4d44, exfat = 0x2011bab0, fuse = 0x65735546;
-    bool kept = system.f_type != msdos && system.f_type != exfat;
-    if (system.f_type == fuse) {
-        const QString type = mount_type(device);
-        kept = !(type == QLatin1String("fuseblk") || type.contains(QLatin1String("fat")));
+    constexpr long ext = 0xef53, btrfs = 0x9123683e, xfs = 0x58465342, tmpfs = 0x01021994,
+                   f2fs = 0xf2f52010, zfs = 0x2fc12fc1, bcachefs = 0xca451a4e;
+    device_keeps keeps;
+    const long type = long(system.f_type);
+    keeps.inodes = type != msdos && type != exfat;
+    if (type == fuse) {
+        const QString mounted = mount_type(device);
+        keeps.inodes = !(mounted == QLatin1String("fuseblk") || mounted.contains(QLatin1String("fat")));
     }
-    known.insert(device, kept);
-    return kept;
+    keeps.change_times = type == ext || type == btrfs || type == xfs || type == tmpfs || type == f2fs
+        || type == zfs || type == bcachefs;
+    known.insert(device, keeps);
+    return keeps;
 }
 
 } // namespace
@@ -106,7 +127,12 @@ file_identity file_identity::of(const QString& path)
     identity.type = kind_of(entry.st_mode);
     identity.size = qint64(entry.st_size);
     identity.modified_ns = modified_ns_of(entry);
-    identity.inode_kept = identity.type != regular || keeps_inodes(identity.device, name);
+    identity.changed_ns = changed_ns_of(entry);
+    if (identity.type == regular) {
+        const device_keeps keeps = keeps_of(identity.device, name);
+        identity.inode_kept = keeps.inodes;
+        identity.change_time_kept = keeps.change_times;
+    }
     return identity;
 }
 
@@ -121,6 +147,11 @@ bool file_identity::unchanged(const file_identity& now) const
     return same_file(now) && size == now.size && modified_ns == now.modified_ns;
 }
 
+bool file_identity::untouched(const file_identity& now) const
+{
+    return unchanged(now) && now.inode_kept && now.change_time_kept && changed_ns > 0 && changed_ns == now.changed_ns;
+}
+
 void file_identity::store(exif_tag_map& record) const
 {
     record[QStringLiteral("file_device")] = QString::number(device);
@@ -129,6 +160,7 @@ void file_identity::store(exif_tag_map& record) const
     record[QStringLiteral("file_link")] = link ? QStringLiteral("true") : QStringLiteral("false");
     record[QStringLiteral("file_size")] = QString::number(size);
     record[QStringLiteral("file_modified_ns")] = QString::number(modified_ns);
+    record[QStringLiteral("file_changed_ns")] = QString::number(changed_ns);
 }
 
 file_identity file_identity::from_record(const exif_tag_map& record)
@@ -143,6 +175,7 @@ file_identity file_identity::from_record(const exif_tag_map& record)
     if (known)
         identity.size = size;
     identity.modified_ns = value_of(record, "file_modified_ns").toLongLong();
+    identity.changed_ns = value_of(record, "file_changed_ns").toLongLong();
     return identity;
 }
 

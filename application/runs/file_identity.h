@@ -19,9 +19,13 @@ struct file_identity {
     // False on FAT and exFAT cards: there a file's inode number goes with the spelling of its name
     // and with the kernel's memory of it, so that the number can't tell the file.
     bool inode_kept = true;
+    // True where every change to a file moves its change time (ctime), which no program can set
+    // back: ext4, btrfs, XFS, tmpfs and the like, not FAT, exFAT, FUSE or network shares.
+    bool change_time_kept = false;
     // The file's state at that moment, for telling whether anyone changed it afterwards.
     qint64 size = -1;
     qint64 modified_ns = 0;
+    qint64 changed_ns = 0;
 
     // The path as it stands now; device, inode, kind, size and time are those of the file a
     // link leads to, `link` says whether the path is one. A path that can't be looked at is missing.
@@ -34,10 +38,14 @@ struct file_identity {
     bool same_file(const file_identity& now) const;
     // same_file, and neither size nor modification time moved.
     bool unchanged(const file_identity& now) const;
+    // unchanged, and provably so: the change time stands still on a file system that keeps it.
+    // Nothing, not even a program that puts the modification time back, has touched the file.
+    bool untouched(const file_identity& now) const;
 
     // Kept in a per-file record under "file_device", "file_inode", "file_type", "file_link",
-    // "file_size" and "file_modified_ns"; a record without the first four gives a missing file, to
-    // which nothing is ever written, and one without the last two an unknown size (-1) and time (0).
+    // "file_size", "file_modified_ns" and "file_changed_ns"; a record without the first four gives
+    // a missing file, to which nothing is ever written, and one without the last three an unknown
+    // size (-1) and times (0).
     void store(exif_tag_map& record) const;
     static file_identity from_record(const exif_tag_map& record);
 

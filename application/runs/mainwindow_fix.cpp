@@ -284,13 +284,23 @@ void MainWindow::on_button_fix_time_clicked()
             syncs.synced(sync.nsecsElapsed());
         for (pending_write& write : unsent) {
             QString reason;
-            write.link = write_link::make(write.path, cache->identity(write.path), &reason);
+            const file_identity loaded = cache->identity(write.path);
+            const bool untouched = loaded.untouched(file_identity::of(write.path));
+            write.link = write_link::make(write.path, loaded, &reason);
             if (!write.link) {
                 fail(write.row, write.path, QStringLiteral("%1 (%2)").arg(write.path, reason));
                 journal->written(write.path, false);
                 continue;
             }
-            write.response = ondo::exiftool::write_tags_async(write.link->target(), write.values, write.expected);
+            // A file no one has touched since the load is held to its state as the link left it,
+            // which ExifTool checks without reading the file; any other to the values it had.
+            const file_identity linked = untouched ? file_identity::of(write.link->target()) : file_identity();
+            if (linked.same_file(loaded) && linked.change_time_kept)
+                write.response = ondo::exiftool::write_tags_async(
+                    write.link->target(), write.values,
+                    ondo::exif_file_state {linked.device, linked.inode, linked.size, linked.changed_ns});
+            else
+                write.response = ondo::exiftool::write_tags_async(write.link->target(), write.values, write.expected);
             pending.append(write);
             pending_bytes += write.size;
         }

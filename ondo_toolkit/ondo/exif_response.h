@@ -23,6 +23,15 @@ enum class exif_error : int {
     changed = 6,   // not written: the file no longer held what the write's condition expected
 };
 
+// Which file a path must name, and in what state, when a write is handed to ExifTool: its device,
+// inode and size, and its change time in nanoseconds.
+struct exif_file_state {
+    quint64 device = 0;
+    quint64 inode = 0;
+    qint64 size = 0;
+    qint64 changed_ns = 0;
+};
+
 // The handle of one ExifTool task. The asking thread creates it, waits on it and ends it with
 // deleteLater() once it has finished; the worker thread sets `data` and then marks it ready.
 // The two flags are the only state both threads touch: release on store, acquire on load.
@@ -58,6 +67,10 @@ public:
     QString file;
     QByteArray data;
     std::int64_t started_at = 0;
+    // Set before the task is queued: the write goes to the child only while its file is in
+    // this state, and only to a child with nothing else to do.
+    bool checks_state = false;
+    exif_file_state state;
     // Set on the asking thread, read by mark_ready on the worker thread.
     std::atomic<QTimer*> timeout_timer{nullptr};
 

@@ -250,11 +250,16 @@ void exiftool::do_ping(bool value)
         worker->ping_enabled = value;
 }
 
-exif_response* exiftool::start_task(const QString& file, const QString& operation, const QByteArray& data)
+exif_response* exiftool::start_task(const QString& file, const QString& operation, const QByteArray& data,
+                                    const exif_file_state* state)
 {
     auto* response = new exif_response;
     response->id = next_task_id.fetch_add(1);
     response->file = file;
+    if (state) {
+        response->checks_state = true;
+        response->state = *state;
+    }
     response->started_at = QDateTime::currentMSecsSinceEpoch();
     exiftool_worker* worker = nullptr;
     {
@@ -375,6 +380,17 @@ exif_response* exiftool::write_tags_async(const QString& file, const exif_tag_ma
     for (const auto& [key, value] : tags)
         command += QString("-%1=%2\n").arg(key, value);
     return start_task(file, "write", command.toUtf8());
+}
+
+exif_response* exiftool::write_tags_async(const QString& file, const exif_tag_map& tags, const exif_file_state& state)
+{
+    if (!is_safe_write(Q_FUNC_INFO, file, tags))
+        return refused_response(file);
+    exiftool_worker_init();
+    QString command = QString("\n%1\n-overwrite_original_in_place\n-m\n").arg(file);
+    for (const auto& [key, value] : tags)
+        command += QString("-%1=%2\n").arg(key, value);
+    return start_task(file, "write", command.toUtf8(), &state);
 }
 
 bool exiftool::write_tags(const QString& file, const exif_tag_map& tags)

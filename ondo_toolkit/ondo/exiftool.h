@@ -17,6 +17,8 @@ using ::exif_tag_map;
 class exif_response;
 enum class exif_error : int;
 
+struct exif_file_state;
+
 // Tells the program what the bridge can't say through a result: a task that takes longer than
 // the time limit. Lives on the GUI thread; the signal comes on the thread that waits.
 class exiftool_events : public QObject {
@@ -60,7 +62,8 @@ public:
 
     // Queues `data` (command lines without the execute line) and returns its response, which
     // the caller owns and ends with deleteLater(). Never null.
-    static exif_response* start_task(const QString& file, const QString& operation, const QByteArray& data);
+    static exif_response* start_task(const QString& file, const QString& operation, const QByteArray& data,
+                                     const exif_file_state* state = nullptr);
     // All tags of `file`; with `group_names` the keys carry their group ("IFD0:Make").
     // An unreadable or missing file, a relative path and a failed task give an empty map.
     static exif_tag_map read_tags(const QString& file, bool group_names, bool log_result);
@@ -81,6 +84,10 @@ public:
     // With `or_expected` too, either state will do.
     static exif_response* write_tags_async(const QString& file, const exif_tag_map& tags,
                                            const exif_tag_map& expected = {}, const exif_tag_map& or_expected = {});
+    // The write happens only if `file` still names the file of `state`, unchanged, when it is
+    // handed to a child that has nothing else to do; ExifTool then doesn't read the file for a
+    // condition first. Otherwise write_result is false with exif_error::changed.
+    static exif_response* write_tags_async(const QString& file, const exif_tag_map& tags, const exif_file_state& state);
     // Waits for a write queued with write_tags_async and ends the response; the result is that
     // of write_tags. `error` tells why a task failed: exif_error::ended means ExifTool ended in
     // the middle of it, so the photo may have been written all the same.

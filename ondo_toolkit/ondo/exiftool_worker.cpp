@@ -242,6 +242,22 @@ void exiftool_worker::add_task(ondo::exif_response* response, QString operation,
     execute_task();
 }
 
+namespace {
+
+// Whether `file` names the file of `state`, unchanged since then: the change time moves with
+// every change to a file, and no program can set it back.
+bool holds_state(const QString& file, const exif_file_state& state)
+{
+    struct stat entry {};
+    if (::stat(QFile::encodeName(file).constData(), &entry) != 0 || !S_ISREG(entry.st_mode))
+        return false;
+    const qint64 changed_ns = qint64(entry.st_ctim.tv_sec) * 1000000000 + entry.st_ctim.tv_nsec;
+    return quint64(entry.st_dev) == state.device && quint64(entry.st_ino) == state.inode
+        && qint64(entry.st_size) == state.size && changed_ns == state.changed_ns;
+}
+
+} // namespace
+
 void exiftool_worker::execute_task()
 {
     while (!stuck && in_flight < max_in_flight && in_flight < task_queue.size()) {
@@ -253,6 +269,18 @@ void exiftool_worker::execute_task()
                        qUtf8Printable(task.operation));
             stuck = true;
             return;
+        }
+        if (task.response->checks_state) {
+            // Looked at the moment the child can begin it: a file someone changed meanwhile,
+            // however briefly, is not written. ExifTool's own condition would cost a read.
+            if (in_flight > 0)
+                return;
+            if (!holds_state(task.file, task.response->state)) {
+                exiftool_task refused = task_queue.takeAt(in_flight);
+                pending -= 1;
+                fail_task(refused, exif_error::changed);
+                continue;
+            }
         }
         join_reads(in_flight);
         exiftool_task& sent = task_queue[in_flight];
