@@ -181,10 +181,10 @@ QDateTime gps_time(const exif_tag_map& tags)
 
 } // namespace
 
-std::shared_ptr<exif_cache> exif_cache::instance()
+exif_cache* exif_cache::instance()
 {
-    static std::shared_ptr<exif_cache> _cache = std::make_shared<exif_cache>();
-    return _cache;
+    static exif_cache cache;
+    return &cache;
 }
 
 void exif_cache::load(const QString& path, const exif_tag_map& all_tags)
@@ -609,21 +609,33 @@ void table_data_model::sort(int column, Qt::SortOrder order)
             QString last_key;
             QStringView last_folder;
             std::pair<int, int> last = {-1, -1};
+            // Files of one camera share its key's text, so that its address finds it, among the
+            // few a table holds, without hashing the text.
+            std::vector<std::pair<const QChar*, int>> key_texts_seen;
+            const exif_cache* cache = exif_cache::instance();
             for (int i = 0; i < count; ++i) {
                 const QString& path = files.at(i);
-                const QString key = camera_key(path);
+                const QString& key = cache->of(path).camera;
                 if (last.first < 0 || (key.constData() != last_key.constData() && key != last_key)) {
-                    auto name = keys_seen.find(key);
-                    if (name == keys_seen.end()) {
-                        const QString shown = camera_name(key);
-                        auto number = names_seen.find(shown);
-                        if (number == names_seen.end()) {
-                            number = names_seen.insert(shown, names.size());
-                            names << shown;
+                    auto at = std::find_if(key_texts_seen.begin(), key_texts_seen.end(),
+                                           [&key](const std::pair<const QChar*, int>& seen_text) {
+                                               return seen_text.first == key.constData();
+                                           });
+                    if (at == key_texts_seen.end()) {
+                        auto name = keys_seen.find(key);
+                        if (name == keys_seen.end()) {
+                            const QString shown = camera_name(key);
+                            auto number = names_seen.find(shown);
+                            if (number == names_seen.end()) {
+                                number = names_seen.insert(shown, names.size());
+                                names << shown;
+                            }
+                            name = keys_seen.insert(key, *number);
                         }
-                        name = keys_seen.insert(key, *number);
+                        key_texts_seen.emplace_back(key.constData(), *name);
+                        at = key_texts_seen.end() - 1;
                     }
-                    last = {*name, last.second};
+                    last = {at->second, last.second};
                     last_key = key;
                 }
                 const QStringView folder = QStringView(path).left(path.lastIndexOf(QLatin1Char('/')) + 1);

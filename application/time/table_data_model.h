@@ -32,7 +32,9 @@
 // in one packed block for its tags and one for its record.
 class exif_cache {
 public:
-    static std::shared_ptr<exif_cache> instance();
+    // The program's one cache. A plain pointer: the sorts and the paint ask for it per row, and a
+    // shared pointer's count, moved twice a call, cost more than the lookup itself.
+    static exif_cache* instance();
 
     struct entry {
         // The tags as ExifTool returned them, with their groups ("ExifIFD:DateTimeOriginal"), as
