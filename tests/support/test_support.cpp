@@ -32,7 +32,6 @@
 #include <QTest>
 #include <QThread>
 #include <QTimer>
-#include <QTranslator>
 
 #include <cstdio>
 #include <unistd.h>
@@ -55,6 +54,14 @@ QByteArray be32(quint32 v)
     return QByteArray(bytes, 4);
 }
 
+// `path` with `tags` written into it by the real ExifTool; empty when that fails.
+QString tag_file(const QString& path, const exif_tag_map& tags)
+{
+    if (tags.empty() || path.isEmpty())
+        return path;
+    return run(TAVIMO_EXIFTOOL_SCRIPT, tag_arguments(tags) << path).contains("1 image files updated") ? path : QString();
+}
+
 } // namespace
 
 QString run(const QString& program, const QStringList& arguments)
@@ -75,13 +82,6 @@ exif_tag_map tag_map(const QString& pairs)
     return tags;
 }
 
-QString tag_file(const QString& path, const exif_tag_map& tags)
-{
-    if (tags.empty() || path.isEmpty())
-        return path;
-    return run(TAVIMO_EXIFTOOL_SCRIPT, tag_arguments(tags) << path).contains("1 image files updated") ? path : QString();
-}
-
 QString make_tagged_photo(const QString& dir, const QString& name, const exif_tag_map& tags)
 {
     const QString path = QDir(dir).absoluteFilePath(name);
@@ -94,6 +94,9 @@ QString make_tagged_photo(const QString& dir, const QString& name, const exif_ta
     return path;
 }
 
+namespace {
+
+// Appends a tEXt chunk behind the image data of the PNG at `path`, as some editors leave it.
 void append_png_text(const QString& path, const QByteArray& keyword, const QByteArray& text)
 {
     QFile file(path);
@@ -141,6 +144,8 @@ QString make_tiff(const QString& dir, const QString& name)
     return path;
 }
 
+// A QuickTime file of a few hundred bytes: its movie, its one sound track and that track's media all
+// created and modified at `utc`; `brand` is the file type ("qt  ", "M4A ", "crx ").
 QString make_movie(const QString& dir, const QString& name, const QByteArray& brand, const QDateTime& utc)
 {
     auto atom = [&](const char* type, const QByteArray& body) { return be32(quint32(body.size() + 8)) + type + body; };
@@ -170,6 +175,8 @@ QString make_movie(const QString& dir, const QString& name, const QByteArray& br
         qFatal("cannot write %s", qPrintable(path));
     return path;
 }
+
+} // namespace
 
 QString with_times(QString text)
 {
