@@ -7,7 +7,6 @@
 
 #include <ondo/application.h>
 
-#include <QCryptographicHash>
 #include <QFileOpenEvent>
 #include <QHeaderView>
 #include <QJsonDocument>
@@ -127,8 +126,6 @@ private slots:
         QTest::addColumn<QString>("source");
         QTest::addColumn<QString>("file_zone");
         QTest::addColumn<QString>("written");
-        const QString exif = "ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=#;IFD0:ModifyDate=#;"
-                             "System:FileModifyDate=#+02:00;System:FileInodeChangeDate=#+02:00;";
         const QString phone = "ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=#;IFD0:ModifyDate=2017:06:22 09:00:00;"
                               "ExifIFD:OffsetTimeOriginal=+02:00;ExifIFD:SubSecTimeOriginal=12;XMP-xmp:CreateDate=2017:06:21 18:30:05.12+02:00;"
                               "XMP-exif:DateTimeOriginal=#;XMP-xmp:MetadataDate=2017:06:23 10:00:00+02:00;GPS:GPSDateStamp=2017:06:21;"
@@ -143,15 +140,7 @@ private slots:
             QTest::newRow(name) << test_support::with_times(tags) << change << QString(zone) << QString(source)
                                 << QString(file_zone) << test_support::with_times(written);
         };
-        // Files whose tags all hold one time keep the results they always had, less the
-        // file-system times that can't be set here, and with EXIF's own zone tags. An entered zone
-        // is the zone of the new times: it replaces the file's, and IPTC is never added.
-        row("one time, an hour", exif, {0, 0, 0, 1}, "", "ExifIFD:DateTimeOriginal", "",
-            "ExifIFD:CreateDate=@;ExifIFD:DateTimeOriginal=@;IFD0:ModifyDate=@;System:FileModifyDate=@");
-        row("one time, a zone, no IPTC made", exif, {}, "2", "ExifIFD:DateTimeOriginal", "",
-            "ExifIFD:CreateDate=#;ExifIFD:DateTimeOriginal=#;ExifIFD:OffsetTime=+02:00;ExifIFD:OffsetTimeDigitized=+02:00;"
-            "ExifIFD:OffsetTimeOriginal=+02:00;IFD0:ModifyDate=#;System:FileModifyDate=#+02:00");
-        row("a zone no clock has writes nothing", exif, {0, 0, 0, 1}, "99", "ExifIFD:DateTimeOriginal", "", "");
+        // An entered zone is the zone of the new times: it replaces the file's, and IPTC is never added.
         row("IPTC zone, -1.5 entered replaces it", "ExifIFD:DateTimeOriginal=#;IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05+05:30",
             {0, 0, 0, 1}, "-1.5", "ExifIFD:DateTimeOriginal", "+05:30",
             "ExifIFD:DateTimeOriginal=@;ExifIFD:OffsetTimeOriginal=-01:30;IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=@-01:30");
@@ -174,17 +163,10 @@ private slots:
             "XMP-x:XMPToolkit=");
         row("XMP alone, a year back", "XMP-xmp:CreateDate=2020:02:29 10:00:00;PNG:CreationTime=2020:03:01 10:00:00", {-1},
             "", "XMP-xmp:CreateDate", "", "PNG:CreationTime=2019:03:01 10:00:00;XMP-x:XMPToolkit=;XMP-xmp:CreateDate=2019:02:28 10:00:00");
-        row("XMP alone keeps an entered zone in its date", "XMP-xmp:CreateDate=2020:05:06 07:08:09;XMP-x:XMPToolkit=T", {}, "2",
-            "XMP-xmp:CreateDate", "", "XMP-x:XMPToolkit=T;XMP-xmp:CreateDate=2020:05:06 07:08:09+02:00");
         row("movie: UTC dates, zeros left", movie, {0, 0, 0, 1}, "", "QuickTime:CreateDate", "", quicktime_moved);
         row("movie in UTC, a zone: the moment stays", movie, {}, "-5", "QuickTime:CreateDate", "",
             "QuickTime:CreateDate=2005:08:11 14:03:54;QuickTime:ModifyDate=2005:08:11 14:03:54;"
             "Track1:MediaCreateDate=2005:08:11 14:03:54;Track1:TrackCreateDate=2005:08:11 14:03:54");
-        row("movie with zoned keys, a zone", movie + "Keys:CreationDate=2005:08:11 16:03:54+02:00", {}, "1", "Keys:CreationDate",
-            "+02:00",
-            "Keys:CreationDate=2005:08:11 16:03:54+01:00;QuickTime:CreateDate=2005:08:11 15:03:54;"
-            "QuickTime:ModifyDate=2005:08:11 15:03:54;Track1:MediaCreateDate=2005:08:11 15:03:54;"
-            "Track1:TrackCreateDate=2005:08:11 15:03:54");
         row("garbage is no source and stays", "ExifIFD:DateTimeOriginal=2017:13:45 18:30:05;XMP-exif:DateTimeOriginal=yesterday;"
             "IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=25:00:00;ExifIFD:CreateDate=#;ExifIFD:OffsetTimeOriginal=+99:00;"
             "XMP-xmp:CreateDate=#+15:00",
@@ -234,10 +216,8 @@ private slots:
         QTest::addColumn<QString>("from");
         QTest::addColumn<offset>("change");
         QTest::addColumn<QString>("to");
-        QTest::newRow("an hour into the spring gap") << "2017:03:26 01:30:00" << offset{0, 0, 0, 1} << "2017:03:26 03:30:00";
         QTest::newRow("an hour out of the autumn hour") << "2017:10:29 01:30:00" << offset{0, 0, 0, 1} << "2017:10:29 02:30:00";
         QTest::newRow("a day across the autumn change") << "2017:10:28 12:00:00" << offset{0, 0, 1} << "2017:10:29 12:00:00";
-        QTest::newRow("a month from the 31st") << "2017:01:31 10:00:00" << offset{0, 1} << "2017:02:28 10:00:00";
         QTest::newRow("a year back from a leap day") << "2020:02:29 10:00:00" << offset{-1} << "2019:02:28 10:00:00";
         QTest::newRow("nothing, in the autumn hour") << "2017:10:29 02:30:00" << offset{0, 0, 0, 0} << "2017:10:29 02:30:00";
         QTest::newRow("back an hour, on half an hour") << "2018:01:01 00:10:00" << offset{0, 0, 0, -1, 30, 5}
@@ -259,7 +239,6 @@ private slots:
     {
         QTest::addColumn<QString>("tags");
         QTest::addColumn<QString>("shown");
-        QTest::newRow("summer, Berlin") << "QuickTime:CreateDate=2005:08:11 14:03:54" << "2005:08:11 16:03:54";
         QTest::newRow("winter, Berlin") << "QuickTime:CreateDate=2005:01:11 14:03:54" << "2005:01:11 15:03:54";
         QTest::newRow("zone from EXIF") << "QuickTime:CreateDate=2005:08:11 14:03:54;ExifIFD:OffsetTimeOriginal=-05:00"
                                         << "2005:08:11 09:03:54";
@@ -353,11 +332,6 @@ private slots:
                               "ExifIFD:OffsetTimeOriginal=+02:00;ExifIFD:SubSecTimeOriginal=12;XMP-exif:DateTimeOriginal=#;"
                               "XMP-xmp:CreateDate=2017:06:21 18:30:05.12+02:00;XMP-xmp:MetadataDate=2017:06:23 10:00:00+02:00;"
                               "GPS:GPSDateStamp=2017:06:21;GPS:GPSTimeStamp=16:30:05";
-        const QString phone_moved = "ExifIFD:DateTimeOriginal=@;ExifIFD:CreateDate=@;IFD0:ModifyDate=2017:06:22 10:00:00;"
-                                    "XMP-exif:DateTimeOriginal=@;";
-        const QString movie_moved = "QuickTime:CreateDate=2005:08:11 15:03:54;QuickTime:ModifyDate=2005:08:11 15:03:54;"
-                                    "Track1:TrackCreateDate=2005:08:11 15:03:54;Track1:TrackModifyDate=2005:08:11 15:03:54;"
-                                    "Track1:MediaCreateDate=2005:08:11 15:03:54;Track1:MediaModifyDate=2005:08:11 15:03:54";
         // Zones go into EXIF's zone tags, never into a new IPTC block.
         QTest::newRow("a zone goes into EXIF, the undo takes it out again") << "a.jpg" << exif << "2" << "#"
             << QString(exif).replace("#", "@") + ";ExifIFD:OffsetTime=+02:00;ExifIFD:OffsetTimeDigitized=+02:00;ExifIFD:OffsetTimeOriginal=+02:00"
@@ -376,9 +350,6 @@ private slots:
         QTest::newRow("the original time, not a differing creation date") << "a.jpg"
             << "ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=2017:06:21 18:00:00" << "" << "#"
             << "ExifIFD:DateTimeOriginal=@;ExifIFD:CreateDate=2017:06:21 19:00:00" << "";
-        QTest::newRow("IPTC and XMP creation dates")
-            << "b.jpg" << "IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05+02:00;XMP-photoshop:DateCreated=#;ExifIFD:DateTimeOriginal=#"
-            << "" << "# +02:00" << "IPTC:TimeCreated=19:30:05+02:00;XMP-photoshop:DateCreated=@;ExifIFD:DateTimeOriginal=@" << "";
         // ExifTool writes no zoneless IPTC time: the undo gives it its day's zone, as the fix warns.
         QTest::newRow("IPTC without a zone") << "c.jpg" << "IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05;IPTC:Keywords=k" << ""
                                              << "#" << "IPTC:TimeCreated=19:30:05+02:00" << "";
@@ -386,12 +357,11 @@ private slots:
                                                           << "2" << "#" << "XMP-photoshop:DateCreated=@+02:00" << "";
         // Bytes ExifTool reads but can't write: only the file's time moves.
         QTest::newRow("AVI") << "v.avi" << "" << "" << "#" << "" << "";
-        QTest::newRow("phone photo") << "a.jpg" << phone << "" << "# +02:00"
-                                     << phone_moved + "XMP-xmp:CreateDate=2017:06:21 19:30:05.12+02:00" << "";
         // The zone entered is the zone of the new times, and no IPTC block is made for it.
         QTest::newRow("phone photo, a zone") << "a.jpg" << phone << "1" << "# +02:00"
-            << phone_moved + "XMP-xmp:CreateDate=2017:06:21 19:30:05.12+01:00;ExifIFD:OffsetTimeOriginal=+01:00;"
-                             "ExifIFD:OffsetTime=+01:00;ExifIFD:OffsetTimeDigitized=+01:00" << "";
+            << "ExifIFD:DateTimeOriginal=@;ExifIFD:CreateDate=@;IFD0:ModifyDate=2017:06:22 10:00:00;XMP-exif:DateTimeOriginal=@;"
+               "XMP-xmp:CreateDate=2017:06:21 19:30:05.12+01:00;ExifIFD:OffsetTimeOriginal=+01:00;ExifIFD:OffsetTime=+01:00;"
+               "ExifIFD:OffsetTimeDigitized=+01:00" << "";
         QTest::newRow("phone HEIC, a zone")
             << "i.heic" << "ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=#;IFD0:ModifyDate=#;ExifIFD:OffsetTimeOriginal=+02:00;"
                            "ExifIFD:OffsetTime=+02:00;XMP-xmp:CreateDate=#+02:00;XMP-xmp:ModifyDate=#+02:00;XMP-photoshop:DateCreated=#+02:00"
@@ -414,20 +384,18 @@ private slots:
                                      << "-5" << "#"
                                      << "ExifIFD:DateTimeOriginal=@;ExifIFD:CreateDate=@;ExifIFD:OffsetTimeOriginal=-05:00;"
                                         "ExifIFD:OffsetTimeDigitized=-05:00" << "";
-        QTest::newRow("IPTC date alone, an hour and a zone: no time added") << "d.jpg" << "IPTC:DateCreated=2004:02:26" << "2"
-                                                                            << "2004:02:26 00:00:00" << "" << "";
         QTest::newRow("IPTC alone") << "b.jpg" << "IPTC:DateCreated=2004:02:26;IPTC:TimeCreated=23:30:00+01:00" << ""
                                     << "2004:02:26 23:30:00 +01:00" << "IPTC:DateCreated=2004:02:27;IPTC:TimeCreated=00:30:00+01:00" << "";
-        QTest::newRow("XMP alone") << "c.png" << "XMP-xmp:CreateDate=2020:05:06 07:08:09" << "" << "2020:05:06 07:08:09"
-                                   << "XMP-xmp:CreateDate=2020:05:06 08:08:09" << "";
         QTest::newRow("PNG, a zone into its XMP date") << "c.png" << "XMP-xmp:CreateDate=2020:05:06 07:08:09" << "2"
                                                        << "2020:05:06 07:08:09" << "XMP-xmp:CreateDate=2020:05:06 08:08:09+02:00" << "";
-        QTest::newRow("movie") << "m.mov" << "" << "" << "2005:08:11 16:03:54" << movie_moved << "";
         // The clock reading stays under the new zone; here zone and hour cancel out in UTC.
         QTest::newRow("movie with a zoned date, a zone") << "m.mov" << "Keys:CreationDate=2005:08:11 16:03:54+02:00" << "3"
                                                          << "2005:08:11 16:03:54 +02:00" << "Keys:CreationDate=2005:08:11 17:03:54+03:00" << "";
         // A moment kept in UTC moves by the offset alone; the zone only says on which clock it shows.
-        QTest::newRow("sound in UTC, a zone") << "s.m4a" << "" << "-5" << "2005:08:11 16:03:54" << movie_moved << "";
+        QTest::newRow("sound in UTC, a zone") << "s.m4a" << "" << "-5" << "2005:08:11 16:03:54"
+            << "QuickTime:CreateDate=2005:08:11 15:03:54;QuickTime:ModifyDate=2005:08:11 15:03:54;"
+               "Track1:TrackCreateDate=2005:08:11 15:03:54;Track1:TrackModifyDate=2005:08:11 15:03:54;"
+               "Track1:MediaCreateDate=2005:08:11 15:03:54;Track1:MediaModifyDate=2005:08:11 15:03:54" << "";
     }
 
     void a_fix_moves_its_tags_and_the_undo_gives_all_back()
@@ -450,6 +418,7 @@ private slots:
         };
         const QStringList before = sorted_listing();
         const QStringList own_before = own_lines(path);
+        const qint64 made_ns = file_identity::of(path).modified_ns;
 
         open_with({path}, zone);
         const QAbstractItemModel* model = table()->model();
@@ -493,6 +462,17 @@ private slots:
                 *lines = lines->filter(QRegularExpression("^-(?!File:CurrentIPTCDigest=)"));
         }
         QCOMPARE(now, restored);
+
+        // From the first cycle on every byte comes back, and the modification time to the nanosecond.
+        const QByteArray undone = contents(path);
+        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
+        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_timezone"), zone);
+        const auto again = answer_next_box("Continue");
+        QCOMPARE(press(fix_tip).size(), 1);
+        again->cancelled = true;
+        QCOMPARE(press(undo_tip).size(), 1);
+        QVERIFY(contents(path) == undone);
+        QCOMPARE(file_identity::of(path).modified_ns, made_ns);
     }
 
     // Crafted names and a vanished file beside a good photo, in a folder dropped or asked to open.
@@ -641,48 +621,6 @@ private slots:
 
         press(undo_tip);
         QCOMPARE(rows_shown().first(), QString("a.jpg|21.06.2017 - 18:30:05  UTC-04:00|21.06.2017 - 18:30:05  UTC-04:00|"));
-    }
-
-    // Ten fixes with a zone, each undone: from the first cycle on every byte comes back, and the
-    // modification times to the nanosecond.
-    void ten_cycles_give_back_every_byte()
-    {
-        const QStringList files = {
-            "a.jpg|ExifIFD:DateTimeOriginal=#;ExifIFD:OffsetTimeOriginal=-04:00;XMP-xmp:CreateDate=2017:06:21 18:30:05.12-04:00;"
-            "IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05-04:00;GPS:GPSTimeStamp=22:30:05",
-            "i.heic|ExifIFD:DateTimeOriginal=#;ExifIFD:OffsetTime=+02:00;XMP-photoshop:DateCreated=#+02:00",
-            "c.png|XMP-xmp:CreateDate=2020:05:06 07:08:09", "m.mov|", "r.cr3|ExifIFD:DateTimeOriginal=#",
-            "a.dng|IFD0:DNGVersion=1.4.0.0;ExifIFD:DateTimeOriginal=#;XMP-xmp:CreateDate=#+02:00",
-            "b.nef|IFD0:Make=NIKON CORPORATION;ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=#"};
-        QStringList paths;
-        for (const QString& file : files)
-            if (const QString path = make_file(dir->path(), file); !path.isEmpty())
-                paths << path;
-        auto state = [&paths] {
-            QStringList states;
-            for (const QString& path : paths) {
-                QFile file(path);
-                states << (file.open(QIODevice::ReadOnly) ? QCryptographicHash::hash(file.readAll(), QCryptographicHash::Md5).toHex() : "")
-                              + " " + QString::number(file_identity::of(path).modified_ns);
-            }
-            return states;
-        };
-        const QStringList made = state();
-        window = open_main_window();
-        window->load_files(paths);
-        QStringList first;
-        for (int cycle = 0; cycle < 10; ++cycle) {
-            QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
-            QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_timezone"), "2");
-            QCOMPARE(press(fix_tip).size(), paths.size());
-            QCOMPARE(press(undo_tip).size(), paths.size());
-            const QStringList now = state();
-            if (cycle == 0)
-                first = now;
-            QCOMPARE(now, first);
-        }
-        for (int i = 0; i < paths.size(); ++i)
-            QCOMPARE(first[i].section(' ', 1), made[i].section(' ', 1));
     }
 
     // The window closed during a run: the run goes on to its last file, the window goes after it.
