@@ -23,7 +23,6 @@
 
 using namespace test_support;
 
-
 namespace {
 
 const QString before = "2017:06:21 18:30:05";
@@ -120,9 +119,8 @@ private slots:
         QFETCH(QString, when);
         QFETCH(QString, answer);
         QFETCH(QString, reason);
-        QStringList paths;
-        for (const QString name : {"a.jpg", "b.jpg", "c.jpg"})
-            paths << make_tagged_photo(dir->path(), name, {{"ExifIFD:DateTimeOriginal", before}});
+        const QStringList paths = make_files({"a.jpg|ExifIFD:DateTimeOriginal=#", "b.jpg|ExifIFD:DateTimeOriginal=#",
+                                              "c.jpg|ExifIFD:DateTimeOriginal=#"});
         const QString middle = paths[1];
         QVERIFY(QDir(dir->path()).mkdir("aside"));
         const QString other = make_tagged_photo(dir->filePath("aside"), "other.jpg", {{"ExifIFD:DateTimeOriginal", before}});
