@@ -15,10 +15,7 @@
 #include <QSettings>
 #include <QtTest>
 
-#include <ctime>
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 using namespace test_support;
 using offset = QVector<int>; // year, month, day, hour, minute, second
@@ -69,17 +66,6 @@ QString stamp(const QString& path)
 {
     const file_identity now = file_identity::of(path);
     return QString("%1 %2 %3 %4").arg(now.device).arg(now.inode).arg(now.size).arg(now.modified_ns);
-}
-
-// Gives `path` the modification time `ns`, to the nanosecond.
-bool set_modified_ns(const QString& path, qint64 ns)
-{
-    const qint64 second = ns >= 0 ? ns / 1000000000 : -((-ns - 1) / 1000000000) - 1;
-    struct timespec times[2] {};
-    times[0].tv_nsec = UTIME_OMIT;
-    times[1].tv_sec = time_t(second);
-    times[1].tv_nsec = long(ns - second * 1000000000);
-    return ::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, 0) == 0;
 }
 
 // The journal of a fix run over `paths` that died after writing `written` photos, `confirmed` of

@@ -30,12 +30,13 @@ const QString after = "2017:06:21 19:30:05";
 const QString others = "2001:02:03 04:05:06"; // what another program writes
 
 // Another program's edit, into the file itself: the path still leads to the file loaded. With
-// `keep_time` it puts the file's modification time back, and its size stays.
+// `keep_time` it puts the file's modification time back to the nanosecond, and its size stays.
 bool edit_in_place(const QString& path, bool keep_time = false)
 {
-    return run(TAVIMO_EXIFTOOL_SCRIPT, QStringList{"-overwrite_original_in_place", "-ExifIFD:DateTimeOriginal=" + others, path}
-                                           + (keep_time ? QStringList{"-P"} : QStringList{}))
-        .contains("1 image files updated");
+    const qint64 modified_ns = file_identity::of(path).modified_ns;
+    return run(TAVIMO_EXIFTOOL_SCRIPT, {"-overwrite_original_in_place", "-ExifIFD:DateTimeOriginal=" + others, path})
+               .contains("1 image files updated")
+        && (!keep_time || set_modified_ns(path, modified_ns));
 }
 
 // A photo of noise that validates cleanly and ends a few bytes before a 4 KiB page, so that the

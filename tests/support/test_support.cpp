@@ -34,6 +34,9 @@
 #include <QTimer>
 
 #include <cstdio>
+#include <ctime>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace test_support {
@@ -267,6 +270,16 @@ QByteArray contents(const QString& path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool set_modified_ns(const QString& path, qint64 ns)
+{
+    const qint64 second = ns >= 0 ? ns / 1000000000 : -((-ns - 1) / 1000000000) - 1;
+    struct timespec times[2] {};
+    times[0].tv_nsec = UTIME_OMIT;
+    times[1].tv_sec = time_t(second);
+    times[1].tv_nsec = long(ns - second * 1000000000);
+    return ::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, 0) == 0;
 }
 
 QStringList listing(const QString& path)

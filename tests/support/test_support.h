@@ -51,6 +51,8 @@ QStringList numbered_copies(const QString& photo, const QString& first, int coun
 exif_tag_map read_back(const QString& path);
 QString original_time(const QString& path); // its ExifIFD:DateTimeOriginal
 QByteArray contents(const QString& path);   // empty when it can't be read
+// Gives `path` the modification time `ns` since the epoch, to the nanosecond.
+bool set_modified_ns(const QString& path, qint64 ns);
 
 // Every line of `exiftool -G1 -a -args -sort` for `path` but for what moves by itself: access
 // and inode change times, ExifTool's own lines and the offsets of data blocks.
