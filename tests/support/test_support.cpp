@@ -32,9 +32,11 @@
 #include <QTest>
 #include <QThread>
 #include <QTimer>
-#include <QTranslator>
 
 #include <cstdio>
+#include <ctime>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace test_support {
@@ -53,6 +55,14 @@ QByteArray be32(quint32 v)
 {
     const char bytes[4] = {char(v >> 24), char(v >> 16), char(v >> 8), char(v)};
     return QByteArray(bytes, 4);
+}
+
+// `path` with `tags` written into it by the real ExifTool; empty when that fails.
+QString tag_file(const QString& path, const exif_tag_map& tags)
+{
+    if (tags.empty() || path.isEmpty())
+        return path;
+    return run(TAVIMO_EXIFTOOL_SCRIPT, tag_arguments(tags) << path).contains("1 image files updated") ? path : QString();
 }
 
 } // namespace
@@ -75,13 +85,6 @@ exif_tag_map tag_map(const QString& pairs)
     return tags;
 }
 
-QString tag_file(const QString& path, const exif_tag_map& tags)
-{
-    if (tags.empty() || path.isEmpty())
-        return path;
-    return run(TAVIMO_EXIFTOOL_SCRIPT, tag_arguments(tags) << path).contains("1 image files updated") ? path : QString();
-}
-
 QString make_tagged_photo(const QString& dir, const QString& name, const exif_tag_map& tags)
 {
     const QString path = QDir(dir).absoluteFilePath(name);
@@ -94,6 +97,9 @@ QString make_tagged_photo(const QString& dir, const QString& name, const exif_ta
     return path;
 }
 
+namespace {
+
+// Appends a tEXt chunk behind the image data of the PNG at `path`, as some editors leave it.
 void append_png_text(const QString& path, const QByteArray& keyword, const QByteArray& text)
 {
     QFile file(path);
@@ -141,6 +147,8 @@ QString make_tiff(const QString& dir, const QString& name)
     return path;
 }
 
+// A QuickTime file of a few hundred bytes: its movie, its one sound track and that track's media all
+// created and modified at `utc`; `brand` is the file type ("qt  ", "M4A ", "crx ").
 QString make_movie(const QString& dir, const QString& name, const QByteArray& brand, const QDateTime& utc)
 {
     auto atom = [&](const char* type, const QByteArray& body) { return be32(quint32(body.size() + 8)) + type + body; };
@@ -170,6 +178,8 @@ QString make_movie(const QString& dir, const QString& name, const QByteArray& br
         qFatal("cannot write %s", qPrintable(path));
     return path;
 }
+
+} // namespace
 
 QString with_times(QString text)
 {
@@ -260,6 +270,16 @@ QByteArray contents(const QString& path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool set_modified_ns(const QString& path, qint64 ns)
+{
+    const qint64 second = ns >= 0 ? ns / 1000000000 : -((-ns - 1) / 1000000000) - 1;
+    struct timespec times[2] {};
+    times[0].tv_nsec = UTIME_OMIT;
+    times[1].tv_sec = time_t(second);
+    times[1].tv_nsec = long(ns - second * 1000000000);
+    return ::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, 0) == 0;
 }
 
 QStringList listing(const QString& path)

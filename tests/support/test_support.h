@@ -11,7 +11,6 @@
 #include <functional>
 
 class MainWindow;
-class QDateTime;
 class QDialog;
 class QTranslator;
 class QPushButton;
@@ -29,22 +28,8 @@ QString run(const QString& program, const QStringList& arguments);
 // "IFD0:Make=Canon;IFD0:Model=EOS" as a map.
 exif_tag_map tag_map(const QString& pairs);
 
-// `path` with `tags` written into it by the real ExifTool; empty when that fails.
-QString tag_file(const QString& path, const exif_tag_map& tags);
-
 // A small image saved as `dir`/`name` (jpg or png by suffix), tagged by the real ExifTool.
 QString make_tagged_photo(const QString& dir, const QString& name, const exif_tag_map& tags = {});
-
-// Appends a tEXt chunk behind the image data of the PNG at `path`, as some editors leave it.
-void append_png_text(const QString& path, const QByteArray& keyword, const QByteArray& text);
-
-// A TIFF of 8 by 8 grey pixels as `dir`/`name`; named .dng or .nef, ExifTool takes it for one.
-QString make_tiff(const QString& dir, const QString& name);
-
-// A QuickTime file of a few hundred bytes, as `dir`/`name`: its movie, its one sound track and
-// that track's media all created and modified at `utc`. `brand` is the file type ("qt  ", "M4A ");
-// "crx " makes a raw photo of the same build, with empty EXIF directories.
-QString make_movie(const QString& dir, const QString& name, const QByteArray& brand, const QDateTime& utc);
 
 // In "name|tags" texts "#" stands for the time test files are taken at, 2017:06:21 18:30:05, and
 // "@" for it an hour later.
@@ -52,8 +37,9 @@ QString with_times(QString text);
 
 // A file in `dir` of the family its name says, from "name|tags" (see with_times): JPEG and PNG from
 // an image, HEIC by heif-enc, DNG and NEF from a small TIFF, XMP by ExifTool from nothing, AVI from
-// bytes, movies and CR3 by hand with movie dates of 2005:08:11 14:03:54 UTC. A zoneless
-// IPTC:TimeCreated is cut from the bytes; "chunk=text" puts a text behind a PNG's image. Empty on failure.
+// bytes, QuickTime movies (M4A sound, CR3 photo of the same build, with empty EXIF directories) by
+// hand with movie dates of 2005:08:11 14:03:54 UTC. A zoneless IPTC:TimeCreated is cut from the
+// bytes; "chunk=text" puts a text behind a PNG's image. Empty on failure.
 QString make_file(const QString& dir, const QString& spec);
 
 // `count` names beside `photo` for it, numbered from 0 in as many digits as `first` holds
@@ -65,6 +51,8 @@ QStringList numbered_copies(const QString& photo, const QString& first, int coun
 exif_tag_map read_back(const QString& path);
 QString original_time(const QString& path); // its ExifIFD:DateTimeOriginal
 QByteArray contents(const QString& path);   // empty when it can't be read
+// Gives `path` the modification time `ns` since the epoch, to the nanosecond.
+bool set_modified_ns(const QString& path, qint64 ns);
 
 // Every line of `exiftool -G1 -a -args -sort` for `path` but for what moves by itself: access
 // and inode change times, ExifTool's own lines and the offsets of data blocks.

@@ -49,6 +49,23 @@ protected:
         if (!zone.isEmpty())
             QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_timezone"), zone);
     }
+    // The "name|tags" files of `specs` (see make_file) in the test's folder; those not made are left out.
+    QStringList make_files(const QStringList& specs) const
+    {
+        QStringList paths;
+        for (const QString& spec : specs)
+            if (const QString path = make_file(dir->path(), spec); !path.isEmpty())
+                paths << path;
+        return paths;
+    }
+    // The listings of `names` in the test's folder, one after the other.
+    QStringList listing_of(const QStringList& names) const
+    {
+        QStringList lines;
+        for (const QString& name : names)
+            lines << listing(dir->filePath(name));
+        return lines;
+    }
     QTableView* table() const { return window->findChild<QTableView*>("tableView"); }
     // The table's texts in `column`, top to bottom.
     QStringList column_texts(int column = 0) const
