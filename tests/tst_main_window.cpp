@@ -105,7 +105,6 @@ QStringList label_texts(QDialog* dialog)
     return texts;
 }
 
-
 const qint64 nikon_ahead = 3600 + 3 * 60 + 12;
 constexpr qint64 hour = 3600 * 1000;
 constexpr qint64 morning = Q_INT64_C(1689321600000); // 2023-07-14 08:00
