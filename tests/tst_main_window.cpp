@@ -263,12 +263,13 @@ private slots:
             return QString("%1 %2%3").arg(seen.family()).arg(seen.pixelSize()).arg(seen.bold() ? " bold" : "");
         };
         const QVariant header_font = table()->model()->headerData(0, Qt::Horizontal, Qt::FontRole);
-        QCOMPARE(face(header_font.value<QFont>()), "FreeSans 14 bold");
-        QCOMPARE(face(window->findChild<QWidget*>("label_2")->font()), "FreeSans 11 bold");
+        QCOMPARE(face(header_font.value<QFont>()), QString("FreeSans 14 bold"));
+        QCOMPARE(face(window->findChild<QWidget*>("label_2")->font()), QString("FreeSans 11 bold"));
 
         const QImage shot = window->grab().toImage();
-        for (const auto& [panel, image] : {qMakePair(QString("widget_time_adjust"), ":/gui/panel/border_topless.png"),
-                 qMakePair(QString("widget_datetime_format"), ":/gui/panel/border.png")}) {
+        const QList<QPair<QString, QString>> frames{{"widget_time_adjust", ":/gui/panel/border_topless.png"},
+                                                    {"widget_datetime_format", ":/gui/panel/border.png"}};
+        for (const auto& [panel, image] : frames) {
             const QImage border(image);
             QVERIFY(!border.isNull());
             auto* w = window->findChild<QWidget*>(panel);
