@@ -1,41 +1,214 @@
+#include "camera.h"
+#include "camera_clocks.h"
+#include "camera_timeline.h"
+#include "cameras_panel.h"
+#include "datetime_format.h"
+#include "dialog_settings.h"
 #include "mainwindow.h"
 #include "run_pace.h"
 #include "table_data_model.h"
+#include "time_adjustment.h"
+#include "time_offsets.h"
 
 #include "test_support.h"
 #include "window_test.h"
 
 #include <ondo/application.h>
-#include <ondo/exiftool.h>
+#include <ondo/application_information_box.h>
+#include <ondo/button_dark.h>
+#include <ondo/git_version.h>
+#include <ondo/language.h>
+#include <ondo/message_box.h>
+#include <ondo/misc.h>
+#include <ondo/qt_compat.h>
+#include <ondo/widgets.h>
 
+#include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
+#include <QCollator>
+#include <QComboBox>
 #include <QDateTimeEdit>
+#include <QDesktopServices>
 #include <QDialog>
 #include <QDir>
-#include <QFontInfo>
-#include <QHeaderView>
-#include <QScreen>
 #include <QFileDialog>
 #include <QFileOpenEvent>
+#include <QFontInfo>
+#include <QHeaderView>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRadioButton>
+#include <QRegularExpression>
+#include <QScreen>
 #include <QSettings>
+#include <QShortcut>
+#include <QSpinBox>
+#include <QSignalSpy>
+#include <QSysInfo>
 #include <QTableView>
+#include <QTextBlock>
+#include <QTextBrowser>
+#include <QTextDocument>
+#include <QTextLayout>
+#include <QToolButton>
+#include <QTreeView>
 #include <QWindow>
 #include <QtTest>
 
+#include <algorithm>
 #include <cmath>
 
+using test_support::answer_next_box;
 using test_support::make_tagged_photo;
+using offset = QList<QVariant>;
+using parts = QList<int>;
+Q_DECLARE_METATYPE(QMessageBox::StandardButtons)
+Q_DECLARE_METATYPE(gps_estimate)
+
+namespace {
 
 const exif_tag_map recorded{{"ExifIFD:DateTimeOriginal", "2017:06:21 18:30:05"}};
 
-// The window with the real ExifTool behind it, on the clock of Europe/Berlin for its known daylight saving.
+// The control key as the help pages name it on this platform, in English and in German.
+#ifdef Q_OS_MACOS
+const QString ctrl_en = "Cmd", ctrl_de = "Cmd";
+#else
+const QString ctrl_en = "Ctrl", ctrl_de = "Strg";
+#endif
+
+QString read_all(const QString& path) { return QString::fromUtf8(test_support::contents(path)); }
+
+// A report of the zone field alone: whether it holds a zone, and that zone in hours.
+offset zone(bool stated, double hours) { return offset{0, 0, 0, 0, 0, 0, stated, hours}; }
+
+// The lightest pixel inside the frame of `edit`: the core of its glyphs.
+QRgb lightest_inside(QWidget& edit)
+{
+    const QImage image = edit.grab().toImage();
+    QRgb lightest = 0;
+    for (int y = 2; y < image.height() - 2; ++y)
+        for (int x = 2; x < image.width() - 2; ++x)
+            if (qGray(image.pixel(x, y)) > qGray(lightest))
+                lightest = image.pixel(x, y);
+    return lightest;
+}
+
+QRgb with_alpha(QRgb colour, int alpha) { return qRgba(qRed(colour), qGreen(colour), qBlue(colour), alpha); }
+
+QStringList label_texts(QDialog* dialog)
+{
+    QStringList texts;
+    for (QLabel* label : dialog->findChildren<QLabel*>())
+        texts << label->text();
+    return texts;
+}
+
+const qint64 nikon_ahead = 3600 + 3 * 60 + 12;
+constexpr qint64 hour = 3600 * 1000;
+constexpr qint64 morning = Q_INT64_C(1689321600000); // 2023-07-14 08:00
+const char* const editor_names[] = {"correction_days", "correction_hours", "correction_minutes", "correction_seconds"};
+
+QString at(const QDateTime& base, qint64 seconds) { return base.addSecs(seconds).toString("yyyy:MM:dd hh:mm:ss"); }
+
+// A camera with photos at `hours` after the morning, named after the camera and their order.
+timeline_lane lane(const QString& name, const QVector<double>& hours)
+{
+    timeline_lane result{name, {}, {}};
+    for (const double h : hours) {
+        result.times << morning + qint64(h * hour);
+        result.paths << QStringLiteral("%1%2").arg(name).arg(result.paths.size());
+    }
+    return result;
+}
+
+// A new-time mark's pixel; text, rules, background and the faint old marks are dimmer or grey.
+bool bright(QRgb pixel) { return QColor(pixel).hsvSaturation() > 90 && QColor(pixel).value() > 170; }
+bool faint(QRgb pixel) { return !bright(pixel) && QColor(pixel).hsvSaturation() > 40; }
+
+// The middle of each run of bright marks: of rows that hold any, or of the columns along `row`.
+QVector<int> marks(const QImage& image, int row = -1)
+{
+    const int size = row < 0 ? image.height() : image.width();
+    QVector<int> result;
+    for (int i = 0, start = -1; i <= size; ++i) {
+        bool set = i < size && row >= 0 && bright(image.pixel(i, row));
+        for (int x = 0; i < size && row < 0 && x < image.width() && !set; ++x)
+            set = bright(image.pixel(x, i));
+        if (set && start < 0)
+            start = i;
+        if (!set && start >= 0) {
+            result << (start + i - 1) / 2;
+            start = -1;
+        }
+    }
+    return result;
+}
+
+// `timeline` shown with `lanes` at its usual size, as painted.
+QImage show(camera_timeline& timeline, const QVector<timeline_lane>& lanes)
+{
+    timeline.set_lanes(lanes);
+    timeline.resize(400, timeline.sizeHint().height());
+    timeline.show();
+    return timeline.grab().toImage();
+}
+
+// Cameras "cam0", "cam1"... with names in falling order, so that a panel that sorts them shows it.
+QList<camera_summary> summaries(int count)
+{
+    QList<camera_summary> list;
+    for (int i = 0; i < count; ++i)
+        list.append({QString("cam%1").arg(i), QString("Model %1").arg(char('Z' - i)), 10 + i, {}, {}, {}});
+    return list;
+}
+
+// The widget `name` in the panel's row of camera `key`.
+template <typename T>
+T* in_row(const QWidget& panel, const QString& key, const char* name)
+{
+    for (T* widget : panel.findChildren<T*>(name))
+        if (widget->property("camera") == key)
+            return widget;
+    return nullptr;
+}
+
+parts shown(const QWidget& panel, const QString& key)
+{
+    parts values;
+    for (const char* name : editor_names)
+        values.append(in_row<QSpinBox>(panel, key, name)->value());
+    return values;
+}
+
+} // namespace
+
+// Catches what would go to the browser.
+class url_catcher : public QObject {
+    Q_OBJECT
+public:
+    QList<QUrl> urls;
+public slots:
+    void open(const QUrl& url) { urls << url; }
+};
+
+// The window with the real ExifTool behind it, on the clock of Europe/Berlin for its known daylight saving;
+// its panels, the cameras' names, clocks and corrections with their panel and timeline, the toolkit's
+// widgets and boxes, and the catalogues.
 class tst_main_window : public test_support::window_test {
     Q_OBJECT
+public:
+    ~tst_main_window() override { QDesktopServices::unsetUrlHandler("file"); }
 
 private slots:
+    void initTestCase()
+    {
+        // A temporary folder of this test's own, so that no help page of another run is read back.
+        qputenv("TMPDIR", temp.path().toLocal8Bit());
+        QDesktopServices::setUrlHandler("file", &catcher, "open");
+    }
+
     // In album: one.jpg, two.png, .hidden.jpg and sub/deep.jpg; beside it notes.xyz.
     void roads_in_data()
     {
@@ -76,64 +249,90 @@ private slots:
         QVERIFY(!QSettings().contains("last_load_path"));
     }
 
-    // Ctrl+O opens the file dialog where the last load was; its labels are readable.
-    void file_dialog_remembers_the_directory()
+    // A fresh window: the design's faces and sizes (points, on a platform where a point is a pixel); each
+    // panel's edges in a picture are those of its border image, stretched; screen readers name each icon
+    // button by its tooltip and docks show the program's icon; Tab goes in reading order and shows where it
+    // is; dialogs name the window, as a Wayland compositor places them by it; a larger window's room goes to
+    // the table. The application hands the window its file-open requests, not its own events.
+    void a_fresh_window()
     {
-        QDir root(dir->path());
-        QVERIFY(root.mkpath("shots"));
-        const QString shots = root.filePath("shots");
-        make_tagged_photo(shots, "a.jpg", recorded);
-        make_tagged_photo(shots, "b.jpg", recorded);
-        QSettings().setValue("last_load_path", root.path());
-        make_window(true);
-
-        QString opened;
-        QString name_box = "not looked at";
-        double contrast = 0; // of the least readable label
-        const auto seen = test_support::answer_next_box("Open", [&](QDialog* box) {
-            auto* dialog = qobject_cast<QFileDialog*>(box);
-            opened = dialog->directory().absolutePath();
-            name_box = dialog->findChild<QLineEdit*>("fileNameEdit")->text();
-            const QImage shot = dialog->grab().toImage();
-            contrast = 21;
-            for (const char* label : {"lookInLabel", "fileNameLabel", "fileTypeLabel"}) {
-                auto* w = dialog->findChild<QWidget*>(label);
-                contrast = qMin(contrast, text_contrast(shot.copy(QRect(w->mapTo(dialog, QPoint()), w->size()))));
-            }
-            dialog->setDirectory(shots);
-            dialog->findChild<QLineEdit*>("fileNameEdit")->setText("\"a.jpg\" \"b.jpg\"");
-        });
-        QTest::keyClick(window->findChild<QLineEdit*>("lineedit_year"), Qt::Key_O, Qt::ControlModifier);
-
-        QTRY_VERIFY(seen->answered);
-        QCOMPARE(seen->title, QString("Select files"));
-        QVERIFY2(contrast >= 4.5, qPrintable(QString::number(contrast)));
-        QCOMPARE(name_box, QString());
-        QCOMPARE(opened, root.path());
-        QCOMPARE(column_texts(), QStringList({"a.jpg", "b.jpg"}));
-        QCOMPARE(QSettings().value("last_load_path").toString(), shots);
-    }
-
-    // The design's sizes are points on a platform where a point is a pixel.
-    void text_has_the_design_faces_and_pixel_sizes_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<int>("pixels");
-        QTest::addColumn<bool>("bold");
-        QTest::newRow("table header") << "header" << 14 << true;
-        QTest::newRow("format panel heading") << "label_2" << 11 << true;
-    }
-
-    void text_has_the_design_faces_and_pixel_sizes()
-    {
-        QFETCH(QString, text);
         QVERIFY(QGuiApplication::primaryScreen()->logicalDotsPerInchY() != 72);
-        make_window();
-        const QFontInfo seen(text == "header" ? table()->model()->headerData(0, Qt::Horizontal, Qt::FontRole).value<QFont>()
-                                              : window->findChild<QWidget*>(text)->font());
-        QCOMPARE(seen.family(), QString("FreeSans"));
-        QTEST(seen.pixelSize(), "pixels");
-        QTEST(seen.bold(), "bold");
+        make_window(true);
+        auto face = [](const QFont& font) {
+            const QFontInfo seen(font);
+            return QString("%1 %2%3").arg(seen.family()).arg(seen.pixelSize()).arg(seen.bold() ? " bold" : "");
+        };
+        const QVariant header_font = table()->model()->headerData(0, Qt::Horizontal, Qt::FontRole);
+        QCOMPARE(face(header_font.value<QFont>()), QString("FreeSans 14 bold"));
+        QCOMPARE(face(window->findChild<QWidget*>("label_2")->font()), QString("FreeSans 11 bold"));
+
+        const QImage shot = window->grab().toImage();
+        const QList<QPair<QString, QString>> frames{{"widget_time_adjust", ":/gui/panel/border_topless.png"},
+                                                    {"widget_datetime_format", ":/gui/panel/border.png"}};
+        for (const auto& [panel, image] : frames) {
+            const QImage border(image);
+            QVERIFY(!border.isNull());
+            auto* w = window->findChild<QWidget*>(panel);
+            const QRect r(w->mapTo(window, QPoint()), w->size());
+            const int middle = border.width() / 2;
+            // Left and top edges: the right and bottom ones come from the same stretched image.
+            for (const auto& edge : {qMakePair(QPoint(r.left(), r.center().y()), QPoint(0, middle)),
+                     qMakePair(QPoint(r.center().x(), r.top()), QPoint(middle, 0))}) {
+                const QColor seen = shot.pixelColor(edge.first), drawn = border.pixelColor(edge.second);
+                // Stretching may round a channel by one.
+                const int off = qAbs(seen.red() - drawn.red()) + qAbs(seen.green() - drawn.green())
+                    + qAbs(seen.blue() - drawn.blue());
+                QVERIFY2(off <= 6, qPrintable(panel + ": " + seen.name() + ", image " + drawn.name()));
+            }
+        }
+
+        const auto buttons = window->findChildren<QPushButton*>(QRegularExpression("^button_"));
+        QCOMPARE(buttons.size(), 7);
+        for (QPushButton* button : buttons)
+            QVERIFY2(!button->accessibleName().isEmpty() && button->accessibleName() == button->toolTip(),
+                qPrintable(button->objectName()));
+        const QList<QSize> sizes = window->windowIcon().availableSizes();
+        QVERIFY(sizes.contains(QSize(16, 16)) && sizes.contains(QSize(256, 256)));
+
+        // The undo button is off until a fix; a button reached by Tab must show it, or the keyboard's place is lost.
+        auto* help = window->findChild<QPushButton*>("button_help");
+        const QImage plain = help->grab().toImage();
+        QWidget* first = window->findChild<QPushButton*>("button_settings");
+        first->setFocus(Qt::TabFocusReason);
+        QStringList order;
+        for (int i = 0; i < 30 && (order.isEmpty() || QApplication::focusWidget() != first); ++i) {
+            order << QApplication::focusWidget()->objectName();
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        }
+        QCOMPARE(order, (QStringList{"button_settings", "button_about", "button_help", "button_fix_time",
+                                     "button_load_images", "button_reset", "lineedit_year", "lineedit_month",
+                                     "lineedit_day", "lineedit_hour", "lineedit_minute", "lineedit_second",
+                                     "lineedit_timezone", "rb_ddmmyyyy_slash", "rb_hhmmss", "tableView"}));
+        help->setFocus(Qt::TabFocusReason);
+        QTRY_VERIFY(help->hasFocus());
+        QVERIFY(help->grab().toImage() != plain);
+
+        const QList<QDialog*> dialogs = window->findChildren<QDialog*>();
+        QVERIFY(dialogs.size() >= 2);
+        for (QDialog* dialog : dialogs) {
+            dialog->show();
+            QVERIFY2(dialog->windowHandle() && dialog->windowHandle()->transientParent() == window->windowHandle(),
+                     qPrintable(dialog->objectName() + dialog->windowTitle()));
+            dialog->hide();
+        }
+
+        window->resize(800, 700);
+        QApplication::processEvents();
+        const QSize before = table()->size();
+        window->resize(1200, 1000);
+        QApplication::processEvents();
+        QCOMPARE(table()->size() - before, QSize(400, 300));
+
+        int calls = 0;
+        QTimer::singleShot(0, qApp, [&calls] { ++calls; });
+        QTRY_COMPARE(calls, 1);
+        QTest::qWait(50);
+        QCOMPARE(calls, 1);
     }
 
     // The bar of a long run: its count, then the pace and the time left at it.
@@ -158,44 +357,6 @@ private slots:
         QTEST(run_pace_format(done, total, elapsed_ms), "format");
     }
 
-    // The application hands the window its file-open requests, not its own events.
-    void queued_calls_run_once()
-    {
-        make_window();
-        int calls = 0;
-        QTimer::singleShot(0, qApp, [&calls] { ++calls; });
-        QTRY_COMPARE(calls, 1);
-        QTest::qWait(50);
-        QCOMPARE(calls, 1);
-    }
-
-    // A Wayland compositor places a dialog by the parent it names.
-    void dialogs_name_the_window()
-    {
-        make_window();
-        const QList<QDialog*> dialogs = window->findChildren<QDialog*>();
-        QVERIFY(dialogs.size() >= 2);
-        for (QDialog* dialog : dialogs) {
-            dialog->show();
-            QVERIFY2(dialog->windowHandle() && dialog->windowHandle()->transientParent() == window->windowHandle(),
-                     qPrintable(dialog->objectName() + dialog->windowTitle()));
-            dialog->hide();
-        }
-    }
-
-    // A larger window gives its room to the table, in height and in width.
-    void the_table_takes_a_larger_window()
-    {
-        make_window();
-        window->resize(800, 700);
-        QApplication::processEvents();
-        const QSize before = table()->size();
-        window->resize(1200, 1000);
-        QApplication::processEvents();
-        QCOMPARE(table()->height() - before.height(), 300);
-        QCOMPARE(table()->width() - before.width(), 400);
-    }
-
     // Two cameras that both write DSC_0001.JPG; taking rows out writes nothing.
     void repeated_names_and_removed_rows()
     {
@@ -218,42 +379,6 @@ private slots:
         window->findChild<QAction*>("action_remove_from_list")->trigger();
         QCOMPARE(column_texts(), QStringList{"DSC_0001.JPG"});
         QCOMPARE(test_support::listing(paths[1]).join('\n'), listing);
-    }
-
-    // The undo button is off until a fix; a button reached by Tab must show it, or the keyboard's place is lost.
-    void tab_goes_through_the_window_in_reading_order()
-    {
-        make_window(true);
-        auto* help = window->findChild<QPushButton*>("button_help");
-        const QImage plain = help->grab().toImage();
-        QWidget* first = window->findChild<QPushButton*>("button_settings");
-        first->setFocus(Qt::TabFocusReason);
-        QStringList order;
-        for (int i = 0; i < 30 && (order.isEmpty() || QApplication::focusWidget() != first); ++i) {
-            order << QApplication::focusWidget()->objectName();
-            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-        }
-        QCOMPARE(order, (QStringList{"button_settings", "button_about", "button_help", "button_fix_time",
-                                     "button_load_images", "button_reset", "lineedit_year", "lineedit_month",
-                                     "lineedit_day", "lineedit_hour", "lineedit_minute", "lineedit_second",
-                                     "lineedit_timezone", "rb_ddmmyyyy_slash", "rb_hhmmss", "tableView"}));
-        help->setFocus(Qt::TabFocusReason);
-        QTRY_VERIFY(help->hasFocus());
-        QVERIFY(help->grab().toImage() != plain);
-    }
-
-    // Screen readers name each icon button by its tooltip; docks show the program's icon.
-    void the_window_and_its_buttons_are_named()
-    {
-        make_window();
-        const auto buttons = window->findChildren<QPushButton*>(QRegularExpression("^button_"));
-        QCOMPARE(buttons.size(), 7);
-        for (QPushButton* button : buttons) {
-            QVERIFY2(!button->accessibleName().isEmpty(), qPrintable(button->objectName()));
-            QCOMPARE(button->accessibleName(), button->toolTip());
-        }
-        const QList<QSize> sizes = window->windowIcon().availableSizes();
-        QVERIFY(sizes.contains(QSize(16, 16)) && sizes.contains(QSize(256, 256)));
     }
 
     // The second row's dialog, reached by keys alone, sets the offset; a zone typed beforehand is left alone.
@@ -335,34 +460,1005 @@ private slots:
                 qPrintable(field->objectName()));
     }
 
-    // Each panel's edges in a picture of the window are those of its border image, stretched.
-    void panels_show_their_frames_data()
+    // `shown`: what the validator leaves of the keys; `refused`: no zone, and it must look so.
+    void typing_reports_the_whole_offset_data()
     {
-        QTest::addColumn<QString>("panel");
-        QTest::addColumn<QString>("image");
-        QTest::newRow("offset") << "widget_time_adjust" << ":/gui/panel/border_topless.png";
-        QTest::newRow("display format") << "widget_datetime_format" << ":/gui/panel/border.png";
+        QTest::addColumn<QString>("locale");
+        QTest::addColumn<QString>("field");
+        QTest::addColumn<QString>("keys");
+        QTest::addColumn<QString>("shown");
+        QTest::addColumn<offset>("expected");
+        QTest::addColumn<bool>("refused");
+
+        QTest::newRow("negative month") << "C" << "lineedit_month" << "-14" << "-14"
+                                        << offset{0, -14, 0, 0, 0, 0, false, 0.0} << false;
+        QTest::newRow("lone minus is 0") << "C" << "lineedit_hour" << "-" << "-" << zone(false, 0.0) << false;
+        // Either decimal sign in either locale: C is what containers and many sessions run under.
+        const QList<QPair<QString, double>> zones{
+            {"2", 2.0},      {"+2", 2.0},      {"-3.5", -3.5},     {"-3,5", -3.5},   {"\u22123,5", -3.5},
+            {"+02:00", 2.0}, {"5:30", 5.5},    {"-03:30", -3.5},   {"5,75", 5.75},   {"-0.25", -0.25},
+            {"+14:00", 14.0}, {"-12", -12.0},  {"0", 0.0}};
+        for (const char* locale : {"C", "de_DE"}) {
+            for (const auto& typed : zones)
+                QTest::addRow("zone %s under %s", qUtf8Printable(typed.first), locale)
+                    << locale << "lineedit_timezone" << typed.first << typed.first << zone(true, typed.second) << false;
+            QTest::addRow("no zone -12,5 under %s", locale) << locale << "lineedit_timezone" << "-12,5" << "-12,5"
+                                                         << zone(false, 0.0) << true;
+        }
+        for (const char* wrong : {"99", "+15", "-12.5", "5.3", "5:20", "+14:30", "-", "+02:", "+0530"})
+            QTest::addRow("no zone %s", wrong) << "C" << "lineedit_timezone" << wrong << wrong << zone(false, 0.0) << true;
+        QTest::newRow("letters dropped") << "C" << "lineedit_timezone" << "abc" << "" << zone(false, 0.0) << false;
+        QTest::newRow("blank and letter dropped") << "C" << "lineedit_timezone" << "+ 2h" << "+2" << zone(true, 2.0) << false;
+        QTest::newRow("second decimal sign dropped") << "C" << "lineedit_timezone" << "1.5.5" << "1.55" << zone(false, 0.0) << true;
+        QTest::newRow("long text cut") << "C" << "lineedit_timezone" << "-3.500000" << "-3.5000" << zone(true, -3.5) << false;
     }
 
-    void panels_show_their_frames()
+    void typing_reports_the_whole_offset()
     {
-        QFETCH(QString, panel);
-        QFETCH(QString, image);
-        make_window();
-        const QImage shot = window->grab().toImage();
-        const QImage border(image);
-        QVERIFY(!border.isNull());
-        auto* w = window->findChild<QWidget*>(panel);
-        const QRect r(w->mapTo(window, QPoint()), w->size());
-        const int middle = border.width() / 2;
-        // Left and top edges: the right and bottom ones come from the same stretched image.
-        for (const auto& edge : {qMakePair(QPoint(r.left(), r.center().y()), QPoint(0, middle)),
-                 qMakePair(QPoint(r.center().x(), r.top()), QPoint(middle, 0))}) {
-            const QColor seen = shot.pixelColor(edge.first), drawn = border.pixelColor(edge.second);
-            // Stretching may round a channel by one.
-            const int off = qAbs(seen.red() - drawn.red()) + qAbs(seen.green() - drawn.green()) + qAbs(seen.blue() - drawn.blue());
-            QVERIFY2(off <= 6, qPrintable(panel + ": " + seen.name() + ", image " + drawn.name()));
+        QFETCH(QString, locale);
+        QFETCH(QString, field);
+        QFETCH(QString, keys);
+        QFETCH(QString, shown);
+        QFETCH(offset, expected);
+        QFETCH(bool, refused);
+        const auto restore = qScopeGuard([before = QLocale()] { QLocale::setDefault(before); });
+        QLocale::setDefault(QLocale(locale)); // before the validators take their locale
+        time_adjustment panel;
+        panel.setWidgetsToolTip("offset tip");
+        QSignalSpy spy(&panel, &time_adjustment::time_offset_changed);
+        auto* edit = panel.findChild<QLineEdit*>(field);
+        QVERIFY(edit);
+        // One key at a time; keyClicks sends Latin-1 only, which has no minus sign (U+2212).
+        for (QChar key : keys)
+            QTest::sendKeyEvent(QTest::Click, edit, Qt::Key(key.toUpper().unicode()), QString(key), Qt::NoModifier);
+
+        QCOMPARE(edit->text(), shown);
+        QCOMPARE(spy.count(), shown.size()); // each key that landed reported once
+        if (!spy.isEmpty())
+            QCOMPARE(spy.last(), expected);
+        QCOMPARE(panel.has_timezone_offset(), expected.at(6).toBool());
+        QCOMPARE(panel.zone_refused(), refused);
+
+        // A refused zone says why in its tooltip; otherwise the zone field keeps its label's tooltip.
+        auto* year = panel.findChild<QLineEdit*>("lineedit_year");
+        auto* zone_label = panel.findChild<QWidget*>("label_timezone");
+        auto looks_refused = [&] {
+            edit->ensurePolished();
+            year->ensurePolished();
+            return edit->palette().color(QPalette::Text) != year->palette().color(QPalette::Text);
+        };
+        QCOMPARE(looks_refused(), refused);
+        QVERIFY(zone_label->toolTip() != "offset tip");
+        if (refused)
+            QVERIFY2(edit->toolTip().startsWith('"' + shown + "\" is not a time zone."), qPrintable(edit->toolTip()));
+        else
+            QCOMPARE(edit->toolTip(), field == "lineedit_timezone" ? zone_label->toolTip() : QString("offset tip"));
+
+        panel.clear();
+        if (!shown.isEmpty())
+            QCOMPARE(spy.last(), zone(false, 0.0));
+        QVERIFY(!panel.zone_refused());
+        QVERIFY(!looks_refused());
+        QCOMPARE(panel.findChild<QLineEdit*>("lineedit_timezone")->toolTip(), zone_label->toolTip());
+    }
+
+    // Until a choice is stored, the row nearest the locale's short date; a click stores before it reports
+    // ("format | date | time" as stored then).
+    void date_format_data()
+    {
+        QTest::addColumn<QString>("locale");
+        QTest::addColumn<QString>("stored");
+        QTest::addColumn<QString>("radio");
+        QTest::addColumn<QString>("format");
+        QTest::addColumn<QString>("click");
+        QTest::addColumn<QString>("reported");
+        QTest::newRow("en_US") << "en_US" << "" << "rb_mmddyyyy_slash" << "MM/dd/yyyy" << "" << "";
+        QTest::newRow("de_DE") << "de_DE" << "" << "rb_ddmmyyyy_dot" << "dd.MM.yyyy" << "" << "";
+        QTest::newRow("C") << "C" << "" << "rb_yyyymmdd_dash" << "yyyy-MM-dd" << "" << "";
+        QTest::newRow("en_GB: day first, slashes") << "en_GB" << "" << "rb_ddmmyyyy_slash" << "dd/MM/yyyy" << "" << "";
+        QTest::newRow("nl_NL: day first, dashes") << "nl_NL" << "" << "rb_ddmmyyyy_dash" << "dd-MM-yyyy" << "" << "";
+        QTest::newRow("ja_JP: year first, slashes") << "ja_JP" << "" << "rb_yyyymmdd_slash" << "yyyy/MM/dd" << "" << "";
+        QTest::newRow("ko_KR: year first, dots and blanks") << "ko_KR" << "" << "rb_yyyymmdd_dot" << "yyyy.MM.dd" << "" << "";
+        QTest::newRow("ar_EG: marks between the fields") << "ar_EG" << "" << "rb_ddmmyyyy_slash" << "dd/MM/yyyy" << "" << "";
+        QTest::newRow("en_US, DD.MM.YYYY chosen") << "en_US" << "dd.MM.yyyy" << "rb_ddmmyyyy_dot" << "dd.MM.yyyy" << "" << "";
+        QTest::newRow("C, MM/DD/YYYY chosen") << "C" << "MM/dd/yyyy" << "rb_mmddyyyy_slash" << "MM/dd/yyyy" << "" << "";
+        QTest::newRow("HH:mm clicked") << "de_DE" << "" << "rb_ddmmyyyy_dot" << "dd.MM.yyyy" << "rb_hhmm"
+                                       << "dd.MM.yyyy - HH:mm | dd.MM.yyyy | HH:mm";
+        QTest::newRow("stored format that is no row, replaced") << "de_DE" << "yyyy+MM+dd" << "" << "yyyy+MM+dd"
+                                                               << "rb_ddmmyyyy_dot" << "dd.MM.yyyy - HH:mm:ss | dd.MM.yyyy | HH:mm:ss";
+    }
+
+    void date_format()
+    {
+        QFETCH(QString, locale);
+        QFETCH(QString, stored);
+        QFETCH(QString, radio);
+        QFETCH(QString, format);
+        QFETCH(QString, click);
+        QFETCH(QString, reported);
+        const auto restore = qScopeGuard([before = QLocale()] { QLocale::setDefault(before); });
+        QLocale::setDefault(QLocale(locale));
+        if (!stored.isEmpty())
+            QSettings().setValue("date_format", stored);
+        auto settings = [] { return QSettings().value("date_format").toString() + " | " + QSettings().value("time_format").toString(); };
+
+        datetime_format panel;
+        QCOMPARE(panel.get_datetime_format(), format + " - HH:mm:ss");
+        for (QRadioButton* button : panel.findChildren<QRadioButton*>(QRegularExpression("^rb_[dmy]")))
+            QVERIFY2(button->isChecked() == (button->objectName() == radio), qPrintable(button->objectName()));
+        QCOMPARE(settings(), stored + " | ");
+        if (click.isEmpty())
+            return;
+
+        QStringList reports; // each with what the store held at that moment
+        connect(&panel, &datetime_format::format_changed, this, [&](const QString& text) { reports << text + " | " + settings(); });
+        panel.findChild<QRadioButton*>(click)->click();
+        QCOMPARE(reports, QStringList{reported});
+        datetime_format again;
+        QCOMPARE(again.get_datetime_format(), reported.section(" | ", 0, 0));
+        QVERIFY(again.findChild<QRadioButton*>(click)->isChecked());
+    }
+
+    // Counted texts in both forms, `also` in each: the words that were corrected.
+    void counted_texts_data()
+    {
+        QTest::addColumn<QString>("lang");
+        QTest::addColumn<QString>("context");
+        QTest::addColumn<QString>("source");
+        QTest::addColumn<QString>("one_start");
+        QTest::addColumn<QString>("two_start");
+        QTest::addColumn<QString>("also");
+        const QString zoneless = "%n files do not have any timezone information set and you have not specified a "
+                                 "timezone to use.\nIf you continue, your computer's local timezone will be used.\n\n"
+                                 "Warning: Adding the timezone to an image can not be undone.";
+        const QString early = "%n files would be assigned a recording time before 1 January 1972.\nTheir metadata holds such a "
+                              "time correctly. Their file-system time may not: a FAT or exFAT memory card holds no date "
+                              "before 1980, and some systems none before 1970. A file time that can't be set is noted in "
+                              "the log; the photo is fixed all the same.";
+        const QString cr3 = "Trying to alter/set timezone of %n CR3 images.\nThe CR3 format does not support timezone "
+                            "information.\nAll other values except the timezone will work normally.";
+        const QString failed = "The following %n files could not be fixed:\n%1\n\n Do you want to keep the changes in "
+                               "the other files";
+        // Each text in English, then in German.
+        auto rows = [](const char* name, const char* context, const QString& source, const QStringList& en, const QStringList& de) {
+            QTest::addRow("en %s", name) << "en" << context << source << en.value(0) << en.value(1) << en.value(2);
+            QTest::addRow("de %s", name) << "de" << context << source << de.value(0) << de.value(1) << de.value(2);
+        };
+        rows("zoneless", "MainWindow", zoneless,
+             {"1 file does not have any timezone information", "2 files do not have any timezone information",
+              "your computer's local timezone"},
+             {"1 Datei hat keine Zeitzoneninformationen", "2 Dateien haben keine Zeitzoneninformationen",
+              "Wenn Sie fortfahren, wird die Zeitzone Ihres Computers"});
+        rows("early", "MainWindow", early, {"1 file would be assigned", "2 files would be assigned", "a FAT or exFAT memory card"},
+             {"1 Datei würde eine Aufnahmezeit", "2 Dateien würden eine Aufnahmezeit", "Eine FAT- oder exFAT-Speicherkarte"});
+        rows("CR3", "MainWindow", cr3, {"Trying to alter/set timezone of 1 CR3 image.\n", "Trying to alter/set timezone of 2 CR3 images.\n"},
+             {"Die Zeitzone von 1 Bild im CR3 Format", "Die Zeitzone von 2 Bildern im CR3 Format"});
+        rows("failed", "MainWindow", failed, {"The following file could not be fixed:\n%1", "The following 2 files could not be fixed:\n%1"},
+             {"Die folgende Datei konnte nicht angepasst werden:\n%1", "Die folgenden 2 Dateien konnten nicht angepasst werden:\n%1",
+              "Möchten Sie"});
+        rows("changed", "run_note", "%n photos changed.", {"1 photo changed.", "2 photos changed."},
+             {"1 Foto geändert.", "2 Fotos geändert."});
+        rows("not changed", "run_note", "%n files could not be changed.", {"1 file could not be changed.", "2 files could not be changed."},
+             {"1 Datei konnte nicht geändert werden.", "2 Dateien konnten nicht geändert werden."});
+        rows("undone", "run_note", "Undo done: %n photos as before.", {"Undo done: 1 photo as before.", "Undo done: 2 photos as before."},
+             {"Rückgängig gemacht: 1 Foto wie zuvor.", "Rückgängig gemacht: 2 Fotos wie zuvor."});
+        rows("not restored", "run_note", "%n files could not be restored.",
+             {"1 file could not be restored.", "2 files could not be restored."},
+             {"1 Datei konnte nicht zurückgesetzt werden.", "2 Dateien konnten nicht zurückgesetzt werden."});
+        // Texts without a count that were corrected or are easily lost, in German: as they stand.
+        auto de = [](const char* name, const char* context, const char* source, const char* expected) {
+            QTest::newRow(name) << "de" << context << source << expected << expected << "";
+        };
+        de("log saved", "ondo::application_log", "Application logs saved", "Anwendungsprotokolle gespeichert");
+        de("clear log", "ondo::application_log", "Clear application logs", "Anwendungsprotokolle leeren");
+        de("clear question", "ondo::application_log", "Do you really want to clear the application logs?",
+           "Möchten Sie die Anwendungsprotokolle wirklich leeren?");
+        de("credits", "ondo::dialog_about", "Click here for 3rd party library information",
+           "Klicken Sie hier, um Informationen über Bibliotheken von Drittanbietern zu erhalten");
+        QTest::newRow("website en") << "en" << "ondo::dialog_about" << "Website:" << "Website:" << "Website:" << "";
+        de("website de", "ondo::dialog_about", "Website:", "Webseite:");
+        de("file dialog title", "MainWindow", "Select files", "Dateien auswählen");
+        de("camera column", "table_data_model", "Camera", "Kamera");
+        de("unknown camera", "camera", "Unknown camera", "Unbekannte Kamera");
+        de("same moment", "MainWindow", "Same moment", "Gleicher Moment");
+        de("clock from GPS", "MainWindow", "Set this camera's clock from GPS time", "Uhr dieser Kamera nach GPS-Zeit stellen");
+        de("menu", "MainWindow", "Set the correct time of this photo…", "Richtige Zeit dieses Fotos einstellen…");
+        de("not loaded", "MainWindow", "Not loaded", "Nicht geladen");
+        de("known-time dialog", "dialog_correct_time", "Correct time:", "Richtige Zeit:");
+        de("include companions", "MainWindow", "Include them", "Einbeziehen");
+        de("loaded files only", "MainWindow", "Only the loaded files", "Nur die geladenen Dateien");
+        de("sidecars", "run_note", "%1 and %2 changed.", "%1 und %2 geändert.");
+        de("usage", "command_line", "[FILE|FOLDER]...", "[DATEI|ORDNER]...");
+        de("Qt's wrong option", "QCommandLineParser", "Unknown option '%1'.", "Unbekannte Option '%1'.");
+        de("quit", "MainWindow", "Quit now", "Anwendung jetzt beenden");
+    }
+
+    void counted_texts()
+    {
+        QFETCH(QString, lang);
+        QFETCH(QString, context);
+        QFETCH(QString, source);
+        QFETCH(QString, one_start);
+        QFETCH(QString, two_start);
+        QFETCH(QString, also);
+        const test_support::installed_language catalogues(lang);
+        const bool counted = source.contains("%n");
+        const QString one = QCoreApplication::translate(context.toLatin1(), source.toUtf8(), nullptr, counted ? 1 : -1);
+        const QString two = QCoreApplication::translate(context.toLatin1(), source.toUtf8(), nullptr, counted ? 2 : -1);
+        QVERIFY2(one.startsWith(one_start), qPrintable(one));
+        QVERIFY2(two.startsWith(two_start), qPrintable(two));
+        QVERIFY2(one.contains(also) && two.contains(also), qPrintable(also));
+        if (!counted)
+            QCOMPARE(one, one_start);
+    }
+
+    // German speaks to the user with "Sie" everywhere: no "du", "dein" or familiar command.
+    void german_is_polite_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::newRow("application catalogue") << "resources/translations/de.ts";
+        QTest::newRow("toolkit catalogue") << "ondo_toolkit/translations/toolkit_de.ts";
+        QTest::newRow("help page") << "resources/help/index_de.html";
+        QTest::newRow("guide") << "resources/help/guide_de.html";
+    }
+
+    void german_is_polite()
+    {
+        QFETCH(QString, file);
+        const QString text = read_all(QFINDTESTDATA("../" + file));
+        QVERIFY2(!text.isEmpty(), qPrintable(file));
+        const QRegularExpression familiar("\\b(du|dich|dir|dein\\w*|[Kk]licke|[Dd]rücke|[Zz]iehe|[Ww]ähle|[Tt]rage)\\b",
+                                          QRegularExpression::UseUnicodePropertiesOption);
+        const QRegularExpressionMatch found = familiar.match(text);
+        QVERIFY2(!found.hasMatch(), qPrintable(found.captured(0) + " in " + file));
+    }
+
+    // The language dialog stores a choice at once, and nothing when nothing was chosen; after a new language a
+    // prompt keeps the program running by default (inside the event loop, so that a quit would have a loop to end).
+    void language_dialog_data()
+    {
+        QTest::addColumn<QString>("stored");
+        QTest::addColumn<QStringList>("selections");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("opening and closing stores nothing") << "" << QStringList() << "";
+        QTest::newRow("Deutsch is stored at once") << "" << QStringList{"Deutsch"} << "de";
+        QTest::newRow("fr shows English; there and back stores en") << "fr" << QStringList{"Deutsch", "English"} << "en";
+    }
+
+    void language_dialog()
+    {
+        QFETCH(QString, stored);
+        QFETCH(QStringList, selections);
+        QFETCH(QString, expected);
+        if (!stored.isEmpty())
+            QSettings().setValue("lang", stored);
+        window = test_support::open_main_window();
+        QString first_shown;
+        QSharedPointer<test_support::seen_box> settings, prompt;
+        QTimer::singleShot(0, window, [&]() {
+            settings = answer_next_box("close", [&](QDialog* dialog) {
+                auto* combo = dialog->findChild<QComboBox*>();
+                first_shown = combo->currentText();
+                for (const QString& selection : selections)
+                    combo->setCurrentIndex(combo->findText(selection));
+                prompt = answer_next_box("Continue working");
+            });
+            window->on_button_settings_clicked();
+            QTimer::singleShot(0, window, &QWidget::close);
+        });
+        QCOMPARE(QApplication::exec(), 0);
+        prompt->cancelled = true;
+
+        QVERIFY(settings->answered);
+        QCOMPARE(first_shown, QString("English"));
+        QCOMPARE(QSettings().contains("lang"), !stored.isEmpty() || !selections.isEmpty());
+        QCOMPARE(QSettings().value("lang").toString(), expected);
+        QCOMPARE(prompt->answered, expected != stored);
+        if (!prompt->answered)
+            return;
+        prompt->buttons.sort();
+        QCOMPARE(prompt->buttons, (QStringList{"Continue working", "Quit now"}));
+        QCOMPARE(prompt->default_button, QString("Continue working"));
+    }
+
+    // A fresh window in the stored language, from one start: its headers and drop picture; Ctrl+O's file dialog
+    // where the last load was, in Qt's own words, its labels readable and its detail columns fitting what they
+    // show; a counted question; the help page through a temporary file to the browser, the control key
+    // named as the platform names it, and with no URL handler and no launcher on PATH in a dark window of the
+    // program's own. French has no catalogue: English, counts included, and an empty page.
+    void the_window_speaks_the_language_data()
+    {
+        QTest::addColumn<QString>("lang");
+        QTest::addColumn<QStringList>("headers");
+        QTest::addColumn<QString>("question"); // its start
+        QTest::addColumn<QStringList>("dialog"); // title, load button's tip, look-in label, filter, open, cancel
+        QTest::addColumn<QStringList>("help");   // a part of the page, its title, the guide's title
+        const QStringList english{"Photos", "Recording Time", "New Recording Time"};
+        const QString early = "1 file would be assigned a recording time before";
+        QTest::newRow("en") << "en" << english << early
+            << QStringList{"Select files", "Load images", "Look in:", "Supported Files (*.", "Open", "Cancel"}
+            << QStringList{ctrl_en + " + O", "Help - Tavimo", "Introduction to Tavimo"};
+        QTest::newRow("de") << "de" << QStringList{"Foto", "Aufnahmezeitpunkt", "Neuer Aufnahmezeitpunkt"}
+            << "1 Datei würde eine Aufnahmezeit vor dem 1. Januar 1972"
+            << QStringList{"Dateien auswählen", "Bilder Laden", "Suchen in:", "Unterstützte Dateitypen (*.", "Öffnen",
+                           "Abbrechen"}
+            << QStringList{ctrl_de + " + Q oder Alt + F4", "Hilfe - Tavimo", "Einführung in Tavimo"};
+        QTest::newRow("fr") << "fr" << english << early << QStringList() << QStringList{"", "", ""};
+    }
+
+    void the_window_speaks_the_language()
+    {
+        QFETCH(QString, lang);
+        QFETCH(QString, question);
+        QFETCH(QStringList, dialog);
+        QFETCH(QStringList, help);
+        QSettings().setValue("lang", lang);
+        const test_support::installed_language catalogues(ondo::get_language_suffix("lang"));
+        QDir root(dir->path());
+        QVERIFY(root.mkpath("shots"));
+        const QString shots = root.filePath("shots");
+        make_tagged_photo(shots, "a.jpg", recorded);
+        make_tagged_photo(shots, "b.jpg", recorded);
+        QFile big(root.filePath("big.jpg"));
+        QVERIFY(big.open(QIODevice::WriteOnly) && big.write(QByteArray(10 * 1024 + 500, 'x')));
+        big.close();
+        QSettings().setValue("last_load_path", root.path());
+        const QString photo = make_tagged_photo(dir->path(), "early.jpg",
+            test_support::tag_map("ExifIFD:DateTimeOriginal=1960:06:21 18:30:05"));
+        make_window(true);
+
+        QStringList shown;
+        for (int column = 0; column < 3; ++column)
+            shown << table()->model()->headerData(column, Qt::Horizontal).toString();
+        QTEST(shown, "headers");
+        QVERIFY(window->findChild<QWidget*>("widget")->styleSheet().contains(QString("drop_images_here_%1.png").arg(lang)));
+
+        if (lang == "de" && !QFile::exists(ondo::qt_compat::translations_path() + "/qtbase_de.qm"))
+            qWarning("Qt's German catalogue (qttranslations5-l10n) is not installed: no German file dialog");
+        else if (!dialog.isEmpty()) {
+            QVERIFY(tip_button(dialog[1]));
+            QString opened, look_in, shown_filter;
+            QString name_box = "not looked at";
+            QStringList cut;
+            double contrast = 0; // of the least readable label
+            const auto seen = answer_next_box(dialog[4], [&](QDialog* box) {
+                auto* file_dialog = qobject_cast<QFileDialog*>(box);
+                opened = file_dialog->directory().absolutePath();
+                name_box = file_dialog->findChild<QLineEdit*>("fileNameEdit")->text();
+                look_in = file_dialog->findChild<QLabel*>("lookInLabel")->text();
+                shown_filter = file_dialog->selectedNameFilter();
+                auto* tree = file_dialog->findChild<QTreeView*>("treeView");
+                QAbstractItemModel* model = tree->model();
+                QTRY_COMPARE(model->rowCount(tree->rootIndex()), 3);
+                const QFontMetrics metrics(tree->font());
+                for (int row = 0; row < 3; ++row)
+                    for (int column : {1, 3}) {
+                        const QString text = model->index(row, column, tree->rootIndex()).data().toString();
+                        if (tree->header()->sectionSize(column) < metrics.horizontalAdvance(text) + 8)
+                            cut << text;
+                    }
+                const QImage shot = file_dialog->grab().toImage();
+                contrast = 21;
+                for (const char* label : {"lookInLabel", "fileNameLabel", "fileTypeLabel"}) {
+                    auto* w = file_dialog->findChild<QWidget*>(label);
+                    const QRect place(w->mapTo(file_dialog, QPoint()), w->size());
+                    contrast = qMin(contrast, text_contrast(shot.copy(place)));
+                }
+                file_dialog->setDirectory(shots);
+                file_dialog->findChild<QLineEdit*>("fileNameEdit")->setText("\"a.jpg\" \"b.jpg\"");
+            });
+            QTest::keyClick(window->findChild<QLineEdit*>("lineedit_year"), Qt::Key_O, Qt::ControlModifier);
+
+            QTRY_VERIFY(seen->answered);
+            QCOMPARE(seen->title, dialog[0]);
+            QVERIFY2(seen->buttons.contains(dialog[4]) && seen->buttons.contains(dialog[5]),
+                qPrintable(seen->buttons.join(", ")));
+            QCOMPARE(look_in, dialog[2]);
+            QVERIFY2(shown_filter.startsWith(dialog[3]), qPrintable(shown_filter.left(40)));
+            QVERIFY2(cut.isEmpty(), qPrintable(cut.join(", ")));
+            QVERIFY2(contrast >= 4.5, qPrintable(QString::number(contrast)));
+            QCOMPARE(name_box, QString());
+            QCOMPARE(opened, root.path());
+            QCOMPARE(column_texts(), QStringList({"a.jpg", "b.jpg"}));
+            QCOMPARE(QSettings().value("last_load_path").toString(), shots);
         }
+        const int rows = table()->model()->rowCount();
+        QVERIFY(test_support::drop_urls(window, {QUrl::fromLocalFile(photo)}));
+        QTRY_COMPARE(table()->model()->rowCount(), rows + 1);
+        const auto asked = answer_next_box(lang == "de" ? "Abbrechen" : "Abort");
+        window->on_button_fix_time_clicked();
+        QVERIFY(asked->answered);
+        QVERIFY2(asked->text.startsWith(question), qPrintable(asked->text));
+
+        catcher.urls.clear();
+        window->on_button_help_clicked();
+        const QString path = QDir::tempPath() + QString("/tavimo_help_%1.html").arg(lang);
+        QCOMPARE(catcher.urls.size(), 1);
+        QCOMPARE(catcher.urls.first().toString(QUrl::None), "file://" + path); // three slashes before /tmp
+        const QString text = read_all(path);
+        QVERIFY(help[0].isEmpty() ? text.isEmpty() : text.contains(help[0]));
+        for (const QString other : {"Cmd", "Ctrl", "Strg"})
+            QVERIFY2(other == ctrl_en || other == ctrl_de || !text.contains(other), qPrintable(other));
+        if (text.isEmpty())
+            return;
+
+        QDesktopServices::unsetUrlHandler("file");
+        const QByteArray search_path = qgetenv("PATH");
+        qputenv("PATH", dir->path().toLocal8Bit());
+        auto restore = qScopeGuard([&] {
+            qputenv("PATH", search_path);
+            QDesktopServices::setUrlHandler("file", &catcher, "open");
+        });
+        window->on_button_help_clicked();
+        window->on_button_help_clicked(); // the second shows the same window again
+        const QList<QTextBrowser*> browsers = window->findChildren<QTextBrowser*>("help_browser");
+        QCOMPARE(browsers.size(), 1);
+        QTextBrowser* browser = browsers.first();
+        QVERIFY(browser->isWindow());
+        QVERIFY(QTest::qWaitForWindowExposed(browser));
+        QCOMPARE(browser->source().toString(), "file://" + path);
+        QCOMPARE(browser->documentTitle() + " | " + browser->windowTitle(), help[1] + " | " + help[1]);
+
+        // Dark behind light text, in the browser's empty corner as on its page.
+        const QImage shot = browser->viewport()->grab().toImage();
+        for (const QPoint& at : {QPoint(2, 2), QPoint(shot.width() - 3, shot.height() - 3)})
+            QVERIFY2(qGray(shot.pixel(at)) < 60, qPrintable(QColor(shot.pixel(at)).name()));
+        QVERIFY(qGray(browser->palette().color(QPalette::Text).rgb()) > 160);
+
+        // The first link is the guide's; the keyboard reaches and follows it.
+        browser->setFocus();
+        QTest::keyClick(browser, Qt::Key_Tab);
+        QTest::keyClick(browser, Qt::Key_Return);
+        QCOMPARE(browser->source().fileName(), QString("tavimo_guide_%1.html").arg(lang));
+        QCOMPARE(browser->windowTitle(), help[2]);
+    }
+
+    // The settings dialog's language box takes the wheel as any combo box does; the gallery's
+    // boxes ignore it.
+    void combobox_wheel_data()
+    {
+        QTest::addColumn<bool>("ignore_wheel");
+        QTest::addColumn<int>("expected_index");
+        QTest::newRow("taking") << false << 2;
+        QTest::newRow("ignoring") << true << 1;
+    }
+
+    void combobox_wheel()
+    {
+        QFETCH(bool, ignore_wheel);
+        // The settings dialog's box is made with the plain constructor.
+        const std::unique_ptr<ondo::combobox> box(ignore_wheel ? new ondo::combobox(true, nullptr)
+                                                               : new ondo::combobox);
+        box->addItems({"a", "b", "c"});
+        box->setCurrentIndex(1);
+        box->show();
+        const QPoint centre = box->rect().center();
+        QWheelEvent wheel(centre, box->mapToGlobal(centre), QPoint(), QPoint(0, -120), Qt::NoButton, Qt::NoModifier,
+            Qt::NoScrollPhase, false);
+        QApplication::sendEvent(box.get(), &wheel);
+        QTEST(box->currentIndex(), "expected_index");
+    }
+
+    // An empty field's placeholder looks like the same text typed, in each state and after the
+    // sheet is built anew for a new border colour.
+    void lineedit_placeholder_data()
+    {
+        QTest::addColumn<bool>("enabled");
+        QTest::addColumn<bool>("restyled");
+        for (bool restyled : {false, true})
+            for (bool enabled : {true, false})
+                QTest::addRow("%s%s", enabled ? "enabled" : "disabled", restyled ? ", restyled" : "") << enabled << restyled;
+    }
+
+    void lineedit_placeholder()
+    {
+        QFETCH(bool, enabled);
+        QFETCH(bool, restyled);
+        ondo::lineedit typed;
+        typed.setText("0");
+        ondo::lineedit empty;
+        empty.setPlaceholderText("0");
+        for (ondo::lineedit* edit : {&typed, &empty}) {
+            edit->resize(60, 22);
+            edit->setEnabled(enabled);
+            edit->show();
+            QVERIFY(QTest::qWaitForWindowExposed(edit));
+            if (restyled) {
+                edit->border = QColor(200, 0, 0);
+                edit->update_style();
+            }
+        }
+        const QRgb text = lightest_inside(typed);
+        QVERIFY(qGray(text) > 90);
+        QCOMPARE(QColor(lightest_inside(empty)), QColor(text));
+    }
+
+    // Art takes the colours given at its own alpha; disabled art is half as opaque.
+    void recolour()
+    {
+        const QVector<QRgb> pixels{qRgba(10, 20, 30, 255), qRgba(200, 0, 0, 128), qRgba(0, 0, 0, 1), 0};
+        const QRgb normal = qRgb(129, 136, 133), light = qRgb(240, 241, 242);
+        ondo::button_dark::img_highlighter h;
+        h.normal = ondo::pixel_argb(normal);
+        h.highlight = ondo::pixel_argb(light);
+        QImage n(pixels.size(), 1, QImage::Format_ARGB32);
+        for (int x = 0; x < pixels.size(); ++x)
+            n.setPixel(x, 0, pixels[x]);
+        QImage hi = n, d = n;
+        h.create_images(n, hi, d);
+        for (int x = 0; x < pixels.size(); ++x) {
+            QCOMPARE(n.pixel(x, 0), with_alpha(normal, qAlpha(pixels[x])));
+            QCOMPARE(hi.pixel(x, 0), with_alpha(light, qAlpha(pixels[x])));
+            QCOMPARE(d.pixel(x, 0), with_alpha(normal, qAlpha(pixels[x]) >> 1)); // 1 becomes 0
+        }
+    }
+
+    // A warning's default button where none or an absent one is given; a question's relabelled yes, its
+    // default, and its window control taken for cancel (no buttons given: the question; no result: not
+    // looked at).
+    void message_box_data()
+    {
+        using box = QMessageBox;
+        QTest::addColumn<box::StandardButtons>("buttons");
+        QTest::addColumn<int>("default_button");
+        QTest::addColumn<QString>("answer");
+        QTest::addColumn<QString>("shown_default");
+        QTest::addColumn<int>("result");
+        QTest::newRow("none given, cancel first in mask order")
+            << (box::Cancel | box::Ok) << int(box::NoButton) << "close" << "OK" << -1;
+        QTest::newRow("none given, no accepting button")
+            << (box::No | box::Cancel) << int(box::NoButton) << "close" << "" << -1;
+        QTest::newRow("chosen one absent") << box::StandardButtons(box::Ok) << int(box::Cancel) << "close" << "" << -1;
+        QTest::newRow("relabelled yes")
+            << box::StandardButtons() << 0 << "Keep changes" << "Keep changes" << int(box::Yes);
+        QTest::newRow("window control on yes/no")
+            << box::StandardButtons() << 0 << "close" << "Keep changes" << int(box::Cancel);
+    }
+
+    void message_box()
+    {
+        QFETCH(QMessageBox::StandardButtons, buttons);
+        QFETCH(int, default_button);
+        QFETCH(QString, answer);
+        QFETCH(int, result);
+        auto seen = answer_next_box(answer);
+        const int got = buttons ? ondo::message_box::warning(nullptr, "Title", "Text", buttons,
+                                                             QMessageBox::StandardButton(default_button))
+                                : ondo::message_box::question(nullptr, "Fix", "Some files failed.", "Keep changes",
+                                                              "Undo Changes");
+        QVERIFY(seen->answered);
+        QTEST(seen->default_button, "shown_default");
+        if (result >= 0)
+            QCOMPARE(got, result);
+    }
+
+    // All three components come from this one repository, so they carry one revision; the
+    // versions stand in one column, whatever the length of the component's name.
+    void information_box_on_shortcut()
+    {
+        const QString revision = QString::fromStdString(git_version::version());
+        const QString versions = QString::fromStdString(git_version::versions_formatted());
+        QCOMPARE(versions, QString("Component: application\tVersion: %1\nComponent: ondo_infrastructure\tVersion: %1\n"
+                                   "Component: ondo_toolkit\tVersion: %1\n").arg(revision));
+        QWidget parent;
+        ondo::application_information_box::install(&parent, {{"b", "2"}, {"a", "1"}});
+        auto* shortcut = parent.findChild<QShortcut*>();
+        QVERIFY(shortcut);
+        QVector<qreal> columns; // where the text after each tab begins, per line
+        const auto seen = answer_next_box("OK", [&](QDialog* box) {
+            auto* label = box->findChild<QLabel*>("qt_msgbox_label");
+            const QTextDocument* document = label ? label->findChild<QTextDocument*>() : nullptr;
+            for (QTextBlock block = document ? document->begin() : QTextBlock(); block.isValid(); block = block.next())
+                if (block.text().startsWith("Component: ") && block.text().contains('\t'))
+                    columns << block.layout()->lineAt(0).cursorToX(block.text().indexOf('\t') + 1);
+        });
+        QMetaObject::invokeMethod(shortcut, "activated");
+        QCOMPARE(columns, QVector<qreal>(3, columns.value(0)));
+        QCOMPARE(seen->title, QString("Application Information"));
+        const QRegularExpression text("^OS: " + QRegularExpression::escape(QSysInfo::prettyProductName()) + "\nABI: "
+            + QRegularExpression::escape(QSysInfo::buildAbi()) + "\n(gcc|clang) Version: \"\\d+\\.\\d+\\.\\d+\"\n\n"
+            "Application: Tavimo\nVersion: 2\\.1\\.2\nBuild: [A-Z][a-z]{2} [ 1-3]\\d \\d{4} \\d\\d:\\d\\d:\\d\\d\n\n"
+            + QRegularExpression::escape(versions) + "\na:\t\t1\nb:\t\t2\n$");
+        QVERIFY2(text.match(seen->text).hasMatch(), qPrintable(seen->text));
+    }
+
+    // The about box with the build's revision, and the credits that its line opens to the left button alone.
+    void about_and_credits()
+    {
+        window = test_support::open_main_window();
+        QStringList about_texts, credits;
+        bool right_button_opened = false;
+        const auto about = answer_next_box("close", [&](QDialog* dialog) {
+            about_texts = label_texts(dialog);
+            answer_next_box("close", [&](QDialog* shown) { credits = label_texts(shown); });
+            auto* line = dialog->findChild<ondo::clickable_label*>();
+            QTest::mouseClick(line, Qt::RightButton);
+            right_button_opened = !credits.isEmpty();
+            if (!right_button_opened)
+                QTest::mouseClick(line, Qt::LeftButton);
+        });
+        window->on_button_about_clicked();
+        QVERIFY(about->answered && !right_button_opened);
+        const QString revision = QString::fromStdString(git_version::version());
+        QVERIFY(!revision.isEmpty());
+        QVERIFY2(about_texts.filter("(" + revision + ")").size() == 1, qPrintable(about_texts.join('|')));
+        QVERIFY(credits.contains(QString("Qt ") + qVersion()));
+    }
+
+    // The order of names in the table, with a collator that ignores case: numbers by value at any
+    // length, letters by the collator, and what it can't tell apart by UTF-16 value, so that no
+    // two names compare equal.
+    void natural_order_data()
+    {
+        QTest::addColumn<QString>("a");
+        QTest::addColumn<QString>("b");
+        QTest::newRow("photo_2 before photo_10") << "photo_2.jpg" << "photo_10.jpg";
+        QTest::newRow("case aside") << "iptc.jpg" << "Strand 01.jpg";
+        QTest::newRow("Ü beside U, before V") << "Ü.jpg" << "V.jpg";
+        QTest::newRow("21 digits don't wrap") << "x2" << "x100000000000000000001";
+        QTest::newRow("leading zeros by value") << "a002b" << "a10b";
+        QTest::newRow("upper before lower when all else is equal") << "A1.jpg" << "a1.jpg";
+    }
+
+    void natural_order()
+    {
+        QFETCH(QString, a);
+        QFETCH(QString, b);
+        QCollator collator{QLocale(QLocale::English)};
+        collator.setCaseSensitivity(Qt::CaseInsensitive);
+        QVERIFY(ondo::compare_qstring_naturally(a, b, collator) < 0);
+        QVERIFY(ondo::compare_qstring_naturally(b, a, collator) > 0);
+        QCOMPARE(ondo::compare_qstring_naturally(a, a, collator), 0);
+    }
+
+    void names_data()
+    {
+        QTest::addColumn<QString>("tags");
+        QTest::addColumn<bool>("shared");
+        QTest::addColumn<QString>("name");
+        QTest::newRow("maker in front") << "IFD0:Make=Apple;IFD0:Model=iPhone 12" << false << "Apple iPhone 12";
+        QTest::newRow("maker note's serial") << "IFD0:Make=Canon;IFD0:Model=Canon EOS 40D;Canon:InternalSerialNumber=H9876"
+                                             << true << "Canon EOS 40D …9876";
+        QTest::newRow("XMP's serial last") << "IFD0:Make=Canon;IFD0:Model=EOS R;XMP-aux:SerialNumber=55;Canon:SerialNumber=77"
+                                           << true << "Canon EOS R …77";
+        QTest::newRow("a movie's keys") << "Keys:Make=Apple;Keys:Model=iPhone 15 Pro" << false << "Apple iPhone 15 Pro";
+        QTest::newRow("none") << "ExifIFD:DateTimeOriginal=2017:06:21 18:30:05" << false << "Unknown camera";
+    }
+
+    void names()
+    {
+        QFETCH(QString, tags);
+        QFETCH(bool, shared);
+        const camera body = camera::of(test_support::tag_map(tags));
+        QTEST(body.name(shared), "name");
+        // The key names the same body again.
+        QCOMPARE(camera::from_key(body.key()).name(shared), body.name(shared));
+    }
+
+    void gps_stamps_data()
+    {
+        QTest::addColumn<QDateTime>("gps");
+        QTest::addColumn<bool>("usable");
+        QTest::newRow("an hour late") << recorded_at.addSecs(3600) << true;
+        QTest::newRow("zero: 1970") << QDateTime::fromSecsSinceEpoch(0, Qt::UTC) << false;
+        QTest::newRow("1989") << QDateTime(QDate(1989, 12, 31), QTime(23, 0), Qt::UTC) << false;
+        QTest::newRow("367 days away") << recorded_at.addDays(367) << false;
+        QTest::newRow("in the future") << QDateTime::currentDateTimeUtc().addDays(2) << false;
+    }
+
+    void gps_stamps()
+    {
+        QFETCH(QDateTime, gps);
+        QTEST(camera_clocks::gps_difference(gps, recorded_at, QDateTime::currentDateTimeUtc()).has_value(), "usable");
+    }
+
+    void estimates_data()
+    {
+        QTest::addColumn<QVector<qint64>>("differences");
+        QTest::addColumn<qint64>("median");
+        QTest::addColumn<qint64>("spread");
+        QTest::newRow("odd count") << QVector<qint64>{-3790, -3795, -3792} << qint64(-3792) << qint64(5);
+        QTest::newRow("even count") << QVector<qint64>{10, 14, 12, 100} << qint64(13) << qint64(90);
+    }
+
+    void estimates()
+    {
+        QFETCH(QVector<qint64>, differences);
+        const auto found = camera_clocks::estimate(differences);
+        QVERIFY(found);
+        QTEST(found->seconds, "median");
+        QTEST(found->spread, "spread");
+        QCOMPARE(found->photos, differences.size());
+    }
+
+    // The panel's offset first, then the camera's correction; a date alone moves by its days.
+    void offsets_add_up_data()
+    {
+        QTest::addColumn<qint64>("correction");
+        QTest::addColumn<bool>("date_only");
+        QTest::addColumn<QString>("moved");
+        QTest::newRow("clock") << qint64(-nikon_ahead) << false << "2017-07-21 17:26:53";
+        QTest::newRow("days and clock") << qint64(2 * 86400 + 60) << false << "2017-07-23 18:31:05";
+        QTest::newRow("date alone") << qint64(2 * 86400 + 60) << true << "2017-07-23 00:00:00";
+    }
+
+    void offsets_add_up()
+    {
+        QFETCH(qint64, correction);
+        QFETCH(bool, date_only);
+        time_offsets offsets;
+        offsets.set_panel({0, 1, 0, 0, 0, 0, false, 0.0});
+        offsets.set_correction("nikon", correction);
+        const QDateTime time(QDate(2017, 6, 21), date_only ? QTime(0, 0) : QTime(18, 30, 5), Qt::LocalTime);
+        QTEST(offsets.new_time("nikon", time, date_only, QDateTime()).toString("yyyy-MM-dd hh:mm:ss"), "moved");
+        QCOMPARE(offsets.new_time("canon", time, date_only, QDateTime()), time.addMonths(1));
+    }
+
+    // `before` cameras are loaded first: a new load leaves none of their rows behind.
+    void panel_has_one_row_per_camera_data()
+    {
+        QTest::addColumn<int>("before");
+        QTest::addColumn<int>("count");
+        for (int count : {0, 1, 2, 3, 6})
+            QTest::addRow("%d", count) << 0 << count;
+        QTest::newRow("3, then 2") << 3 << 2;
+        QTest::newRow("3, then 1") << 3 << 1;
+    }
+
+    void panel_has_one_row_per_camera()
+    {
+        QFETCH(int, before);
+        QFETCH(int, count);
+        time_offsets offsets;
+        cameras_panel panel(&offsets);
+        panel.set_cameras(summaries(before));
+        panel.set_cameras(summaries(count));
+        QCOMPARE(panel.isHidden(), count < 2);
+        if (count < 2)
+            return;
+        QVERIFY(QTest::qWaitForWindowExposed(&panel));
+        // One set of editors per camera, top to bottom in the order given.
+        QList<QSpinBox*> days = panel.findChildren<QSpinBox*>("correction_days");
+        std::sort(days.begin(), days.end(),
+                  [](QSpinBox* a, QSpinBox* b) { return a->mapToGlobal(QPoint()).y() < b->mapToGlobal(QPoint()).y(); });
+        QCOMPARE(days.size(), count);
+        for (int i = 0; i < count; ++i)
+            QCOMPARE(days.at(i)->property("camera").toString(), QString("cam%1").arg(i));
+    }
+
+    // A correction typed (days first) or set elsewhere (no `entered`) shows carried, in its own row alone.
+    void panel_corrections_data()
+    {
+        QTest::addColumn<parts>("entered");
+        QTest::addColumn<qint64>("seconds");
+        QTest::addColumn<parts>("shown");
+        QTest::newRow("every part back") << parts{-1, -2, -3, -4} << qint64(-93784) << parts{-1, -2, -3, -4};
+        QTest::newRow("mixed signs kept as typed") << parts{0, 1, -30, 0} << qint64(1800) << parts{0, 1, -30, 0};
+        QTest::newRow("90 minutes carry") << parts{0, 0, 90, 0} << qint64(5400) << parts{0, 1, 30, 0};
+        QTest::newRow("a step past 59 s") << parts{0, 0, 0, 60} << qint64(60) << parts{0, 0, 1, 0};
+        QTest::newRow("beyond the largest") << parts{3650, 23, 59, 99} << qint64(3650 * 86400LL + 86399)
+                                            << parts{3650, 23, 59, 59};
+        QTest::newRow("from outside, back 1 h 3 min 12 s") << parts() << qint64(-3792) << parts{0, -1, -3, -12};
+        QTest::newRow("from outside, a day back") << parts() << qint64(-86400) << parts{-1, 0, 0, 0};
+    }
+
+    void panel_corrections()
+    {
+        QFETCH(parts, entered);
+        QFETCH(qint64, seconds);
+        time_offsets offsets;
+        cameras_panel panel(&offsets);
+        panel.set_cameras(summaries(2));
+        QVERIFY(QTest::qWaitForWindowExposed(&panel));
+        offsets.set_correction("cam0", 120);
+        QSignalSpy changes(&offsets, &time_offsets::changed);
+        if (entered.isEmpty())
+            offsets.set_correction("cam1", seconds);
+        for (int i = 0; i < entered.size(); ++i)
+            in_row<QSpinBox>(panel, "cam1", editor_names[i])->setValue(entered.at(i));
+        if (entered.isEmpty())
+            QCOMPARE(changes.count(), 1);
+        QCOMPARE(offsets.correction("cam1"), seconds);
+        QTEST(shown(panel, "cam1"), "shown");
+        QCOMPARE(offsets.correction("cam0"), qint64(120));
+        QCOMPARE(shown(panel, "cam0"), (parts{0, 0, 2, 0}));
+
+        QTest::mouseClick(in_row<QToolButton>(panel, "cam1", "correction_clear"), Qt::LeftButton);
+        QCOMPARE(offsets.correction("cam1"), qint64(0));
+        QCOMPARE(shown(panel, "cam1"), (parts{0, 0, 0, 0}));
+        QCOMPARE(offsets.correction("cam0"), qint64(120));
+        offsets.clear_corrections();
+        QCOMPARE(shown(panel, "cam0"), (parts{0, 0, 0, 0}));
+    }
+
+    void panel_gps_line_data()
+    {
+        QTest::addColumn<int>("estimated");
+        QTest::addColumn<gps_estimate>("gps");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("first") << 0 << gps_estimate{3782, 12, 3} << "GPS: +1 h 3 min 2 s, 12 photos, spread 3 s";
+        QTest::newRow("second, hours of spread")
+            << 1 << gps_estimate{-172805, 4, 3725} << "GPS: \u22122 d 0 h 0 min 5 s, 4 photos, spread 1 h 2 min 5 s";
+    }
+
+    void panel_gps_line()
+    {
+        QFETCH(int, estimated);
+        QFETCH(gps_estimate, gps);
+        QFETCH(QString, expected);
+        time_offsets offsets;
+        cameras_panel panel(&offsets);
+        QList<camera_summary> list = summaries(2);
+        list[estimated].gps = gps;
+        panel.set_cameras(list);
+        for (int i = 0; i < 2; ++i) {
+            const QLabel* line = in_row<QLabel>(panel, list.at(i).key, "gps_estimate");
+            QCOMPARE(line ? line->text() : QString(), i == estimated ? expected : QString());
+        }
+    }
+
+    void timeline_has_one_lane_per_camera_data()
+    {
+        QTest::addColumn<int>("cameras");
+        for (int cameras : {1, 2, 3, 5})
+            QTest::addRow("%d", cameras) << cameras;
+    }
+
+    void timeline_has_one_lane_per_camera()
+    {
+        QFETCH(int, cameras);
+        QVector<timeline_lane> lanes;
+        for (int i = 0; i < cameras; ++i)
+            lanes << lane(QStringLiteral("Camera %1").arg(i), {double(i), i + 2.5, 9});
+        camera_timeline timeline;
+        QCOMPARE(marks(show(timeline, lanes)).size(), cameras);
+    }
+
+    // The first camera's photos fix the axis; the shifted mark moves by its shift, its old place stays faint.
+    void timeline_marks_follow_the_shift_data()
+    {
+        QTest::addColumn<qint64>("shift");
+        QTest::newRow("later") << 5 * hour;
+        QTest::newRow("earlier") << -2 * hour;
+    }
+
+    void timeline_marks_follow_the_shift()
+    {
+        QFETCH(qint64, shift);
+        camera_timeline timeline;
+        const QImage before = show(timeline, {lane("A", {0, 10}), lane("B", {3})});
+        const QVector<int> rows = marks(before);
+        QCOMPARE(rows.size(), 2);
+        const QVector<int> frame = marks(before, rows.at(0));
+        const QVector<int> old_place = marks(before, rows.at(1));
+        QCOMPARE(frame.size(), 2);
+        QCOMPARE(old_place.size(), 1);
+
+        timeline.set_shifts({0, shift});
+        const QImage after = timeline.grab().toImage();
+        QCOMPARE(marks(after, rows.at(0)), frame);
+        const QVector<int> new_place = marks(after, rows.at(1));
+        QCOMPARE(new_place.size(), 1);
+        const double expected = old_place.at(0) + double(shift) / (10 * hour) * (frame.at(1) - frame.at(0));
+        QVERIFY(qAbs(new_place.at(0) - expected) <= 2);
+        QVERIFY(faint(after.pixel(old_place.at(0), rows.at(1))));
+    }
+
+    void timeline_click_names_the_photo_data()
+    {
+        QTest::addColumn<qint64>("shift");
+        QTest::addColumn<int>("lane");
+        QTest::addColumn<int>("mark_lane"); // whose mark the click's column comes from
+        QTest::addColumn<int>("mark");
+        QTest::addColumn<int>("dx");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("on a mark") << qint64(0) << 0 << 0 << 1 << 0 << "A1";
+        QTest::newRow("just right of a mark") << qint64(0) << 1 << 1 << 1 << 3 << "B1";
+        QTest::newRow("just left of a mark") << qint64(0) << 0 << 0 << 0 << -3 << "A0";
+        QTest::newRow("well beside a mark") << qint64(0) << 1 << 1 << 1 << 12 << "";
+        QTest::newRow("under another camera's mark") << qint64(0) << 1 << 0 << 1 << 0 << "";
+        QTest::newRow("on a shifted mark") << hour << 1 << 1 << 0 << 0 << "B0";
+    }
+
+    void timeline_click_names_the_photo()
+    {
+        QFETCH(qint64, shift);
+        QFETCH(int, lane);
+        QFETCH(int, mark_lane);
+        QFETCH(int, mark);
+        QFETCH(int, dx);
+        QFETCH(QString, expected);
+        camera_timeline timeline;
+        show(timeline, {::lane("A", {0, 5, 10}), ::lane("B", {2, 8})});
+        timeline.set_shifts({0, shift});
+        QVERIFY(QTest::qWaitForWindowExposed(&timeline));
+        const QImage image = timeline.grab().toImage();
+        const QVector<int> rows = marks(image);
+        QCOMPARE(rows.size(), 2);
+        QSignalSpy spy(&timeline, &camera_timeline::mark_clicked);
+        QTest::mouseClick(&timeline, Qt::LeftButton, Qt::NoModifier,
+                          QPoint(marks(image, rows.at(mark_lane)).value(mark, -100) + dx, rows.at(lane)));
+        QCOMPARE(spy.count(), expected.isEmpty() ? 0 : 1);
+        if (!expected.isEmpty())
+            QCOMPARE(spy.at(0).at(0).toString(), expected);
+    }
+
+    // Two bodies of one Canon model, and a Nikon 1 h 3 min 12 s ahead whose files carry GPS time.
+    void a_trip_on_three_cameras()
+    {
+        const QString canon = "IFD0:Make=Canon;IFD0:Model=Canon EOS 40D;ExifIFD:SerialNumber=";
+        const QString nikon = "IFD0:Make=NIKON CORPORATION;IFD0:Model=NIKON D70;ExifIFD:DateTimeOriginal=";
+        auto gps = [this](qint64 seconds) {
+            const QDateTime utc = base.addSecs(seconds).toUTC();
+            return QString(";GPS:GPSDateStamp=%1;GPS:GPSTimeStamp=%2").arg(utc.toString("yyyy:MM:dd"), utc.toString("hh:mm:ss"));
+        };
+        const QList<QPair<QString, QString>> files = {
+            {"canon_1.jpg", canon + "1111;ExifIFD:DateTimeOriginal=" + at(base, 0)},
+            {"canon_2.jpg", canon + "1111;ExifIFD:DateTimeOriginal=" + at(base, 60)},
+            {"canon_3.jpg", canon + "2222;ExifIFD:DateTimeOriginal=" + at(base, 120)},
+            {"nikon_1.jpg", nikon + at(base, nikon_ahead) + gps(0)},
+            {"nikon_2.jpg", nikon + at(base, 60 + nikon_ahead) + gps(60)},
+            // A receiver without a fix writes the epoch.
+            {"nikon_3.jpg", nikon + at(base, 300 + nikon_ahead) + ";GPS:GPSDateStamp=1970:01:01;GPS:GPSTimeStamp=00:00:00"},
+        };
+        QStringList paths;
+        for (const auto& [name, tags] : files)
+            paths << test_support::make_tagged_photo(dir->path(), name, test_support::tag_map(tags));
+        window = test_support::open_main_window();
+        window->load_files(paths);
+        QCOMPARE(column_texts(3), (QStringList{"Canon EOS 40D …1111", "Canon EOS 40D …1111", "Canon EOS 40D …2222",
+                                              "NIKON D70", "NIKON D70", "NIKON D70"}));
+        QVERIFY(window->findChild<QWidget*>("cameras_area")->isVisible());
+        table()->sortByColumn(3, Qt::DescendingOrder);
+        QCOMPARE(column_texts(0), (QStringList{"nikon_3.jpg", "nikon_2.jpg", "nikon_1.jpg", "canon_3.jpg", "canon_2.jpg",
+                                               "canon_1.jpg"}));
+        QCOMPARE(table()->horizontalHeader()->sortIndicatorSection(), 3);
+        table()->sortByColumn(3, Qt::AscendingOrder);
+        QCOMPARE(column_texts(3).first(), QString("Canon EOS 40D …1111"));
+        const auto listings = test_support::listings(dir->path());
+
+        // canon_2 and nikon_2 were taken at one moment.
+        select_pair("canon_2.jpg", "nikon_2.jpg");
+        action("action_same_moment")->trigger();
+        QCOMPARE(offsets()->correction(nikon_key()), -nikon_ahead);
+        QCOMPARE(new_time("nikon_1.jpg"), at(base, 0));
+        QCOMPARE(new_time("canon_1.jpg"), at(base, 0));
+
+        // The GPS time gives the same, the 1970 stamp aside.
+        offsets()->clear_corrections();
+        select_pair("nikon_3.jpg", "nikon_3.jpg");
+        QVERIFY(action("action_camera_from_gps")->isEnabled());
+        action("action_camera_from_gps")->trigger();
+        QCOMPARE(offsets()->correction(nikon_key()), -nikon_ahead);
+
+        // The panel's offset adds to every camera.
+        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_minute"), "10");
+        QCOMPARE(new_time("nikon_1.jpg"), at(base, 600));
+        QCOMPARE(new_time("canon_3.jpg"), at(base, 2 * 60 + 600));
+
+        // The known time of one photo sets its camera's clock alone, and leaves the panel's offset.
+        offsets()->clear_corrections();
+        select_pair("nikon_1.jpg", "nikon_1.jpg");
+        const QDateTime truth = QDateTime::fromString(at(base, 600), "yyyy:MM:dd hh:mm:ss");
+        auto seen = test_support::answer_next_box("OK", [&](QDialog* dialog) {
+            dialog->findChild<QDateTimeEdit*>()->setDate(truth.date());
+            dialog->findChild<QDateTimeEdit*>()->setTime(truth.time());
+        });
+        QTest::keyClick(table(), Qt::Key_F2);
+        QTRY_VERIFY(seen->answered);
+        QCOMPARE(new_time("nikon_1.jpg"), at(base, 600));
+        QCOMPARE(offsets()->correction(nikon_key()), -nikon_ahead);
+        QCOMPARE(new_time("canon_1.jpg"), at(base, 600));
+        QCOMPARE(window->findChild<QLineEdit*>("lineedit_minute")->text(), QString("10"));
+
+        QStringList expected;
+        for (const QString& path : paths)
+            expected << new_time(QFileInfo(path).fileName());
+        tip_button(test_support::fix_tip)->click();
+        for (int i = 0; i < paths.size(); ++i)
+            QCOMPARE(test_support::read_back(paths[i])["ExifIFD:DateTimeOriginal"], expected[i]);
+        tip_button(test_support::undo_tip)->click();
+        QCOMPARE(test_support::listings(dir->path()), listings);
     }
 
 private:
@@ -397,6 +1493,29 @@ private:
         QApplication::sendEvent(qApp, &event);
     }
     QString field(const char* name) const { return window->findChild<QLineEdit*>(name)->text(); }
+    const QDateTime recorded_at = QDateTime(QDate(2017, 6, 21), QTime(18, 30, 5), Qt::UTC);
+    const QDateTime base = QDateTime(QDate(2017, 6, 21), QTime(18, 30, 5), Qt::LocalTime);
+    table_data_model* model() const { return static_cast<table_data_model*>(table()->model()); }
+    time_offsets* offsets() const { return model()->offsets; }
+    QAction* action(const QString& name) const { return window->findChild<QAction*>(name); }
+    QString nikon_key() const { return model()->camera_key(dir->filePath("nikon_1.jpg")); }
+    int row_named(const QString& name) const { return model()->files.indexOf(dir->filePath(name)); }
+    QString new_time(const QString& name) const
+    {
+        return model()->get_offset_dt(dir->filePath(name)).toString("yyyy:MM:dd hh:mm:ss");
+    }
+    // Selects both rows, the second one current: the one whose camera is set.
+    void select_pair(const QString& other, const QString& current)
+    {
+        auto* selection = table()->selectionModel();
+        selection->clearSelection();
+        const auto rows = QItemSelectionModel::Select | QItemSelectionModel::Rows;
+        selection->select(model()->index(row_named(other), 0), rows);
+        selection->setCurrentIndex(model()->index(row_named(current), 0), rows);
+        table()->setFocus();
+    }
+    QTemporaryDir temp;
+    url_catcher catcher;
 };
 
 int main(int argc, char** argv)
@@ -405,6 +1524,7 @@ int main(int argc, char** argv)
     qputenv("TZ", "Europe/Berlin");
     test_support::use_private_settings();
     ondo::application<MainWindow> app(argc, argv);
+    QCoreApplication::setApplicationVersion("2.1.2");
     tst_main_window test;
     return QTest::qExec(&test, argc, argv);
 }

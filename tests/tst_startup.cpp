@@ -1,43 +1,160 @@
 #include "processes.h"
 #include "test_support.h"
 
+#include <ondo/language.h>
+#include <ondo/message_handler.h>
+
 #include <QFileInfo>
+#include <QLibraryInfo>
 #include <QProcess>
 #include <QSettings>
+#include <QStandardPaths>
 #include <QTemporaryDir>
+#include <QThread>
 #include <QtTest>
 
 #include <csignal>
+#include <functional>
+#include <iostream>
+#include <sstream>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
 
 using test_support::child_of;
 using test_support::is_running;
 
+namespace {
+
+const char* pattern = "%{time hh:mm:ss.zzz} %{if-category}%{category}: %{endif}%{message}";
+
+// What the handler writes to the standard output and error streams while `log` runs.
+QStringList capture(const std::function<void()>& log)
+{
+    std::stringstream out, err;
+    std::streambuf* old_out = std::cout.rdbuf(out.rdbuf());
+    std::streambuf* old_err = std::cerr.rdbuf(err.rdbuf());
+    log();
+    std::cout.rdbuf(old_out);
+    std::cerr.rdbuf(old_err);
+    return {QString::fromStdString(out.str()), QString::fromStdString(err.str())};
+}
+
+// This program again as a child, with `vars` set and `removed` unset, run to its end.
+void run_again(QProcess& child, const QMap<QString, QString>& vars, const QStringList& removed)
+{
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    for (const QString& name : removed)
+        env.remove(name);
+    for (auto it = vars.begin(); it != vars.end(); ++it)
+        env.insert(it.key(), it.value());
+    child.setProcessEnvironment(env);
+    child.start(QCoreApplication::applicationFilePath(), QStringList());
+    QVERIFY(child.waitForFinished(30000));
+}
+
+} // namespace
+
+// The process before and around its window: the message handler and the language, which a fatal
+// message or the system locale (read once per process) make cases for this program run again as a
+// child; the program's start with and without a display, its command line, its end mid-run, and a
+// session under a Wayland compositor.
 class tst_startup : public QObject {
     Q_OBJECT
 
 private slots:
-    // The driver closes the window after 1.5 s; with no file open, no ExifTool starts.
-    void stays_up_until_closed_without_exiftool()
+    void init() { qSetMessagePattern(pattern); }
+    void cleanup() { ondo::install_qt_message_handler(false, false); }
+
+    void lines_data()
     {
-        QTemporaryDir dir;
-        QVERIFY(QDir(dir.path()).mkdir("runtime"));
-        QFile(dir.filePath("runtime")).setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
-        QProcess program;
-        test_support::launch(program, "tavimo_close_soon", dir.path(),
-            {{"TAVIMO_TEST_CLOSE_AFTER_MS", "1500"}, {"XDG_RUNTIME_DIR", dir.filePath("runtime")}});
-        QVERIFY(!program.waitForFinished(1000));
-        QCOMPARE(child_of(program.processId()), qint64(0));
-        QVERIFY(program.waitForFinished(30000));
-        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
-        QCOMPARE(program.exitCode(), 0);
-        const QString out = QString::fromUtf8(program.readAllStandardOutput());
-        QVERIFY2(out.contains("visible: MainWindow 800x700"), qPrintable(out));
-        const QString log = out + QString::fromUtf8(program.readAllStandardError());
-        QVERIFY2(!log.contains("Warning:") && !log.contains("Critical:"), qPrintable(log));
+        QTest::addColumn<QString>("message");
+        QTest::addColumn<bool>("printed");
+        QTest::newRow("plain") << "disk full" << true;
+        QTest::newRow("libpng's sRGB warning") << "libpng warning: iCCP: known incorrect sRGB profile" << false;
+        QTest::newRow("trailing blank") << "libpng warning: iCCP: known incorrect sRGB profile " << true;
+    }
+
+    // Warnings go to cout, criticals to cerr, each with its time stamp and without its context.
+    void lines()
+    {
+        QFETCH(QString, message);
+        QFETCH(bool, printed);
+        ondo::install_qt_message_handler(true, false);
+        const QStringList streams = capture([&] {
+            QMessageLogger("photo.cpp", 42, "void load()").warning().noquote() << message;
+            QMessageLogger("photo.cpp", 42, "void load()").critical().noquote() << message;
+        });
+        const QString line = "\\d\\d:\\d\\d:\\d\\d\\.\\d\\d\\d " + QRegularExpression::escape(message) + "\n$";
+        const QStringList expected{printed ? "^Warning: " + line : "\\A\\z", printed ? "^Critical: " + line : "\\A\\z"};
+        for (int i = 0; i < 2; ++i)
+            QVERIFY2(QRegularExpression(expected[i]).match(streams[i]).hasMatch(), qPrintable(streams[i]));
+    }
+
+    // A fatal message is printed once and aborts, with a box only where one can be shown: never
+    // off the GUI thread, under a plain QCoreApplication, or from QApplication's constructor when
+    // the platform can't come up (xcb with no display). A box there would crash the program.
+    void fatal_prints_and_aborts_data()
+    {
+        QTest::addColumn<QString>("child");
+        QTest::addColumn<QString>("platform");
+        QTest::addColumn<QString>("line");
+        QTest::newRow("worker thread") << "worker" << "offscreen" << "^Fatal: .* worker gave up \\(.*worker_body\\(\\)\\)$";
+        QTest::newRow("plain core application") << "core" << "offscreen" << "^Fatal: .* core gave up \\(.*core_body\\(\\)\\)$";
+        QTest::newRow("no display for the platform") << "platform" << "xcb" << "^Fatal: .* no Qt platform plugin could be initialized";
+    }
+
+    void fatal_prints_and_aborts()
+    {
+        QFETCH(QString, child);
+        QFETCH(QString, platform);
+        QFETCH(QString, line);
+        QProcess started;
+        run_again(started, {{"QT_QPA_PLATFORM", platform}, {"TST_FATAL_CHILD", child}}, {"DISPLAY", "WAYLAND_DISPLAY"});
+        QCOMPARE(started.exitStatus(), QProcess::CrashExit);
+        // On Unix a crashed child's exit code is the signal that ended it: Qt's abort, not a
+        // segmentation fault in a box.
+        QCOMPARE(started.exitCode(), int(SIGABRT));
+        const QString err = QString::fromUtf8(started.readAllStandardError());
+        // Qt may warn about its runtime folder before the handler is installed; nothing else may
+        // appear but the one fatal line (Qt's own runs on over a few lines).
+        const QStringList lines = err.split('\n', Qt::SkipEmptyParts).filter(QRegularExpression("^(?!QStandardPaths:)"));
+        QVERIFY2(!lines.isEmpty() && QRegularExpression(line).match(lines.first()).hasMatch(), qPrintable(err));
+        QCOMPARE(err.count("Fatal: "), 1);
+        if (child != "platform")
+            QCOMPARE(lines.size(), 1);
+    }
+
+    void language_suffix_data()
+    {
+        QTest::addColumn<QString>("system_locale");
+        QTest::addColumn<QString>("stored");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("German system") << "de_DE.UTF-8" << "" << "de";
+        QTest::newRow("French system: in the table, not offered") << "fr_FR.UTF-8" << "" << "en";
+        QTest::newRow("fr set by hand") << "de_DE.UTF-8" << "fr" << "fr";
+    }
+
+    // Each case with a settings store of its own.
+    void language_suffix()
+    {
+        QFETCH(QString, system_locale);
+        QFETCH(QString, stored);
+        QTemporaryDir config;
+        const QString store = config.filePath("Velmora/Tavimo.conf");
+        if (!stored.isEmpty())
+            QSettings(store, QSettings::IniFormat).setValue("lang", stored);
+        QProcess child;
+        run_again(child, {{"TAVIMO_PRINT_LANGUAGE", "1"}, {"LC_ALL", system_locale}, {"XDG_CONFIG_HOME", config.path()}},
+                  {"LANGUAGE"});
+        QTEST(QString::fromUtf8(child.readAllStandardOutput()).trimmed(), "expected");
+        // The answer is never written back.
+        QCOMPARE(QSettings(store, QSettings::IniFormat).value("lang").toString(), stored);
     }
 
     // A shell with no display (`platform` alone set): the command line is read first and needs none; then
     // the program says so in its language and ends before Qt looks for a display, which would abort.
+    // Offscreen, the window stays up, quiet, until closed, and with no file open no ExifTool starts.
     void without_a_display_data()
     {
         QTest::addColumn<QString>("program");
@@ -65,8 +182,9 @@ private slots:
         row("xcb on the command line", "tavimo", "offscreen", {"-platform", "xcb"}, "en", 1, "", english);
         row("German", "tavimo", "", {}, "de", 1, "",
             "Tavimo benötigt eine grafische Anzeige: keine gefunden (DISPLAY und WAYLAND_DISPLAY sind nicht gesetzt).\n");
-        row("offscreen named", "tavimo_close_soon", "offscreen", {}, "en", 0, "", "");
-        row("offscreen on the command line", "tavimo_close_soon", "", {"-platform", "offscreen"}, "en", 0, "", "");
+        const char* window = "visible: MainWindow 800x700";
+        row("offscreen named", "tavimo_close_soon", "offscreen", {}, "en", 0, window, "");
+        row("offscreen on the command line", "tavimo_close_soon", "", {"-platform", "offscreen"}, "en", 0, window, "");
     }
 
     void without_a_display()
@@ -79,6 +197,8 @@ private slots:
         test_support::fake_perl perl;
         QTemporaryDir dir;
         QSettings(dir.filePath("home/.config/Velmora/Tavimo.conf"), QSettings::IniFormat).setValue("lang", lang);
+        const QString runtime = dir.filePath("runtime");
+        QVERIFY(QDir().mkpath(runtime) && ::chmod(QFile::encodeName(runtime).constData(), 0700) == 0);
 
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
@@ -87,7 +207,8 @@ private slots:
             env.insert("QT_QPA_PLATFORM", platform);
         env.insert("HOME", dir.filePath("home"));
         env.insert("XDG_CONFIG_HOME", dir.filePath("home/.config"));
-        env.insert("TAVIMO_TEST_CLOSE_AFTER_MS", "300");
+        env.insert("XDG_RUNTIME_DIR", runtime);
+        env.insert("TAVIMO_TEST_CLOSE_AFTER_MS", "1000");
         // No bus, so that no copy elsewhere on this machine takes the names.
         env.insert("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
         QProcess started;
@@ -99,7 +220,7 @@ private slots:
         QCOMPARE(started.exitStatus(), QProcess::NormalExit);
         QTEST(started.exitCode(), "exit_code");
         const QString printed = QString::fromUtf8(started.readAllStandardOutput());
-        QVERIFY2(printed.contains(out), qPrintable(printed));
+        QVERIFY2(printed.contains(out) && !printed.contains("Warning:"), qPrintable(printed));
         QTEST(QString::fromUtf8(started.readAllStandardError()), "err");
         QVERIFY(perl.starts().isEmpty());
     }
@@ -151,7 +272,86 @@ private slots:
         const QString times = test_support::run(TAVIMO_EXIFTOOL_SCRIPT, QStringList{"-s3", "-ExifIFD:DateTimeOriginal"} + paths);
         QCOMPARE(times.count("2017:06:21 19:30:05"), paths.size());
     }
+
+    // Weston's headless backend has no seat: every key comes from the driver. The program loads a photo,
+    // types an offset, fixes, undoes and quits, and the photo ends as it began.
+    void a_session_under_a_headless_compositor()
+    {
+        const QString weston = QStandardPaths::findExecutable("weston");
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+        const QString plugins = QLibraryInfo::path(QLibraryInfo::PluginsPath);
+#else
+        const QString plugins = QLibraryInfo::location(QLibraryInfo::PluginsPath);
+#endif
+        const QString plugin = plugins + "/platforms/libqwayland-generic.so";
+        if (weston.isEmpty() || !QFileInfo::exists(plugin))
+            QSKIP("weston or Qt's Wayland platform plugin is not installed");
+        QTemporaryDir dir;
+        const QString runtime = dir.filePath("runtime");
+        QVERIFY(QDir().mkpath(runtime) && ::chmod(QFile::encodeName(runtime).constData(), 0700) == 0);
+        QProcess compositor;
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert("XDG_RUNTIME_DIR", runtime);
+        compositor.setProcessEnvironment(env);
+        compositor.start(weston, {"--backend=headless-backend.so", "--socket=tavimo-test", "--idle-time=0"});
+        QVERIFY(compositor.waitForStarted());
+        const auto stop = qScopeGuard([&compositor] {
+            compositor.terminate();
+            if (!compositor.waitForFinished(5000))
+                compositor.kill();
+        });
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(runtime + "/tavimo-test"), 10000);
+
+        const QString photo = test_support::photos(dir.path(), 1).first();
+        test_support::run(TAVIMO_EXIFTOOL_SCRIPT, {"-q", "-overwrite_original", "-ExifIFD:DateTimeOriginal=2017:06:21 18:30:05", photo});
+        const QStringList listing = test_support::listing(photo);
+        QProcess program;
+        program.setProcessChannelMode(QProcess::MergedChannels);
+        test_support::launch(program, "tavimo_look", dir.path(),
+                             {{"QT_QPA_PLATFORM", "wayland"}, {"XDG_RUNTIME_DIR", runtime}, {"WAYLAND_DISPLAY", "tavimo-test"},
+                              {"TAVIMO_LOOK_FILES", photo}, {"TAVIMO_LOOK_HOURS", "1"}, {"TAVIMO_LOOK_PRESS", "fix"},
+                              {"TAVIMO_LOOK_THEN", "undo"}, {"TAVIMO_LOOK_QUIT_AFTER_MS", "5000"}});
+        QVERIFY(program.waitForFinished(60000));
+        const QString out = QString::fromUtf8(program.readAll());
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QVERIFY2(program.exitCode() == 0, qPrintable(out));
+        QVERIFY2(out.contains("Fix run ended: 1 written") && out.contains("Undo run ended: 1 restored"), qPrintable(out));
+        QCOMPARE(test_support::listing(photo), listing);
+    }
 };
 
-QTEST_GUILESS_MAIN(tst_startup)
+int main(int argc, char** argv)
+{
+    if (qEnvironmentVariableIsSet("TAVIMO_PRINT_LANGUAGE")) {
+        QCoreApplication app(argc, argv);
+        QCoreApplication::setOrganizationName("Velmora");
+        QCoreApplication::setApplicationName("Tavimo");
+        std::cout << ondo::get_language_suffix("lang").toStdString() << std::endl;
+        return 0;
+    }
+    const QByteArray child = qgetenv("TST_FATAL_CHILD");
+    if (!child.isEmpty()) {
+        // The aborts are expected; no core file for them.
+        const rlimit no_core{0, 0};
+        setrlimit(RLIMIT_CORE, &no_core);
+        qSetMessagePattern(pattern);
+        ondo::install_qt_message_handler(true, false);
+        if (child == "platform") {
+            QApplication app(argc, argv); // not returned from: no display for xcb
+        } else if (child == "core") {
+            QCoreApplication app(argc, argv);
+            QMessageLogger(__FILE__, __LINE__, "core_body()").fatal("core gave up");
+        } else { // from a thread that is not the GUI thread
+            QApplication app(argc, argv);
+            QThread* worker = QThread::create([] { QMessageLogger(__FILE__, __LINE__, "worker_body()").fatal("worker gave up"); });
+            worker->start();
+            worker->wait(); // not returned from: Qt aborts after a fatal message
+        }
+        return 0;
+    }
+    QCoreApplication app(argc, argv);
+    tst_startup test;
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "tst_startup.moc"

@@ -3,14 +3,12 @@
 // TAVIMO_LOOK_PRESS names (or with "correct" opens the first row's correct-time dialog), a second
 // one that TAVIMO_LOOK_THEN names a second and a half later, and after
 // TAVIMO_LOOK_QUIT_AFTER_MS refuses the open box and closes the window, so that ExifTool ends
-// with it. With TAVIMO_LOOK_GRAB it saves a picture of the main window there, 100 ms before the
-// close (or after 5 s), also where no screenshot tool is at hand.
+// with it.
 #include <QAction>
 #include <QApplication>
 #include <QFileOpenEvent>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMainWindow>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTableView>
@@ -71,12 +69,6 @@ static void look()
             });
     });
     const int quit_after = qEnvironmentVariableIntValue("TAVIMO_LOOK_QUIT_AFTER_MS");
-    if (qEnvironmentVariableIsSet("TAVIMO_LOOK_GRAB"))
-        QTimer::singleShot(quit_after > 200 ? quit_after - 100 : 5000, qApp, [] {
-            for (QWidget* w : QApplication::topLevelWidgets())
-                if (qobject_cast<QMainWindow*>(w) && w->isVisible())
-                    w->grab().save(qEnvironmentVariable("TAVIMO_LOOK_GRAB"));
-        });
     if (quit_after > 0)
         QTimer::singleShot(quit_after, qApp, [] {
             if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
