@@ -186,9 +186,9 @@ QString with_times(QString text)
     return text.replace("#", "2017:06:21 18:30:05").replace("@", "2017:06:21 19:30:05");
 }
 
-QString make_file(const QString& dir, const QString& spec)
+QString make_file(const QString& dir, const QString& recipe)
 {
-    const QString name = spec.section('|', 0, 0), tags = with_times(spec.section('|', 1));
+    const QString name = recipe.section('|', 0, 0), tags = with_times(recipe.section('|', 1));
     exif_tag_map map = tag_map(tags);
     const QString chunk = map.count("chunk") ? map.at("chunk") : QString();
     map.erase("chunk");

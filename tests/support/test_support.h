@@ -40,7 +40,7 @@ QString with_times(QString text);
 // bytes, QuickTime movies (M4A sound, CR3 photo of the same build, with empty EXIF directories) by
 // hand with movie dates of 2005:08:11 14:03:54 UTC. A zoneless IPTC:TimeCreated is cut from the
 // bytes; "chunk=text" puts a text behind a PNG's image. Empty on failure.
-QString make_file(const QString& dir, const QString& spec);
+QString make_file(const QString& dir, const QString& recipe);
 
 // `count` names beside `photo` for it, numbered from 0 in as many digits as `first` holds
 // ("p000.jpg": p000.jpg, p001.jpg...): copies, or hard links when `linked`, which take no room; the

@@ -49,12 +49,12 @@ protected:
         if (!zone.isEmpty())
             QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_timezone"), zone);
     }
-    // The "name|tags" files of `specs` (see make_file) in the test's folder; those not made are left out.
-    QStringList make_files(const QStringList& specs) const
+    // The "name|tags" files of `recipes` (see make_file) in the test's folder; those not made are left out.
+    QStringList make_files(const QStringList& recipes) const
     {
         QStringList paths;
-        for (const QString& spec : specs)
-            if (const QString path = make_file(dir->path(), spec); !path.isEmpty())
+        for (const QString& recipe : recipes)
+            if (const QString path = make_file(dir->path(), recipe); !path.isEmpty())
                 paths << path;
         return paths;
     }
