@@ -239,40 +239,6 @@ private slots:
         QCOMPARE(perl.input().count("-execute"), replies.size());
     }
 
-    void shutdown_data()
-    {
-        QTest::addColumn<bool>("deaf");
-        QTest::addColumn<int>("terminations");
-        QTest::addColumn<int>("kills");
-        QTest::addColumn<QString>("last_line");
-        QTest::newRow("obedient") << false << 0 << 0 << "Did 0 iterations, state: 0";
-        QTest::newRow("deaf") << true << 24 << 1 << "Did 25 iterations";
-    }
-
-    void shutdown()
-    {
-        QFETCH(bool, deaf);
-        fake_perl perl;
-        if (deaf)
-            perl.rule("deaf");
-        log_capture log;
-        exiftool::start();
-        QTRY_COMPARE(perl.starts().size(), 1);
-        exiftool::shutdown(true);
-
-        QCOMPARE(log.count("Worker started: Ok"), 1);
-        QTEST(log.count("Sending interrupt signal to process."), "terminations");
-        QTEST(log.count("Sending kill signal to process."), "kills");
-        // The worker's destructor runs the shutdown once more and logs it again.
-        QFETCH(QString, last_line);
-        QVERIFY2(log.first("Did ").contains(last_line), qPrintable(log.first("Did ")));
-        if (!deaf) {
-            QCOMPARE(log.count("Worker shutdown: Ok"), 1);
-            QCOMPARE(perl.input().count("-stay_open\n0\n"), 1);
-        }
-        QCOMPARE(log.count("Not writing"), 0);
-    }
-
     // A child that dies, stalls or floods fails only its own task, in bounded time, and the next read
     // works; "stop": stopped past the time limit as by Stop. A slow answer is never cut short.
     void child_faults_data()
@@ -325,6 +291,12 @@ private slots:
             QCOMPARE(overdue.size(), 1);
         QTEST(int(perl.starts().size()), "children");
         all_gone(perl);
+        // At shutdown a child that heeds the close command gets no signal, and a finished one no second
+        // command; a deaf one is killed at last.
+        QCOMPARE(log.count("Sending interrupt signal to process."), rules.contains("deaf") ? 24 : 0);
+        QCOMPARE(log.count("Sending kill signal to process."), int(rules.contains("deaf")));
+        if (perl.starts().size() == 1)
+            QCOMPARE(log.count("Not writing"), 0);
     }
 
     // Five reads: 0 and 1 alone, 2 to 4 joined. A child ending in the joined one gets each file again
@@ -335,7 +307,6 @@ private slots:
         QTest::addColumn<QString>("action");
         QTest::addColumn<QString>("answered"); // one letter a read: C for Canon, - for nothing
         QTest::addColumn<int>("commands");     // -execute lines the children got
-        QTest::newRow("answers split by file") << QStringList{} << "" << "CCCCC" << 3;
         QTest::newRow("child exits in the joined read") << QStringList{"plain", "-Make=Ca", "exit", "1"} << "" << "CC-CC" << 6;
         QTest::newRow("child stopped in the joined read") << QStringList{"plain", ""} << "stop" << "CC---" << 3;
         QTest::newRow("unsent reads dropped") << QStringList{} << "drop" << "CC---" << 2;
