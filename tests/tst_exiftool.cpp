@@ -564,8 +564,7 @@ private slots:
         });
         stopper.start(50);
 
-        window = open_main_window();
-        window->load_files(paths);
+        open_with(paths);
         const bool third_done = fault == "exits" || run != "load";
         auto cache = exif_cache::instance();
         QCOMPARE(cache->contains(paths[2]), third_done);
@@ -574,7 +573,7 @@ private slots:
             return box.answered && box.text.count(dir->path()) == 1 && box.text.contains(paths[1]);
         };
         if (run != "load")
-            QCOMPARE(second_alone_failed(*fix_by_an_hour()), run == "fix");
+            QCOMPARE(second_alone_failed(*click_answering(fix_tip, "Keep changes")), run == "fix");
         if (run == "undo") {
             QVERIFY(second_alone_failed(*click_answering(undo_tip, "OK")));
             QVERIFY(button(window, undo_tip)->isEnabled()); // what failed can be tried again
@@ -625,8 +624,7 @@ private slots:
             ondo::next_task_id = 0;
             delete window;
             forget_files();
-            window = open_main_window();
-            window->load_files(paths);
+            open_with(paths);
             return column_texts(0) + column_texts(1);
         };
         const QStringList one = load(1);
@@ -641,7 +639,7 @@ private slots:
         QVERIFY(QFile::remove(paths[4]) && QFile::remove(gone));
         exiftool::verbose(true);
         log_capture log;
-        const QString text = fix_by_an_hour()->text;
+        const QString text = click_answering(fix_tip, "Keep changes")->text;
         exiftool::verbose(false);
         QVERIFY2(text.indexOf(crafted) >= 0 && text.indexOf(crafted) < text.indexOf(paths[4])
                      && text.indexOf(paths[4]) < text.indexOf(gone), qPrintable(text));
@@ -668,8 +666,7 @@ private slots:
     {
         exiftool::set_pool_size(0);
         restore_large_photos();
-        window = open_main_window();
-        window->load_files(large_photos);
+        open_with(large_photos);
         qint64 child = 0;
         QTimer killer;
         connect(&killer, &QTimer::timeout, &killer, [&] {
@@ -680,7 +677,7 @@ private slots:
             ::kill(pid_t(child), SIGKILL);
         });
         killer.start(5);
-        const auto failed = fix_by_an_hour();
+        const auto failed = click_answering(fix_tip, "Keep changes");
         QVERIFY(child != 0);
         int failures = 0;
         for (const QString& path : large_photos) {
@@ -746,13 +743,6 @@ private:
         exiftool::shutdown(true);
         for (const qint64 pid : perl.pids())
             QTRY_VERIFY_WITH_TIMEOUT(!is_running(pid), 10000);
-    }
-
-    // Types an hour and presses fix, keeping the changes if a file fails; the box as seen.
-    QSharedPointer<seen_box> fix_by_an_hour()
-    {
-        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
-        return click_answering(fix_tip, "Keep changes");
     }
 
     // Back to the time they were made with, so that a test sees its own run.
