@@ -1,20 +1,26 @@
-// The bridge: the stay-open protocol against a scripted stand-in for perl, then reads and writes
-// against the real ExifTool.
+// The bridge: the stay-open protocol against a scripted stand-in for perl, reads and writes against
+// the real ExifTool, then what a dying, stalling or killed child does to a run in the window.
 #include "processes.h"
-#include "test_support.h"
+#include "table_data_model.h"
+#include "window_test.h"
 
+#include <ondo/application.h>
 #include <ondo/exif_response.h>
 #include <ondo/exiftool.h>
 #include <ondo/exiftool_worker.h>
 #include <ondo/sanitizer.h>
 
+#include <QCryptographicHash>
 #include <QElapsedTimer>
+#include <QImage>
+#include <QProgressDialog>
+#include <QRandomGenerator>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <algorithm>
 #include <csignal>
 #include <thread>
 
@@ -45,17 +51,48 @@ QString value(const exif_tag_map& tags, const QString& tag, const QString& absen
     return tags.count(tag) ? tags.at(tag) : absent;
 }
 
+const QString before = "2017:06:21 18:30:05";
+const QString after = "2017:06:21 19:30:05";
+
+// What a fix may never change: the decoded pixels, and what ExifTool's validation finds.
+QByteArray soundness(const QString& path)
+{
+    QImage image;
+    if (!image.load(path))
+        return "does not decode";
+    image = image.convertToFormat(QImage::Format_RGB32);
+    return QCryptographicHash::hash(QByteArray::fromRawData(reinterpret_cast<const char*>(image.constBits()),
+                                        int(image.sizeInBytes())), QCryptographicHash::Sha1).toHex()
+        + " " + run(TAVIMO_EXIFTOOL_SCRIPT, {"-s3", "-Validate", path}).trimmed().toUtf8();
+}
+
+QStringList leftovers(const QString& dir)
+{
+    return QDir(dir).entryList({"*_exiftool_tmp"}, QDir::Files | QDir::Hidden);
+}
+
 } // namespace
 
-class tst_exiftool : public QObject {
+class tst_exiftool : public window_test {
     Q_OBJECT
 private slots:
     void initTestCase()
     {
-        use_private_settings();
         exiftool::set_pool_size(1); // the exchange with one child, byte for byte
+        QVERIFY(large.isValid());
+        large_photos = photos(large.path(), 12, true);
+        restore_large_photos();
+        for (const QString& path : large_photos)
+            sound[path] = soundness(path);
     }
-    void cleanup() { exiftool::shutdown(true); }
+    // In place of window_test's: each test starts with one child of its own.
+    void cleanup()
+    {
+        delete window;
+        forget_files();
+        exiftool::shutdown(true);
+        exiftool::set_pool_size(1);
+    }
 
     void worked_exchange()
     {
@@ -202,40 +239,6 @@ private slots:
         QCOMPARE(perl.input().count("-execute"), replies.size());
     }
 
-    void shutdown_data()
-    {
-        QTest::addColumn<bool>("deaf");
-        QTest::addColumn<int>("terminations");
-        QTest::addColumn<int>("kills");
-        QTest::addColumn<QString>("last_line");
-        QTest::newRow("obedient") << false << 0 << 0 << "Did 0 iterations, state: 0";
-        QTest::newRow("deaf") << true << 24 << 1 << "Did 25 iterations";
-    }
-
-    void shutdown()
-    {
-        QFETCH(bool, deaf);
-        fake_perl perl;
-        if (deaf)
-            perl.rule("deaf");
-        log_capture log;
-        exiftool::start();
-        QTRY_COMPARE(perl.starts().size(), 1);
-        exiftool::shutdown(true);
-
-        QCOMPARE(log.count("Worker started: Ok"), 1);
-        QTEST(log.count("Sending interrupt signal to process."), "terminations");
-        QTEST(log.count("Sending kill signal to process."), "kills");
-        // The worker's destructor runs the shutdown once more and logs it again.
-        QFETCH(QString, last_line);
-        QVERIFY2(log.first("Did ").contains(last_line), qPrintable(log.first("Did ")));
-        if (!deaf) {
-            QCOMPARE(log.count("Worker shutdown: Ok"), 1);
-            QCOMPARE(perl.input().count("-stay_open\n0\n"), 1);
-        }
-        QCOMPARE(log.count("Not writing"), 0);
-    }
-
     // A child that dies, stalls or floods fails only its own task, in bounded time, and the next read
     // works; "stop": stopped past the time limit as by Stop. A slow answer is never cut short.
     void child_faults_data()
@@ -288,6 +291,12 @@ private slots:
             QCOMPARE(overdue.size(), 1);
         QTEST(int(perl.starts().size()), "children");
         all_gone(perl);
+        // At shutdown a child that heeds the close command gets no signal, and a finished one no second
+        // command; a deaf one is killed at last.
+        QCOMPARE(log.count("Sending interrupt signal to process."), rules.contains("deaf") ? 24 : 0);
+        QCOMPARE(log.count("Sending kill signal to process."), int(rules.contains("deaf")));
+        if (perl.starts().size() == 1)
+            QCOMPARE(log.count("Not writing"), 0);
     }
 
     // Five reads: 0 and 1 alone, 2 to 4 joined. A child ending in the joined one gets each file again
@@ -298,7 +307,6 @@ private slots:
         QTest::addColumn<QString>("action");
         QTest::addColumn<QString>("answered"); // one letter a read: C for Canon, - for nothing
         QTest::addColumn<int>("commands");     // -execute lines the children got
-        QTest::newRow("answers split by file") << QStringList{} << "" << "CCCCC" << 3;
         QTest::newRow("child exits in the joined read") << QStringList{"plain", "-Make=Ca", "exit", "1"} << "" << "CC-CC" << 6;
         QTest::newRow("child stopped in the joined read") << QStringList{"plain", ""} << "stop" << "CC---" << 3;
         QTest::newRow("unsent reads dropped") << QStringList{} << "drop" << "CC---" << 2;
@@ -357,7 +365,7 @@ private slots:
         QFETCH(QString, tags);
         QFETCH(bool, groups);
         QFETCH(QString, read);
-        const exif_tag_map got = exiftool::read_tags(make_tagged_photo(dir.path(), name, tag_map(tags)), groups, true);
+        const exif_tag_map got = exiftool::read_tags(make_tagged_photo(dir->path(), name, tag_map(tags)), groups, true);
         for (const auto& [tag, value] : tag_map(read))
             QCOMPARE(tag + "=" + ::value(got, tag, "<absent>"), tag + "=" + value);
         QCOMPARE(got.at(groups ? "System:FileName" : "FileName"), name);
@@ -395,7 +403,7 @@ private slots:
         exif_tag_map held = {{"IFD0:Make", "Canon"}, {"IFD0:Model", "EOS"}};
         if (!description.isEmpty())
             held["IFD0:ImageDescription"] = description;
-        const QString path = make_tagged_photo(dir.path(), "write.jpg", held);
+        const QString path = make_tagged_photo(dir->path(), "write.jpg", held);
         QCOMPARE(value(read_back(path), "IFD0:ImageDescription"), description);
         struct stat before {}, now {};
         ::stat(QFile::encodeName(path).constData(), &before);
@@ -411,7 +419,7 @@ private slots:
         ::stat(QFile::encodeName(path).constData(), &now);
         QCOMPARE(now.st_ino, before.st_ino);
         QVERIFY(!QFileInfo::exists(path + "_original"));
-        QVERIFY(!QFile::exists("PWNED") && !QFile::exists(dir.filePath("PWNED")));
+        QVERIFY(!QFile::exists("PWNED") && !QFile::exists(dir->filePath("PWNED")));
     }
 
     // Bound to the file's state: looked at when the child is free for it, not when it is queued.
@@ -433,8 +441,8 @@ private slots:
         QFETCH(QString, name);
         QFETCH(QString, meanwhile);
         QFETCH(bool, written);
-        const QString path = make_tagged_photo(dir.path(), name, {{"IFD0:Make", "Canon"}});
-        const QString other = make_tagged_photo(dir.path(), "other.jpg", {{"IFD0:Make", "Pentax"}});
+        const QString path = make_tagged_photo(dir->path(), name, {{"IFD0:Make", "Canon"}});
+        const QString other = make_tagged_photo(dir->path(), "other.jpg", {{"IFD0:Make", "Pentax"}});
         struct stat entry {};
         QCOMPARE(::stat(QFile::encodeName(path).constData(), &entry), 0);
         const ondo::exif_file_state state {quint64(entry.st_dev), quint64(entry.st_ino), qint64(entry.st_size),
@@ -464,13 +472,12 @@ private slots:
         QCOMPARE(error, written ? ondo::exif_error::none : ondo::exif_error::changed);
         QCOMPARE(value(read_back(path), "IFD0:Make"), QString(meanwhile == "replace" ? "Pentax" : written ? "Nikon" : "Canon"));
         QCOMPARE(value(read_back(other), "IFD0:Make"), QString("Pentax"));
-        QVERIFY(QFile::remove(path) && QFile::remove(other));
     }
 
     // A cut-short write's temporary file may be the only whole copy: the photo is refused untouched.
     void a_leftover_temporary_file_blocks_the_write()
     {
-        const QString path = make_tagged_photo(dir.path(), "leftover.jpg", {{"IFD0:Make", "Canon"}});
+        const QString path = make_tagged_photo(dir->path(), "leftover.jpg", {{"IFD0:Make", "Canon"}});
         QFile leftover(path + "_exiftool_tmp");
         QVERIFY(leftover.open(QIODevice::WriteOnly) && leftover.write("earlier") == 7);
         leftover.close();
@@ -485,11 +492,11 @@ private slots:
     void joined_reads_answer_each_file_alone()
     {
         const QStringList paths = {
-            make_tagged_photo(dir.path(), "j0.jpg", {{"IFD0:Make", "Canon"}, {"ExifIFD:DateTimeOriginal", "2017:06:21 18:30:05"}}),
-            make_tagged_photo(dir.path(), "======== j1.jpg", {{"IFD0:Model", "EOS"}}),
-            dir.filePath("j2 gone.jpg"),
-            make_tagged_photo(dir.path(), "j3 {ready3}.jpg", {{"XMP-dc:Title", "{ready3}"}}),
-            make_tagged_photo(dir.path(), "j4.jpg", {{"IFD0:Artist", "a=b"}}),
+            make_tagged_photo(dir->path(), "j0.jpg", {{"IFD0:Make", "Canon"}, {"ExifIFD:DateTimeOriginal", "2017:06:21 18:30:05"}}),
+            make_tagged_photo(dir->path(), "======== j1.jpg", {{"IFD0:Model", "EOS"}}),
+            dir->filePath("j2 gone.jpg"),
+            make_tagged_photo(dir->path(), "j3 {ready3}.jpg", {{"XMP-dc:Title", "{ready3}"}}),
+            make_tagged_photo(dir->path(), "j4.jpg", {{"IFD0:Artist", "a=b"}}),
         };
         std::vector<exif_tag_map> alone;
         for (const QString& path : paths)
@@ -520,6 +527,215 @@ private slots:
                  qPrintable(log.lines().join('\n')));
     }
 
+    // The stand-in child fails the second file of a load, fix or undo: that file alone fails; the
+    // third is done too (its write went out ahead) unless the user stopped a load; nothing is left.
+    void a_faulty_child_fails_only_its_file_data()
+    {
+        QTest::addColumn<QString>("run");
+        QTest::addColumn<QString>("fault");
+        for (const char* run : {"load", "fix", "undo"}) {
+            QTest::addRow("%s, child exits mid-answer", run) << run << "exits";
+            QTest::addRow("%s, child stalls, Stop", run) << run << "stalls";
+        }
+    }
+
+    void a_faulty_child_fails_only_its_file()
+    {
+        QFETCH(QString, run);
+        QFETCH(QString, fault);
+        const QStringList paths = photos(dir->path(), 3);
+        fake_perl perl;
+        perl.rule("reply", "*", "-ExifIFD:DateTimeOriginal=" + before + "\n    1 image files updated\n");
+        const QString faulty = run == "load" ? "1" : run == "fix" ? "4" : "7"; // task ids of the second file
+        perl.rule("plain", faulty, fault == "exits" ? "-ExifIFD:DateT" : "");
+        if (fault == "exits")
+            perl.rule("exit", faulty);
+        exiftool::set_pool_size(0); // as many children as the program runs
+        ondo::next_task_id = 0;
+        exiftool::set_time_limit(300);
+        // Clicks Stop once the stall notice offers it; the load's own Stop is there all along.
+        QTimer stopper;
+        connect(&stopper, &QTimer::timeout, &stopper, [this] {
+            for (QProgressDialog* dialog : window ? window->findChildren<QProgressDialog*>() : QList<QProgressDialog*>())
+                for (QPushButton* stop : dialog->findChildren<QPushButton*>())
+                    if (dialog->isVisible() && dialog->labelText().startsWith("ExifTool is still working")
+                        && stop->isVisible() && stop->text() == "Stop")
+                        stop->click();
+        });
+        stopper.start(50);
+
+        open_with(paths);
+        const bool third_done = fault == "exits" || run != "load";
+        auto cache = exif_cache::instance();
+        QCOMPARE(cache->contains(paths[2]), third_done);
+        QCOMPARE(cache->of(paths[1]).tags.contains("ExifIFD:DateTimeOriginal"), run != "load");
+        auto second_alone_failed = [&](const seen_box& box) {
+            return box.answered && box.text.count(dir->path()) == 1 && box.text.contains(paths[1]);
+        };
+        if (run != "load")
+            QCOMPARE(second_alone_failed(*click_answering(fix_tip, "Keep changes")), run == "fix");
+        if (run == "undo") {
+            QVERIFY(second_alone_failed(*click_answering(undo_tip, "OK")));
+            QVERIFY(button(window, undo_tip)->isEnabled()); // what failed can be tried again
+        }
+        stopper.stop();
+        exiftool::set_time_limit(60000);
+        // Input lines, not runs, are counted (two children log into one file): a file is named once by
+        // its read and once by each write, through its private link ".tavimo-<pid>-<n>-<name>".
+        const QList<QByteArray> input = perl.input().split('\n');
+        QVERIFY(input.contains(QFile::encodeName(paths[0])));
+        const QByteArray third = QFile::encodeName(paths[2]), third_name = QFile::encodeName(QFileInfo(paths[2]).fileName());
+        const QByteArray link_start = QFile::encodeName(QFileInfo(paths[2]).absolutePath()) + "/.tavimo-";
+        if (run != "load")
+            QCOMPARE(int(std::count_if(input.begin(), input.end(), [&](const QByteArray& line) {
+                         return line == third || (line.startsWith(link_start) && line.endsWith("-" + third_name));
+                     })), run == "undo" ? 3 : 2);
+        QVERIFY(window->findChild<QWidget*>("centralWidget")->isEnabled());
+        all_gone(perl);
+    }
+
+    // Three children load the table one child loads and write every good file once, failures listed
+    // in table order; the folder and twelve texts of the first photo end like the reads' markers.
+    void several_children_work_as_one()
+    {
+        QVERIFY(QDir(dir->path()).mkpath("trip{ready1}"));
+        const QString album = dir->filePath("trip{ready1}");
+        QStringList paths;
+        for (int i = 0; i < 12; ++i) {
+            exif_tag_map tags;
+            if (i % 4 != 3)
+                tags["ExifIFD:DateTimeOriginal"] = QString("2017:06:%1 18:30:05").arg(10 + i);
+            if (i % 3 == 0)
+                tags["IFD0:ModifyDate"] = "2016:01:02 03:04:05";
+            if (i % 5 == 0)
+                tags["IFD0:Make"] = QString("Maker %1").arg(i);
+            paths << make_tagged_photo(album, QString("s%1.jpg").arg(i, 2, 10, QLatin1Char('0')), tags);
+        }
+        exif_tag_map texts;
+        const QStringList fields = {"IFD0:ImageDescription", "IFD0:Artist", "IFD0:Copyright", "IFD0:Software", "IFD0:Make",
+            "IFD0:Model", "XMP-dc:Description", "XMP-dc:Title", "XMP-dc:Creator", "IPTC:Caption-Abstract", "IPTC:ObjectName",
+            "IPTC:By-line"};
+        for (int i = 0; i < fields.size(); ++i)
+            texts[fields[i]] = QString("text{ready%1}").arg(i);
+        tag_files({{paths[0], texts}, {paths[11], {{"IFD0:Artist", "nobody{ready2}"}}}});
+        auto load = [&](int children) {
+            exiftool::shutdown(false);
+            exiftool::set_pool_size(children);
+            ondo::next_task_id = 0;
+            delete window;
+            forget_files();
+            open_with(paths);
+            return column_texts(0) + column_texts(1);
+        };
+        const QStringList one = load(1);
+        QCOMPARE(one.size(), 2 * paths.size());
+        QCOMPARE(load(3), one);
+        QCOMPARE(ondo::workers.size(), 3);
+
+        // Crafted names and a vanished file between good ones: refused or failed, in row order.
+        const QString crafted = album + "/a\n-if\n1.jpg", gone = album + "/zz gone.jpg";
+        QVERIFY(QFile::copy(paths[0], crafted) && QFile::copy(paths[0], gone));
+        window->load_files({crafted, gone});
+        QVERIFY(QFile::remove(paths[4]) && QFile::remove(gone));
+        exiftool::verbose(true);
+        log_capture log;
+        const QString text = click_answering(fix_tip, "Keep changes")->text;
+        exiftool::verbose(false);
+        QVERIFY2(text.indexOf(crafted) >= 0 && text.indexOf(crafted) < text.indexOf(paths[4])
+                     && text.indexOf(paths[4]) < text.indexOf(gone), qPrintable(text));
+        const QStringList writes = log.lines().filter("Writing '").filter("-overwrite_original_in_place");
+        paths.removeAt(4); // vanished
+        QStringList times; // the dateless gain none
+        for (const QString& path : paths) {
+            const QString name = QFileInfo(path).fileName();
+            const int n = name.mid(1, 2).toInt();
+            const bool dated = n % 4 != 3;
+            times << name + "\t" + (dated ? QString("2017:06:%1 19:30:05").arg(10 + n) : "-");
+            if (dated) // through the photo's private link beside it
+                QCOMPARE(writes.filter(QRegularExpression("\n" + QRegularExpression::escape(album) + "/\\.tavimo-\\d+-\\d+-"
+                                                          + QRegularExpression::escape(name) + "\n")).size(), 1);
+        }
+        QCOMPARE(run(TAVIMO_EXIFTOOL_SCRIPT, QStringList{"-T", "-FileName", "-ExifIFD:DateTimeOriginal"} + paths)
+                     .split('\n', Qt::SkipEmptyParts), times);
+        QCOMPARE(value(read_back(paths[0]), "IFD0:Artist"), QString("text{ready1}"));
+    }
+
+    // The real ExifTool killed mid-run over large photos: at most its file fails, whole and with no
+    // temporary file; every other is written, and the undo covers all.
+    void a_killed_child_fails_only_its_file()
+    {
+        exiftool::set_pool_size(0);
+        restore_large_photos();
+        open_with(large_photos);
+        qint64 child = 0;
+        QTimer killer;
+        connect(&killer, &QTimer::timeout, &killer, [&] {
+            if (QFileInfo(large_photos[3]).lastModified().date().year() != 2017)
+                return;
+            killer.stop();
+            child = child_of(QCoreApplication::applicationPid());
+            ::kill(pid_t(child), SIGKILL);
+        });
+        killer.start(5);
+        const auto failed = click_answering(fix_tip, "Keep changes");
+        QVERIFY(child != 0);
+        int failures = 0;
+        for (const QString& path : large_photos) {
+            const bool listed = failed->answered && failed->text.contains(path);
+            failures += listed;
+            if (!listed)
+                QCOMPARE(original_time(path), after);
+            QCOMPARE(soundness(path), sound[path]);
+        }
+        QVERIFY(failures <= 1);
+        QCOMPARE(leftovers(large.path()), QStringList());
+        button(window, undo_tip)->click();
+        for (const QString& path : large_photos)
+            QCOMPARE(original_time(path), before);
+    }
+
+    // The program killed at a random moment of a fix run, or its child stopped and the program told
+    // to end: no photo torn, no temporary file or process left, and a stopped child gone within 10 s.
+    void a_killed_or_stopped_run_leaves_photos_whole_data()
+    {
+        QTest::addColumn<bool>("kill");
+        for (int round = 1; round <= 5; ++round)
+            QTest::addRow("program killed, round %d", round) << true;
+        QTest::newRow("child stopped, program told to end") << false;
+    }
+
+    void a_killed_or_stopped_run_leaves_photos_whole()
+    {
+        QFETCH(bool, kill);
+        restore_large_photos();
+        QTemporaryDir home;
+        QProcess program;
+        launch(program, "tavimo_look", home.path(),
+               {{"TAVIMO_LOOK_FILES", large_photos.join(':')}, {"TAVIMO_LOOK_PRESS", "fix"}});
+        qint64 child = 0;
+        QTRY_VERIFY_WITH_TIMEOUT((child = child_of(program.processId())) != 0, 30000);
+        const QDateTime start = QDateTime::currentDateTime();
+        // The run has begun once a file carries a time of its own as its modification time.
+        QTRY_VERIFY_WITH_TIMEOUT(std::any_of(large_photos.begin(), large_photos.end(), [&](const QString& path) {
+            return QFileInfo(path).lastModified() < start.addSecs(-3600);
+        }), 60000);
+        QTest::qWait(QRandomGenerator::global()->bounded(400));
+        QElapsedTimer clock;
+        clock.start();
+        if (!kill)
+            ::kill(pid_t(child), SIGSTOP);
+        ::kill(pid_t(program.processId()), kill ? SIGKILL : SIGTERM);
+        QVERIFY(program.waitForFinished(10000));
+        if (!kill)
+            QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QTRY_VERIFY_WITH_TIMEOUT(!is_running(child), 10000);
+        if (!kill)
+            QVERIFY2(clock.elapsed() < 10000, qPrintable(QString::number(clock.elapsed())));
+        QCOMPARE(leftovers(large.path()), QStringList());
+        for (const QString& path : large_photos)
+            QCOMPARE(soundness(path), sound[path]);
+    }
+
 private:
     // Nothing the stand-in started outlives the test.
     static void all_gone(const fake_perl& perl)
@@ -529,8 +745,25 @@ private:
             QTRY_VERIFY_WITH_TIMEOUT(!is_running(pid), 10000);
     }
 
-    QTemporaryDir dir;
+    // Back to the time they were made with, so that a test sees its own run.
+    void restore_large_photos()
+    {
+        run(TAVIMO_EXIFTOOL_SCRIPT,
+            QStringList{"-q", "-overwrite_original_in_place", "-ExifIFD:DateTimeOriginal=" + before,
+                        "-FileModifyDate=" + QDateTime::currentDateTime().toString("yyyy:MM:dd hh:mm:ss")} + large_photos);
+    }
+
+    QTemporaryDir large;
+    QStringList large_photos;
+    QMap<QString, QByteArray> sound;
 };
 
-QTEST_GUILESS_MAIN(tst_exiftool)
+int main(int argc, char** argv)
+{
+    use_private_settings();
+    ondo::application<MainWindow> app(argc, argv);
+    tst_exiftool test;
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "tst_exiftool.moc"

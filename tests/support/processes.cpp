@@ -1,5 +1,4 @@
 #include "processes.h"
-#include "test_support.h"
 
 #include <mainwindow.h>
 #include <ondo/application.h>
@@ -15,7 +14,6 @@
 #include <QImage>
 #include <QProcess>
 #include <QRandomGenerator>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <ondo/exiftool.h>
