@@ -23,23 +23,15 @@ qint64 second_of(qint64 ns)
     return ns >= 0 ? ns / ns_per_second : -((-ns - 1) / ns_per_second) - 1;
 }
 
-qint64 modified_ns_of(const struct stat& entry)
-{
-#if defined(__APPLE__)
-    return qint64(entry.st_mtimespec.tv_sec) * ns_per_second + entry.st_mtimespec.tv_nsec;
-#else
-    return qint64(entry.st_mtim.tv_sec) * ns_per_second + entry.st_mtim.tv_nsec;
-#endif
-}
+qint64 ns_of(const struct timespec& time) { return qint64(time.tv_sec) * ns_per_second + time.tv_nsec; }
 
-qint64 changed_ns_of(const struct stat& entry)
-{
 #if defined(__APPLE__)
-    return qint64(entry.st_ctimespec.tv_sec) * ns_per_second + entry.st_ctimespec.tv_nsec;
+qint64 modified_ns_of(const struct stat& entry) { return ns_of(entry.st_mtimespec); }
+qint64 changed_ns_of(const struct stat& entry) { return ns_of(entry.st_ctimespec); }
 #else
-    return qint64(entry.st_ctim.tv_sec) * ns_per_second + entry.st_ctim.tv_nsec;
+qint64 modified_ns_of(const struct stat& entry) { return ns_of(entry.st_mtim); }
+qint64 changed_ns_of(const struct stat& entry) { return ns_of(entry.st_ctim); }
 #endif
-}
 
 file_identity::kind kind_of(mode_t mode)
 {
