@@ -595,18 +595,20 @@ void table_data_model::sort(int column, Qt::SortOrder order)
         // order of whole paths but for folders whose names differ only in their accents.
         std::vector<QString> texts(static_cast<size_t>(count));
         ondo::natural_keys keys(collator);
+        // By camera: the shown camera names, and each row's number of its name and its folder.
+        QStringList names;
+        std::vector<std::pair<int, int>> seen;
         if (column == 3) {
             // The few distinct cameras and folders are put in order once: each row first takes
             // the number of its camera's name and its folder as first seen, then their places.
             QHash<QString, int> names_seen;
-            QStringList names;
             QHash<QString, int> keys_seen;
             QHash<QStringView, int> folders_seen;
             QStringList folders;
-            std::vector<std::pair<int, int>> seen(static_cast<size_t>(count));
+            seen.resize(static_cast<size_t>(count));
             // Neighbouring rows mostly share their camera (one text for all its files) and their
             // folder: those are compared with the last row's before anything is looked up.
-            QString last_key;
+            const QChar* last_key = nullptr;
             QStringView last_folder;
             std::pair<int, int> last = {-1, -1};
             // Files of one camera share its key's text, so that its address finds it, among the
@@ -616,7 +618,7 @@ void table_data_model::sort(int column, Qt::SortOrder order)
             for (int i = 0; i < count; ++i) {
                 const QString& path = files.at(i);
                 const QString& key = cache->of(path).camera;
-                if (last.first < 0 || (key.constData() != last_key.constData() && key != last_key)) {
+                if (last.first < 0 || key.constData() != last_key) {
                     auto at = std::find_if(key_texts_seen.begin(), key_texts_seen.end(),
                                            [&key](const std::pair<const QChar*, int>& seen_text) {
                                                return seen_text.first == key.constData();
@@ -636,7 +638,7 @@ void table_data_model::sort(int column, Qt::SortOrder order)
                         at = key_texts_seen.end() - 1;
                     }
                     last = {at->second, last.second};
-                    last_key = key;
+                    last_key = key.constData();
                 }
                 const QStringView folder = QStringView(path).left(path.lastIndexOf(QLatin1Char('/')) + 1);
                 if (last.second < 0 || folder != last_folder) {
@@ -649,7 +651,6 @@ void table_data_model::sort(int column, Qt::SortOrder order)
                     last_folder = folder;
                 }
                 seen[size_t(i)] = last;
-                texts[size_t(i)] = names.at(last.first);
             }
             auto places = [&collator](const QStringList& distinct) {
                 std::vector<int> order(static_cast<size_t>(distinct.size()));
@@ -699,7 +700,9 @@ void table_data_model::sort(int column, Qt::SortOrder order)
         std::sort(heads.begin(), heads.end(), [&](const row_head& a, const row_head& b) {
             int result = a.head < b.head ? -1 : b.head < a.head ? 1 : keys.compare(a.row, b.row);
             if (result == 0) {
-                const auto text = [&](int row) { return column == 3 ? texts[size_t(row)] : shown_name(files.at(row)); };
+                const auto text = [&](int row) {
+                    return column == 3 ? names.at(seen[size_t(row)].first) : shown_name(files.at(row));
+                };
                 result = ondo::compare_qstring_naturally(text(a.row), text(b.row), collator);
                 if (result == 0)
                     result = ondo::compare_qstring_naturally(files.at(a.row), files.at(b.row), collator);
