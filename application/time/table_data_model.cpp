@@ -593,7 +593,8 @@ void table_data_model::sort(int column, Qt::SortOrder order)
         collator.setCaseSensitivity(Qt::CaseInsensitive);
         // By the shown name, equal ones by the whole path. By camera, then by folder and name: the
         // order of whole paths but for folders whose names differ only in their accents.
-        std::vector<QString> texts(static_cast<size_t>(count));
+        // The shown names of repeated names, which the name sort's keys refer to.
+        std::vector<QString> texts(column == 3 ? 0 : static_cast<size_t>(count));
         ondo::natural_keys keys(collator);
         // By camera: the shown camera names, and each row's number of its name and its folder.
         QStringList names;
