@@ -221,12 +221,28 @@ void exif_cache::load(const QString& path, const exif_tag_map& all_tags)
     store_iptc(tags, record);
     record[QStringLiteral("has_data")] = true_text;
 
-    kept.camera = *camera_keys.insert(camera::of(tags).key());
+    kept.camera = camera_keys.number(camera::of(tags).key());
+    kept.folder = folders.number(path.left(path.lastIndexOf(QLatin1Char('/')) + 1));
     const QDateTime gps = gps_time(tags);
     if (gps.isValid())
         record[QStringLiteral("gps_utc")] = gps.toString(QStringLiteral("yyyy:MM:dd hh:mm:ss"));
     kept.record = record;
     kept.time_key = time_key(value_of(record, QStringLiteral("rec_time")));
+}
+
+quint32 exif_cache::numbered_texts::number(const QString& text)
+{
+    const auto found = numbers.constFind(text);
+    if (found != numbers.constEnd())
+        return *found;
+    texts.append(text);
+    return *numbers.insert(text, quint32(texts.size() - 1));
+}
+
+void exif_cache::numbered_texts::clear()
+{
+    texts = QStringList{QString()};
+    numbers = {{QString(), 0}};
 }
 
 const exif_cache::entry& exif_cache::of(const QString& path) const
@@ -318,7 +334,8 @@ recording_tags::shift table_data_model::shift_for(const QString& path) const
 
 QString table_data_model::camera_key(const QString& path) const
 {
-    return exif_cache::instance()->of(path).camera;
+    const exif_cache* cache = exif_cache::instance();
+    return cache->camera_key(cache->of(path).camera);
 }
 
 QString table_data_model::camera_name(const QString& key) const
@@ -598,60 +615,30 @@ void table_data_model::sort(int column, Qt::SortOrder order)
         ondo::natural_keys keys(collator);
         // By camera: the shown camera names, and each row's number of its name and its folder.
         QStringList names;
-        std::vector<std::pair<int, int>> seen;
+        std::vector<std::pair<int, quint32>> seen;
         if (column == 3) {
-            // The few distinct cameras and folders are put in order once: each row first takes
-            // the number of its camera's name and its folder as first seen, then their places.
-            QHash<QString, int> names_seen;
-            QHash<QString, int> keys_seen;
-            QHash<QStringView, int> folders_seen;
-            QStringList folders;
-            seen.resize(static_cast<size_t>(count));
-            // Neighbouring rows mostly share their camera (one text for all its files) and their
-            // folder: those are compared with the last row's before anything is looked up.
-            const QChar* last_key = nullptr;
-            QStringView last_folder;
-            std::pair<int, int> last = {-1, -1};
-            // Files of one camera share its key's text, so that its address finds it, among the
-            // few a table holds, without hashing the text.
-            std::vector<std::pair<const QChar*, int>> key_texts_seen;
+            // The few distinct cameras and folders are put in order once; each row reads the numbers
+            // the load gave its camera and folder, and so their places.
             const exif_cache* cache = exif_cache::instance();
+            // Cameras of different keys may share a shown name.
+            QHash<QString, int> names_seen;
+            std::vector<int> name_of(cache->camera_count());
+            for (quint32 camera = 0; camera < cache->camera_count(); ++camera) {
+                const QString shown = camera_name(cache->camera_key(camera));
+                auto number = names_seen.find(shown);
+                if (number == names_seen.end()) {
+                    number = names_seen.insert(shown, names.size());
+                    names << shown;
+                }
+                name_of[camera] = *number;
+            }
+            QStringList folders;
+            for (quint32 folder = 0; folder < cache->folder_count(); ++folder)
+                folders << cache->folder(folder);
+            seen.resize(static_cast<size_t>(count));
             for (int i = 0; i < count; ++i) {
-                const QString& path = files.at(i);
-                const QString& key = cache->of(path).camera;
-                if (last.first < 0 || key.constData() != last_key) {
-                    auto at = std::find_if(key_texts_seen.begin(), key_texts_seen.end(),
-                                           [&key](const std::pair<const QChar*, int>& seen_text) {
-                                               return seen_text.first == key.constData();
-                                           });
-                    if (at == key_texts_seen.end()) {
-                        auto name = keys_seen.find(key);
-                        if (name == keys_seen.end()) {
-                            const QString shown = camera_name(key);
-                            auto number = names_seen.find(shown);
-                            if (number == names_seen.end()) {
-                                number = names_seen.insert(shown, names.size());
-                                names << shown;
-                            }
-                            name = keys_seen.insert(key, *number);
-                        }
-                        key_texts_seen.emplace_back(key.constData(), *name);
-                        at = key_texts_seen.end() - 1;
-                    }
-                    last = {at->second, last.second};
-                    last_key = key.constData();
-                }
-                const QStringView folder = QStringView(path).left(path.lastIndexOf(QLatin1Char('/')) + 1);
-                if (last.second < 0 || folder != last_folder) {
-                    auto place = folders_seen.find(folder);
-                    if (place == folders_seen.end()) {
-                        place = folders_seen.insert(folder, folders.size());
-                        folders << folder.toString();
-                    }
-                    last.second = *place;
-                    last_folder = folder;
-                }
-                seen[size_t(i)] = last;
+                const exif_cache::entry& kept = cache->of(files.at(i));
+                seen[size_t(i)] = {name_of[kept.camera], kept.folder};
             }
             auto places = [&collator](const QStringList& distinct) {
                 std::vector<int> order(static_cast<size_t>(distinct.size()));
@@ -667,10 +654,9 @@ void table_data_model::sort(int column, Qt::SortOrder order)
             };
             const std::vector<quint64> name_places = places(names), folder_places = places(folders);
             for (int i = 0; i < count; ++i) {
-                const QString& path = files.at(i);
                 const auto [name, folder] = seen[size_t(i)];
-                keys.add(path, name_places[size_t(name)] << 32 | folder_places[size_t(folder)],
-                         int(folders.at(folder).size()));
+                keys.add(files.at(i), name_places[size_t(name)] << 32 | folder_places[folder],
+                         int(folders.at(int(folder)).size()));
             }
         } else {
             // A name the table holds once is shown as it stands: its key is made from the path,

@@ -52,9 +52,11 @@ public:
         // The recording time on the machine's clock in milliseconds since the epoch, the lowest
         // number for none or one that doesn't exist on the clock: what the time column sorts by.
         qint64 time_key = std::numeric_limits<qint64>::min();
-        // The key of the file's camera (camera::key), empty for an unknown one; one text shared
-        // by all files of a camera. The camera sort reads it for every row.
-        QString camera;
+        // The file's camera (its camera::key, empty for an unknown one) and its folder, as numbers
+        // of camera_key() and folder(): the camera sort reads them for every row, and a number
+        // needs neither a hash nor a comparison of texts.
+        quint32 camera = 0;
+        quint32 folder = 0;
     };
 
     const entry& of(const QString& path) const;
@@ -65,7 +67,13 @@ public:
     {
         entries.clear();
         camera_keys.clear();
+        folders.clear();
     }
+    // The texts behind an entry's numbers; number 0 is the empty text, that of an entry never loaded.
+    const QString& camera_key(quint32 number) const { return camera_keys.text(number); }
+    const QString& folder(quint32 number) const { return folders.text(number); }
+    quint32 camera_count() const { return camera_keys.count(); }
+    quint32 folder_count() const { return folders.count(); }
 
     // Stores what is kept of `tags` for `path` and derives its record from them anew, keeping the
     // identity the load saw; the recording time falls back to the file-system time when none of
@@ -78,8 +86,23 @@ public:
     void set_identity(const QString& path, const file_identity& identity);
 
 private:
+    // Texts that many files share, each kept once and known by its number.
+    class numbered_texts {
+    public:
+        quint32 number(const QString& text);
+        const QString& text(quint32 number) const { return texts.at(int(number)); }
+        quint32 count() const { return quint32(texts.size()); }
+        void clear();
+
+    private:
+        QStringList texts{QString()};
+        QHash<QString, quint32> numbers{{QString(), 0}};
+    };
+
     QHash<QString, entry> entries;
-    QSet<QString> camera_keys;
+    numbered_texts camera_keys;
+    // With the closing slash, as a row's path begins.
+    numbered_texts folders;
 };
 
 // The nine classic time tags, in that order. For a record with "DateTimeOriginalInIFD0" the
