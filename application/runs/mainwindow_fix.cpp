@@ -23,8 +23,8 @@
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QFileInfo>
-#include <QStorageInfo>
 #include <QMap>
 #include <QPair>
 #include <QSet>
@@ -34,6 +34,8 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
+#include <sys/statvfs.h>
 
 namespace {
 
@@ -54,6 +56,16 @@ struct sync_pacer {
     void synced(qint64 ns) { group = qBound(4, int(ns / 250000) + 1, 32); }
 };
 
+// Bytes free to an unprivileged writer in `folder`, or -1 when unknown. One call to the file
+// system: QStorageInfo reads the table of all mounts first, which a run would do for every photo.
+qint64 free_bytes(const QString& folder)
+{
+    struct statvfs info {};
+    if (::statvfs(QFile::encodeName(folder).constData(), &info) != 0)
+        return -1;
+    return qint64(info.f_bavail) * qint64(info.f_frsize);
+}
+
 // Why a write of `path` failed, as the failure list and the log say it. ExifTool's own message
 // goes to its error stream, which no task keeps, so the cause is looked for where it lies.
 QString failure_reason(const QString& path, ondo::exif_error error)
@@ -70,7 +82,7 @@ QString failure_reason(const QString& path, ondo::exif_error error)
         return MainWindow::tr("the file is gone");
     if (!file.isWritable() || !QFileInfo(file.absolutePath()).isWritable())
         return MainWindow::tr("no permission");
-    if (QStorageInfo(file.absolutePath()).bytesAvailable() < file.size())
+    if (free_bytes(file.absolutePath()) < file.size())
         return MainWindow::tr("disk full");
     return MainWindow::tr("ExifTool could not write it");
 }
@@ -270,7 +282,9 @@ void MainWindow::on_button_fix_time_clicked()
         model->refresh(path, {}, mark);
     };
     int finished = 0;
-    paint_pacer pacer;
+    // Until the last write is taken: the table then shows the run's end, and the questions after it.
+    std::optional<paint_pacer> pacer;
+    pacer.emplace(ui->tableView);
     sync_pacer syncs;
     auto send = [&] {
         QElapsedTimer sync;
@@ -341,10 +355,10 @@ void MainWindow::on_button_fix_time_clicked()
         if (pending.isEmpty() || pending.first().row != write.row)
             ++finished;
         // Events between files, so that buttons work during the run.
-        if (pacer.due(pending.isEmpty())) {
+        if (pacer->due(pending.isEmpty())) {
             tavimo_progress_dialog->setValue(finished);
             show_pace(tavimo_progress_dialog, finished, run_clock.elapsed());
-            QCoreApplication::processEvents();
+            pacer->process_events(pending.isEmpty());
         }
     };
     // A reset pressed between two files ends the run, and so does a stopped ExifTool.
@@ -386,7 +400,7 @@ void MainWindow::on_button_fix_time_clicked()
             const QFileInfo file(member.path);
             member.size = qMax(qint64(0), cache->identity(member.path).size);
             refused_any = true;
-            if (file.isFile() && QStorageInfo(file.absolutePath()).bytesAvailable() < file.size()) {
+            if (file.isFile() && free_bytes(file.absolutePath()) < file.size()) {
                 // ExifTool writes a whole copy before it replaces the photo's contents.
                 fail(row, member.path, tr("%1 (not enough free space for ExifTool's copy)").arg(member.path));
             } else if (!(member.lock = photo_lock::try_lock(member.path))) {
@@ -424,6 +438,7 @@ void MainWindow::on_button_fix_time_clicked()
     send();
     while (!pending.isEmpty())
         finish_one();
+    pacer.reset();
     // The table keeps its photos, now with the times written, so that the result can be checked
     // and a second correction can follow at once; the offset starts again from nothing.
     for (const auto& [path, values] : qAsConst(written_values)) {
@@ -539,7 +554,9 @@ void MainWindow::on_button_undo_clicked()
     // Photos whose times someone changed after the fix: not overwritten without asking.
     QStringList changed_since;
     int done = 0;
-    paint_pacer pacer;
+    // Ends with the last write taken, as the fix's does.
+    std::optional<paint_pacer> pacer;
+    pacer.emplace(ui->tableView);
     int restored_count = 0;
     // After the undo's write through `link` has landed in the photo.
     auto restored = [&](const QString& path, write_link& link, const exif_tag_map& values) {
@@ -575,10 +592,10 @@ void MainWindow::on_button_undo_clicked()
         }
         end_stall_notice();
         ++done;
-        if (pacer.due(pending.isEmpty())) {
+        if (pacer->due(pending.isEmpty())) {
             tavimo_progress_dialog->setValue(done);
             show_pace(tavimo_progress_dialog, done, run_clock.elapsed());
-            QCoreApplication::processEvents();
+            pacer->process_events(pending.isEmpty());
         }
     };
     const QStringList paths = undo_info.keys();
@@ -613,6 +630,7 @@ void MainWindow::on_button_undo_clicked()
     }
     while (!pending.isEmpty())
         finish_one();
+    pacer.reset();
 
     // A program that is quitting asks nothing: their undo information stays for the next start.
     if (!changed_since.isEmpty() && !quitting) {

@@ -409,9 +409,8 @@ void MainWindow::load_files(QStringList filenames)
     // added one by one, in order.
     const int ahead = 32;
     int prefetched = 0;
-    paint_pacer pacer;
     bool stopped = false;
-    ui->tableView->setUpdatesEnabled(false);
+    paint_pacer pacer(ui->tableView);
     for (int i = 0; i < filenames.size(); ++i) {
         // Stop, or a stopped ExifTool, ends the load; what was read so far stays in the table.
         if (run_ends()) {
@@ -423,15 +422,13 @@ void MainWindow::load_files(QStringList filenames)
         model->add_file(filenames[i], true);
         end_stall_notice();
         // Keeps the window painted and the Stop button pressable; the window's own input is held.
-        if (pacer.due(i + 1 == filenames.size())) {
-            ui->tableView->setUpdatesEnabled(true);
+        const bool last = i + 1 == filenames.size();
+        if (pacer.due(last)) {
             load_images_progress_dialog->setValue(i + 1);
             show_pace(load_images_progress_dialog, i + 1, load_clock.elapsed());
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
-            ui->tableView->setUpdatesEnabled(false);
+            pacer.process_events(last, 50);
         }
     }
-    ui->tableView->setUpdatesEnabled(true);
     model->drop_prefetched();
     // The folders' listings are done with; a library's would hold every name once more.
     model->family = photo_family();
@@ -453,6 +450,39 @@ void MainWindow::closeEvent(QCloseEvent* e)
     }
     ondo::main_window::closeEvent(e);
     closed = closed || e->isAccepted();
+}
+
+MainWindow::paint_pacer::paint_pacer(QWidget* table)
+    : table(table)
+{
+    clock.start();
+    table_clock.start();
+    table->setUpdatesEnabled(false);
+}
+
+MainWindow::paint_pacer::~paint_pacer() { table->setUpdatesEnabled(true); }
+
+bool MainWindow::paint_pacer::due(bool last)
+{
+    if (!last && clock.elapsed() < 40)
+        return false;
+    clock.restart();
+    return true;
+}
+
+void MainWindow::paint_pacer::process_events(bool last, int max_ms)
+{
+    const bool table_due = last || table_clock.elapsed() >= 250;
+    if (table_due) {
+        table_clock.restart();
+        table->setUpdatesEnabled(true);
+    }
+    if (max_ms < 0)
+        QCoreApplication::processEvents();
+    else
+        QCoreApplication::processEvents(QEventLoop::AllEvents, max_ms);
+    if (table_due)
+        table->setUpdatesEnabled(false);
 }
 
 void MainWindow::show_pace(ondo::progress_dialog* dialog, int done, qint64 elapsed_ms)

@@ -123,21 +123,24 @@ private:
     // Whether the context menu's camera actions apply to the rows selected now.
     void update_camera_actions();
 
-    // When a run paints again: a few times a second, and after its last file. That is enough for
-    // the eye; painting after every file would cost more than ExifTool's work on it.
+    // When a run paints again: its bar a few times a second, and after its last file, which is
+    // enough for the eye. The table less often: a changed row repaints it whole, and one paint of it
+    // costs the program more than its own work on several files. Its paints wait while a pacer lives.
     class paint_pacer {
     public:
-        paint_pacer() { clock.start(); }
-        bool due(bool last)
-        {
-            if (!last && clock.elapsed() < 40)
-                return false;
-            clock.restart();
-            return true;
-        }
+        explicit paint_pacer(QWidget* table);
+        ~paint_pacer();
+        paint_pacer(const paint_pacer&) = delete;
+        paint_pacer& operator=(const paint_pacer&) = delete;
+        // Whether the bar's turn has come.
+        bool due(bool last);
+        // The events that wait, the table painted among them if its turn has come; `max_ms` as
+        // QCoreApplication::processEvents takes it, none by default.
+        void process_events(bool last, int max_ms = -1);
 
     private:
-        QElapsedTimer clock;
+        QWidget* table;
+        QElapsedTimer clock, table_clock;
     };
 
     // Held by each load, fix and undo run. A close during a run hides the window at once; its
