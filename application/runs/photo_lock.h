@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QByteArray>
 #include <QString>
 
 #include <memory>
@@ -23,8 +22,7 @@ public:
     static QString default_folder();
 
 private:
-    photo_lock(const QByteArray& file, int descriptor) : file(file), descriptor(descriptor) {}
+    explicit photo_lock(int descriptor) : descriptor(descriptor) {}
 
-    QByteArray file;
     int descriptor = -1;
 };
