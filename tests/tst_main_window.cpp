@@ -452,11 +452,10 @@ private slots:
         QTRY_VERIFY(seen->answered);
 
         QTRY_COMPARE(table()->model()->index(1, 2).data(Qt::UserRole).toDateTime().toString("yyyy-MM-dd HH:mm:ss"), entered);
-        QStringList shown;
+        QStringList shown{field("lineedit_year") + field("lineedit_month")};
         for (const char* name : {"lineedit_day", "lineedit_hour", "lineedit_minute", "lineedit_second", "lineedit_timezone"})
             shown << field(name);
-        QCOMPARE(shown, fields);
-        QCOMPARE(field("lineedit_year") + field("lineedit_month"), QString());
+        QCOMPARE(shown, QStringList{""} + fields);
     }
 
     // `shown`: what the validator leaves of the keys; `refused`: no zone, and it must look so.
@@ -860,8 +859,7 @@ private slots:
         catcher.urls.clear();
         window->on_button_help_clicked();
         const QString path = QDir::tempPath() + QString("/tavimo_help_%1.html").arg(lang);
-        QCOMPARE(catcher.urls.size(), 1);
-        QCOMPARE(catcher.urls.first().toString(QUrl::None), "file://" + path); // three slashes before /tmp
+        QCOMPARE(QUrl::toStringList(catcher.urls, QUrl::None), QStringList("file://" + path)); // three slashes before /tmp
         const QString text = read_all(path);
         QVERIFY(help[0].isEmpty() ? text.isEmpty() : text.contains(help[0]));
         for (const QString other : {"Cmd", "Ctrl", "Strg"})
@@ -883,8 +881,8 @@ private slots:
         QTextBrowser* browser = browsers.first();
         QVERIFY(browser->isWindow());
         QVERIFY(QTest::qWaitForWindowExposed(browser));
-        QCOMPARE(browser->source().toString(), "file://" + path);
-        QCOMPARE(browser->documentTitle() + " | " + browser->windowTitle(), help[1] + " | " + help[1]);
+        QCOMPARE(QStringList({browser->source().toString(), browser->documentTitle(), browser->windowTitle()}),
+                 QStringList({"file://" + path, help[1], help[1]}));
 
         // Dark behind light text, in the browser's empty corner as on its page.
         const QImage shot = browser->viewport()->grab().toImage();
@@ -896,8 +894,8 @@ private slots:
         browser->setFocus();
         QTest::keyClick(browser, Qt::Key_Tab);
         QTest::keyClick(browser, Qt::Key_Return);
-        QCOMPARE(browser->source().fileName(), QString("tavimo_guide_%1.html").arg(lang));
-        QCOMPARE(browser->windowTitle(), help[2]);
+        QCOMPARE(browser->source().fileName() + " | " + browser->windowTitle(),
+                 QString("tavimo_guide_%1.html | %2").arg(lang, help[2]));
     }
 
     // The settings dialog's language box takes the wheel as any combo box does; the gallery's
