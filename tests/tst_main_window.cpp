@@ -859,7 +859,8 @@ private slots:
         catcher.urls.clear();
         window->on_button_help_clicked();
         const QString path = QDir::tempPath() + QString("/tavimo_help_%1.html").arg(lang);
-        QCOMPARE(QUrl::toStringList(catcher.urls, QUrl::None), QStringList("file://" + path)); // three slashes before /tmp
+        // Three slashes before /tmp.
+        QCOMPARE(QUrl::toStringList(catcher.urls, QUrl::None), QStringList("file://" + path));
         const QString text = read_all(path);
         QVERIFY(help[0].isEmpty() ? text.isEmpty() : text.contains(help[0]));
         for (const QString other : {"Cmd", "Ctrl", "Strg"})
