@@ -65,7 +65,6 @@ using test_support::make_tagged_photo;
 using offset = QList<QVariant>;
 using parts = QList<int>;
 Q_DECLARE_METATYPE(QMessageBox::StandardButtons)
-Q_DECLARE_METATYPE(gps_estimate)
 
 namespace {
 
@@ -155,12 +154,17 @@ QImage show(camera_timeline& timeline, const QVector<timeline_lane>& lanes)
     return timeline.grab().toImage();
 }
 
-// Cameras "cam0", "cam1"... with names in falling order, so that a panel that sorts them shows it.
+// Cameras "cam0", "cam1"... with names in falling order, so that a panel that sorts them shows it; cam0 and
+// cam2 with GPS estimates.
 QList<camera_summary> summaries(int count)
 {
     QList<camera_summary> list;
     for (int i = 0; i < count; ++i)
         list.append({QString("cam%1").arg(i), QString("Model %1").arg(char('Z' - i)), 10 + i, {}, {}, {}});
+    if (count > 0)
+        list[0].gps = gps_estimate{3782, 12, 3};
+    if (count > 2)
+        list[2].gps = gps_estimate{-172805, 4, 3725};
     return list;
 }
 
@@ -253,18 +257,20 @@ private slots:
     // panel's edges in a picture are those of its border image, stretched; screen readers name each icon
     // button by its tooltip and docks show the program's icon; Tab goes in reading order and shows where it
     // is; dialogs name the window, as a Wayland compositor places them by it; a larger window's room goes to
-    // the table. The application hands the window its file-open requests, not its own events.
+    // the table, and at 800 pixels the longest texts of a row and of the offset fields fit. The application
+    // hands the window its file-open requests, not its own events.
     void a_fresh_window()
     {
         QVERIFY(QGuiApplication::primaryScreen()->logicalDotsPerInchY() != 72);
+        QSettings().setValue("date_format", "dd.MM.yyyy"); // chosen, so that no locale's default counts
         make_window(true);
         auto face = [](const QFont& font) {
             const QFontInfo seen(font);
             return QString("%1 %2%3").arg(seen.family()).arg(seen.pixelSize()).arg(seen.bold() ? " bold" : "");
         };
-        const QVariant header_font = table()->model()->headerData(0, Qt::Horizontal, Qt::FontRole);
-        QCOMPARE(face(header_font.value<QFont>()), QString("FreeSans 14 bold"));
-        QCOMPARE(face(window->findChild<QWidget*>("label_2")->font()), QString("FreeSans 11 bold"));
+        const QFont header_font = table()->model()->headerData(0, Qt::Horizontal, Qt::FontRole).value<QFont>();
+        QCOMPARE(face(header_font) + ", " + face(window->findChild<QWidget*>("label_2")->font()),
+                 QString("FreeSans 14 bold, FreeSans 11 bold"));
 
         const QImage shot = window->grab().toImage();
         const QList<QPair<QString, QString>> frames{{"widget_time_adjust", ":/gui/panel/border_topless.png"},
@@ -327,6 +333,22 @@ private slots:
         window->resize(1200, 1000);
         QApplication::processEvents();
         QCOMPARE(table()->size() - before, QSize(400, 300));
+
+        window->resize(800, 700);
+        window->load_files({make_tagged_photo(dir->path(), "a.jpg",
+            test_support::tag_map("ExifIFD:DateTimeOriginal=2017:06:21 18:30:05;IPTC:TimeCreated=18:30:05+04:00"))});
+        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_timezone"), "-11.5");
+        QCOMPARE(column_texts(1), QStringList("21.06.2017 - 18:30:05  UTC+04:00"));
+        QApplication::processEvents();
+        for (int column : {1, 2}) {
+            const int needed = table()->sizeHintForIndex(table()->model()->index(0, column)).width();
+            const int has = table()->horizontalHeader()->sectionSize(column);
+            QVERIFY2(needed <= has, qPrintable(QString("column %1: %2 > %3").arg(column).arg(needed).arg(has)));
+        }
+        // A six-character signed value, with the field's frame and inner margins beside it.
+        for (auto* field : window->findChild<QWidget*>("widget_time_adjust")->findChildren<QLineEdit*>())
+            QVERIFY2(field->fontMetrics().horizontalAdvance("-86400") + 2 * (1 + 2) <= field->width(),
+                qPrintable(field->objectName()));
 
         int calls = 0;
         QTimer::singleShot(0, qApp, [&calls] { ++calls; });
@@ -430,34 +452,10 @@ private slots:
         QTRY_VERIFY(seen->answered);
 
         QTRY_COMPARE(table()->model()->index(1, 2).data(Qt::UserRole).toDateTime().toString("yyyy-MM-dd HH:mm:ss"), entered);
-        QStringList shown;
+        QStringList shown{field("lineedit_year") + field("lineedit_month")};
         for (const char* name : {"lineedit_day", "lineedit_hour", "lineedit_minute", "lineedit_second", "lineedit_timezone"})
             shown << field(name);
-        QCOMPARE(shown, fields);
-        QCOMPARE(field("lineedit_year") + field("lineedit_month"), QString());
-    }
-
-    // The longest texts of a row and of the offset fields fit a window of 800 pixels.
-    void the_longest_texts_fit_at_800_pixels()
-    {
-        QSettings().setValue("date_format", "dd.MM.yyyy"); // chosen, so that no locale's default counts
-        make_window();
-        QCOMPARE(window->width(), 800);
-        window->load_files({make_tagged_photo(dir->path(), "a.jpg",
-            test_support::tag_map("ExifIFD:DateTimeOriginal=2017:06:21 18:30:05;IPTC:TimeCreated=18:30:05+04:00"))});
-        auto* zone = window->findChild<QLineEdit*>("lineedit_timezone");
-        QTest::keyClicks(zone, "-11.5");
-        QCOMPARE(column_texts(1), QStringList("21.06.2017 - 18:30:05  UTC+04:00"));
-        QApplication::processEvents();
-        for (int column : {1, 2}) {
-            const int needed = table()->sizeHintForIndex(table()->model()->index(0, column)).width();
-            const int has = table()->horizontalHeader()->sectionSize(column);
-            QVERIFY2(needed <= has, qPrintable(QString("column %1: %2 > %3").arg(column).arg(needed).arg(has)));
-        }
-        // A six-character signed value, with the field's frame and inner margins beside it.
-        for (auto* field : window->findChild<QWidget*>("widget_time_adjust")->findChildren<QLineEdit*>())
-            QVERIFY2(field->fontMetrics().horizontalAdvance("-86400") + 2 * (1 + 2) <= field->width(),
-                qPrintable(field->objectName()));
+        QCOMPARE(shown, QStringList{""} + fields);
     }
 
     // `shown`: what the validator leaves of the keys; `refused`: no zone, and it must look so.
@@ -512,22 +510,22 @@ private slots:
         for (QChar key : keys)
             QTest::sendKeyEvent(QTest::Click, edit, Qt::Key(key.toUpper().unicode()), QString(key), Qt::NoModifier);
 
+        auto* year = panel.findChild<QLineEdit*>("lineedit_year");
+        auto* zone_label = panel.findChild<QWidget*>("label_timezone");
+        // The zone held, refused, and looking so.
+        auto zone_state = [&] {
+            edit->ensurePolished();
+            year->ensurePolished();
+            return QVector<bool>{panel.has_timezone_offset(), panel.zone_refused(),
+                                 edit->palette().color(QPalette::Text) != year->palette().color(QPalette::Text)};
+        };
         QCOMPARE(edit->text(), shown);
         QCOMPARE(spy.count(), shown.size()); // each key that landed reported once
         if (!spy.isEmpty())
             QCOMPARE(spy.last(), expected);
-        QCOMPARE(panel.has_timezone_offset(), expected.at(6).toBool());
-        QCOMPARE(panel.zone_refused(), refused);
+        QCOMPARE(zone_state(), (QVector<bool>{expected.at(6).toBool(), refused, refused}));
 
         // A refused zone says why in its tooltip; otherwise the zone field keeps its label's tooltip.
-        auto* year = panel.findChild<QLineEdit*>("lineedit_year");
-        auto* zone_label = panel.findChild<QWidget*>("label_timezone");
-        auto looks_refused = [&] {
-            edit->ensurePolished();
-            year->ensurePolished();
-            return edit->palette().color(QPalette::Text) != year->palette().color(QPalette::Text);
-        };
-        QCOMPARE(looks_refused(), refused);
         QVERIFY(zone_label->toolTip() != "offset tip");
         if (refused)
             QVERIFY2(edit->toolTip().startsWith('"' + shown + "\" is not a time zone."), qPrintable(edit->toolTip()));
@@ -537,8 +535,7 @@ private slots:
         panel.clear();
         if (!shown.isEmpty())
             QCOMPARE(spy.last(), zone(false, 0.0));
-        QVERIFY(!panel.zone_refused());
-        QVERIFY(!looks_refused());
+        QCOMPARE(zone_state(), QVector<bool>(3, false));
         QCOMPARE(panel.findChild<QLineEdit*>("lineedit_timezone")->toolTip(), zone_label->toolTip());
     }
 
@@ -749,16 +746,12 @@ private slots:
         QCOMPARE(QApplication::exec(), 0);
         prompt->cancelled = true;
 
-        QVERIFY(settings->answered);
         QCOMPARE(first_shown, QString("English"));
         QCOMPARE(QSettings().contains("lang"), !stored.isEmpty() || !selections.isEmpty());
         QCOMPARE(QSettings().value("lang").toString(), expected);
-        QCOMPARE(prompt->answered, expected != stored);
-        if (!prompt->answered)
-            return;
         prompt->buttons.sort();
-        QCOMPARE(prompt->buttons, (QStringList{"Continue working", "Quit now"}));
-        QCOMPARE(prompt->default_button, QString("Continue working"));
+        QCOMPARE(prompt->buttons.join(", ") + " / " + prompt->default_button,
+                 QString(expected != stored ? "Continue working, Quit now / Continue working" : " / "));
     }
 
     // A fresh window in the stored language, from one start: its headers and drop picture; Ctrl+O's file dialog
@@ -817,16 +810,14 @@ private slots:
             qWarning("Qt's German catalogue (qttranslations5-l10n) is not installed: no German file dialog");
         else if (!dialog.isEmpty()) {
             QVERIFY(tip_button(dialog[1]));
-            QString opened, look_in, shown_filter;
-            QString name_box = "not looked at";
-            QStringList cut;
+            QStringList shown_in_dialog{"not looked at"}; // title and what `dialog` names, folder, name, cut texts
             double contrast = 0; // of the least readable label
             const auto seen = answer_next_box(dialog[4], [&](QDialog* box) {
                 auto* file_dialog = qobject_cast<QFileDialog*>(box);
-                opened = file_dialog->directory().absolutePath();
-                name_box = file_dialog->findChild<QLineEdit*>("fileNameEdit")->text();
-                look_in = file_dialog->findChild<QLabel*>("lookInLabel")->text();
-                shown_filter = file_dialog->selectedNameFilter();
+                shown_in_dialog = QStringList{file_dialog->windowTitle(),
+                    file_dialog->findChild<QLabel*>("lookInLabel")->text(),
+                    file_dialog->selectedNameFilter().left(dialog[3].size()), file_dialog->directory().absolutePath(),
+                    file_dialog->findChild<QLineEdit*>("fileNameEdit")->text()};
                 auto* tree = file_dialog->findChild<QTreeView*>("treeView");
                 QAbstractItemModel* model = tree->model();
                 QTRY_COMPARE(model->rowCount(tree->rootIndex()), 3);
@@ -835,7 +826,7 @@ private slots:
                     for (int column : {1, 3}) {
                         const QString text = model->index(row, column, tree->rootIndex()).data().toString();
                         if (tree->header()->sectionSize(column) < metrics.horizontalAdvance(text) + 8)
-                            cut << text;
+                            shown_in_dialog << text;
                     }
                 const QImage shot = file_dialog->grab().toImage();
                 contrast = 21;
@@ -850,15 +841,10 @@ private slots:
             QTest::keyClick(window->findChild<QLineEdit*>("lineedit_year"), Qt::Key_O, Qt::ControlModifier);
 
             QTRY_VERIFY(seen->answered);
-            QCOMPARE(seen->title, dialog[0]);
+            QCOMPARE(shown_in_dialog, (QStringList{dialog[0], dialog[2], dialog[3], root.path(), ""}));
             QVERIFY2(seen->buttons.contains(dialog[4]) && seen->buttons.contains(dialog[5]),
                 qPrintable(seen->buttons.join(", ")));
-            QCOMPARE(look_in, dialog[2]);
-            QVERIFY2(shown_filter.startsWith(dialog[3]), qPrintable(shown_filter.left(40)));
-            QVERIFY2(cut.isEmpty(), qPrintable(cut.join(", ")));
             QVERIFY2(contrast >= 4.5, qPrintable(QString::number(contrast)));
-            QCOMPARE(name_box, QString());
-            QCOMPARE(opened, root.path());
             QCOMPARE(column_texts(), QStringList({"a.jpg", "b.jpg"}));
             QCOMPARE(QSettings().value("last_load_path").toString(), shots);
         }
@@ -873,8 +859,8 @@ private slots:
         catcher.urls.clear();
         window->on_button_help_clicked();
         const QString path = QDir::tempPath() + QString("/tavimo_help_%1.html").arg(lang);
-        QCOMPARE(catcher.urls.size(), 1);
-        QCOMPARE(catcher.urls.first().toString(QUrl::None), "file://" + path); // three slashes before /tmp
+        // Three slashes before /tmp.
+        QCOMPARE(QUrl::toStringList(catcher.urls, QUrl::None), QStringList("file://" + path));
         const QString text = read_all(path);
         QVERIFY(help[0].isEmpty() ? text.isEmpty() : text.contains(help[0]));
         for (const QString other : {"Cmd", "Ctrl", "Strg"})
@@ -896,8 +882,8 @@ private slots:
         QTextBrowser* browser = browsers.first();
         QVERIFY(browser->isWindow());
         QVERIFY(QTest::qWaitForWindowExposed(browser));
-        QCOMPARE(browser->source().toString(), "file://" + path);
-        QCOMPARE(browser->documentTitle() + " | " + browser->windowTitle(), help[1] + " | " + help[1]);
+        QCOMPARE(QStringList({browser->source().toString(), browser->documentTitle(), browser->windowTitle()}),
+                 QStringList({"file://" + path, help[1], help[1]}));
 
         // Dark behind light text, in the browser's empty corner as on its page.
         const QImage shot = browser->viewport()->grab().toImage();
@@ -909,8 +895,8 @@ private slots:
         browser->setFocus();
         QTest::keyClick(browser, Qt::Key_Tab);
         QTest::keyClick(browser, Qt::Key_Return);
-        QCOMPARE(browser->source().fileName(), QString("tavimo_guide_%1.html").arg(lang));
-        QCOMPARE(browser->windowTitle(), help[2]);
+        QCOMPARE(browser->source().fileName() + " | " + browser->windowTitle(),
+                 QString("tavimo_guide_%1.html | %2").arg(lang, help[2]));
     }
 
     // The settings dialog's language box takes the wheel as any combo box does; the gallery's
@@ -1155,10 +1141,9 @@ private slots:
     void estimates_data()
     {
         QTest::addColumn<QVector<qint64>>("differences");
-        QTest::addColumn<qint64>("median");
-        QTest::addColumn<qint64>("spread");
-        QTest::newRow("odd count") << QVector<qint64>{-3790, -3795, -3792} << qint64(-3792) << qint64(5);
-        QTest::newRow("even count") << QVector<qint64>{10, 14, 12, 100} << qint64(13) << qint64(90);
+        QTest::addColumn<QVector<qint64>>("median_spread_photos");
+        QTest::newRow("odd count") << QVector<qint64>{-3790, -3795, -3792} << QVector<qint64>{-3792, 5, 3};
+        QTest::newRow("even count") << QVector<qint64>{10, 14, 12, 100} << QVector<qint64>{13, 90, 4};
     }
 
     void estimates()
@@ -1166,9 +1151,7 @@ private slots:
         QFETCH(QVector<qint64>, differences);
         const auto found = camera_clocks::estimate(differences);
         QVERIFY(found);
-        QTEST(found->seconds, "median");
-        QTEST(found->spread, "spread");
-        QCOMPARE(found->photos, differences.size());
+        QTEST((QVector<qint64>{found->seconds, found->spread, found->photos}), "median_spread_photos");
     }
 
     // The panel's offset first, then the camera's correction; a date alone moves by its days.
@@ -1217,13 +1200,21 @@ private slots:
         if (count < 2)
             return;
         QVERIFY(QTest::qWaitForWindowExposed(&panel));
-        // One set of editors per camera, top to bottom in the order given.
+        // One set of editors per camera, top to bottom in the order given, each with its GPS line.
         QList<QSpinBox*> days = panel.findChildren<QSpinBox*>("correction_days");
         std::sort(days.begin(), days.end(),
                   [](QSpinBox* a, QSpinBox* b) { return a->mapToGlobal(QPoint()).y() < b->mapToGlobal(QPoint()).y(); });
-        QCOMPARE(days.size(), count);
-        for (int i = 0; i < count; ++i)
-            QCOMPARE(days.at(i)->property("camera").toString(), QString("cam%1").arg(i));
+        QStringList rows, expected;
+        for (int i = 0; i < days.size(); ++i) {
+            const QString key = days.at(i)->property("camera").toString();
+            const QLabel* line = in_row<QLabel>(panel, key, "gps_estimate");
+            rows << key + ": " + (line ? line->text() : QString());
+            expected << QString("cam%1: ").arg(i);
+        }
+        expected[0] += "GPS: +1 h 3 min 2 s, 12 photos, spread 3 s";
+        if (count > 2)
+            expected[2] += "GPS: \u22122 d 0 h 0 min 5 s, 4 photos, spread 1 h 2 min 5 s";
+        QCOMPARE(rows, expected);
     }
 
     // A correction typed (days first) or set elsewhere (no `entered`) shows carried, in its own row alone.
@@ -1271,70 +1262,33 @@ private slots:
         QCOMPARE(shown(panel, "cam0"), (parts{0, 0, 0, 0}));
     }
 
-    void panel_gps_line_data()
-    {
-        QTest::addColumn<int>("estimated");
-        QTest::addColumn<gps_estimate>("gps");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("first") << 0 << gps_estimate{3782, 12, 3} << "GPS: +1 h 3 min 2 s, 12 photos, spread 3 s";
-        QTest::newRow("second, hours of spread")
-            << 1 << gps_estimate{-172805, 4, 3725} << "GPS: \u22122 d 0 h 0 min 5 s, 4 photos, spread 1 h 2 min 5 s";
-    }
-
-    void panel_gps_line()
-    {
-        QFETCH(int, estimated);
-        QFETCH(gps_estimate, gps);
-        QFETCH(QString, expected);
-        time_offsets offsets;
-        cameras_panel panel(&offsets);
-        QList<camera_summary> list = summaries(2);
-        list[estimated].gps = gps;
-        panel.set_cameras(list);
-        for (int i = 0; i < 2; ++i) {
-            const QLabel* line = in_row<QLabel>(panel, list.at(i).key, "gps_estimate");
-            QCOMPARE(line ? line->text() : QString(), i == estimated ? expected : QString());
-        }
-    }
-
-    void timeline_has_one_lane_per_camera_data()
-    {
-        QTest::addColumn<int>("cameras");
-        for (int cameras : {1, 2, 3, 5})
-            QTest::addRow("%d", cameras) << cameras;
-    }
-
-    void timeline_has_one_lane_per_camera()
-    {
-        QFETCH(int, cameras);
-        QVector<timeline_lane> lanes;
-        for (int i = 0; i < cameras; ++i)
-            lanes << lane(QStringLiteral("Camera %1").arg(i), {double(i), i + 2.5, 9});
-        camera_timeline timeline;
-        QCOMPARE(marks(show(timeline, lanes)).size(), cameras);
-    }
-
-    // The first camera's photos fix the axis; the shifted mark moves by its shift, its old place stays faint.
+    // One lane per camera; the first camera's photos fix the axis; the shifted mark moves by its shift, its old
+    // place stays faint.
     void timeline_marks_follow_the_shift_data()
     {
+        QTest::addColumn<int>("cameras");
         QTest::addColumn<qint64>("shift");
-        QTest::newRow("later") << 5 * hour;
-        QTest::newRow("earlier") << -2 * hour;
+        QTest::newRow("two, later") << 2 << 5 * hour;
+        QTest::newRow("five, earlier") << 5 << -2 * hour;
     }
 
     void timeline_marks_follow_the_shift()
     {
+        QFETCH(int, cameras);
         QFETCH(qint64, shift);
+        QVector<timeline_lane> lanes{lane("A", {0, 10}), lane("B", {3})};
+        for (int i = 2; i < cameras; ++i)
+            lanes << lane(QStringLiteral("Camera %1").arg(i), {double(i), i + 2.5, 9});
         camera_timeline timeline;
-        const QImage before = show(timeline, {lane("A", {0, 10}), lane("B", {3})});
+        const QImage before = show(timeline, lanes);
         const QVector<int> rows = marks(before);
-        QCOMPARE(rows.size(), 2);
+        QCOMPARE(rows.size(), cameras);
         const QVector<int> frame = marks(before, rows.at(0));
         const QVector<int> old_place = marks(before, rows.at(1));
         QCOMPARE(frame.size(), 2);
         QCOMPARE(old_place.size(), 1);
 
-        timeline.set_shifts({0, shift});
+        timeline.set_shifts(QVector<qint64>{0, shift} + QVector<qint64>(cameras - 2, 0));
         const QImage after = timeline.grab().toImage();
         QCOMPARE(marks(after, rows.at(0)), frame);
         const QVector<int> new_place = marks(after, rows.at(1));
@@ -1417,24 +1371,29 @@ private slots:
         QCOMPARE(column_texts(3).first(), QString("Canon EOS 40D …1111"));
         const auto listings = test_support::listings(dir->path());
 
+        // The Nikon's correction, and the new times of nikon_1, canon_1 and canon_3.
+        auto state = [&] {
+            return QStringList{QString::number(offsets()->correction(nikon_key())), new_time("nikon_1.jpg"),
+                               new_time("canon_1.jpg"), new_time("canon_3.jpg")};
+        };
+        const QString corrected = QString::number(-nikon_ahead);
+
         // canon_2 and nikon_2 were taken at one moment.
         select_pair("canon_2.jpg", "nikon_2.jpg");
         action("action_same_moment")->trigger();
-        QCOMPARE(offsets()->correction(nikon_key()), -nikon_ahead);
-        QCOMPARE(new_time("nikon_1.jpg"), at(base, 0));
-        QCOMPARE(new_time("canon_1.jpg"), at(base, 0));
+        QCOMPARE(state(), (QStringList{corrected, at(base, 0), at(base, 0), at(base, 120)}));
 
         // The GPS time gives the same, the 1970 stamp aside.
         offsets()->clear_corrections();
         select_pair("nikon_3.jpg", "nikon_3.jpg");
         QVERIFY(action("action_camera_from_gps")->isEnabled());
         action("action_camera_from_gps")->trigger();
-        QCOMPARE(offsets()->correction(nikon_key()), -nikon_ahead);
+        QCOMPARE(state(), (QStringList{corrected, at(base, 0), at(base, 0), at(base, 120)}));
 
         // The panel's offset adds to every camera.
         QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_minute"), "10");
-        QCOMPARE(new_time("nikon_1.jpg"), at(base, 600));
-        QCOMPARE(new_time("canon_3.jpg"), at(base, 2 * 60 + 600));
+        const QStringList ten_minutes_on{corrected, at(base, 600), at(base, 600), at(base, 720)};
+        QCOMPARE(state(), ten_minutes_on);
 
         // The known time of one photo sets its camera's clock alone, and leaves the panel's offset.
         offsets()->clear_corrections();
@@ -1446,9 +1405,7 @@ private slots:
         });
         QTest::keyClick(table(), Qt::Key_F2);
         QTRY_VERIFY(seen->answered);
-        QCOMPARE(new_time("nikon_1.jpg"), at(base, 600));
-        QCOMPARE(offsets()->correction(nikon_key()), -nikon_ahead);
-        QCOMPARE(new_time("canon_1.jpg"), at(base, 600));
+        QCOMPARE(state(), ten_minutes_on);
         QCOMPARE(window->findChild<QLineEdit*>("lineedit_minute")->text(), QString("10"));
 
         QStringList expected;
