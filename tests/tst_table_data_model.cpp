@@ -298,6 +298,7 @@ private slots:
             by_tag << tag << (packed.contains(tag) ? packed.value(tag) : "<missing>");
         QCOMPARE(marked(unpacked), marked(texts));
         QCOMPARE(marked(by_tag), marked(texts));
+        QCOMPARE(packed.size(), int(tags.size()));
         QVERIFY(!packed.contains("never:Seen"));
         const ondo::packed_tags changed = packed.with(texts.first(), QString()).with("new:Tag", "1");
         QVERIFY(!changed.contains(texts.first()) && changed.value("new:Tag") == "1");
@@ -307,10 +308,10 @@ private slots:
         for (int i = 0; i + 1 < texts.size(); i += 2)
             undo.append({texts.at(i), i % 4 == 0, texts.at(i + 1), i % 4 == 0 ? QString() : texts.at(i), i > 0});
         auto fields = [](const QList<undo_entry>& entries) {
-            QStringList texts;
+            QStringList parts;
             for (const undo_entry& entry : entries)
-                texts << entry.tag << QString::number(entry.existed) << entry.value << entry.written << QString::number(entry.checked);
-            return marked(texts);
+                parts << entry.tag << QString::number(entry.existed) << entry.value << entry.written << QString::number(entry.checked);
+            return marked(parts);
         };
         QCOMPARE(fields(packed_undo(undo).entries()), fields(undo));
     }
