@@ -136,14 +136,14 @@ private slots:
             "2020-02-29 10:00:00", "2019-02-28 10:00:00");
         row("nothing, in the autumn hour", "", "ExifIFD:DateTimeOriginal=2017:10:29 02:30:00", "", {},
             "2017-10-29 02:30:00", "2017-10-29 02:30:00");
-        row("back an hour, on half an hour", "", "ExifIFD:DateTimeOriginal=2018:01:01 00:10:00", "", {0, 0, 0, -1, 30, 5},
-            "2018-01-01 00:10:00", "2017-12-31 23:40:05");
+        row("back an hour, on half an hour", "", "ExifIFD:DateTimeOriginal=2018:01:01 00:10:00", "",
+            {0, 0, 0, -1, 30, 5}, "2018-01-01 00:10:00", "2017-12-31 23:40:05");
         row("hours wrap like a 32-bit product", "", dto, "", {0, 0, 0, 600000}, "@", "1949-10-26 11:01:49");
         // A movie's UTC date, read on the file's zone or on the machine's for that date.
         row("movie in winter, Berlin", "", "QuickTime:CreateDate=2005:01:11 14:03:54", "", {}, "2005-01-11 15:03:54",
             "2005-01-11 15:03:54");
-        row("movie, zone from EXIF", "", "QuickTime:CreateDate=2005:08:11 14:03:54;ExifIFD:OffsetTimeOriginal=-05:00", "", {},
-            "2005-08-11 09:03:54  UTC-05:00", "2005-08-11 09:03:54  UTC-05:00");
+        row("movie, zone from EXIF", "", "QuickTime:CreateDate=2005:08:11 14:03:54;ExifIFD:OffsetTimeOriginal=-05:00",
+            "", {}, "2005-08-11 09:03:54  UTC-05:00", "2005-08-11 09:03:54  UTC-05:00");
         row("movie zeros are no date", "", "QuickTime:CreateDate=0000:00:00 00:00:00", "", {}, "-", "-");
         row("a line break is no date", "", "QuickTime:CreateDate=2005:08:11 14:03:54\n", "", {}, "-", "-");
     }
@@ -310,7 +310,8 @@ private slots:
         auto fields = [](const QList<undo_entry>& entries) {
             QStringList parts;
             for (const undo_entry& entry : entries)
-                parts << entry.tag << QString::number(entry.existed) << entry.value << entry.written << QString::number(entry.checked);
+                parts << entry.tag << QString::number(entry.existed) << entry.value << entry.written
+                      << QString::number(entry.checked);
             return marked(parts);
         };
         QCOMPARE(fields(packed_undo(undo).entries()), fields(undo));
