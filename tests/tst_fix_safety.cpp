@@ -147,8 +147,7 @@ private slots:
             get_in_the_way();
         // Armed for both runs, so that a box where none belongs is caught too.
         const auto fix_box = click_answering(fix_tip, answer);
-        QCOMPARE(original_time(paths[0]), after);
-        QCOMPARE(original_time(paths[2]), after);
+        QCOMPARE(original_time(paths[0]) + " " + original_time(paths[2]), after + " " + after);
         QVERIFY(journals().isEmpty()); // the run ended: its undo is in memory alone
         const QByteArray fixed = contents(middle);
         if (when == "undo") {
@@ -437,8 +436,8 @@ private slots:
             tags_before[name] = read_back(dir->filePath(name));
         open_with({dir->filePath("IMG_1001.dng"), dir->filePath("DSC_2002.NEF"), dir->filePath("DSC_3003.NEF")}, "2");
         const auto asked = click_answering(fix_tip, "Include them");
-        QVERIFY2(asked->text.startsWith("1 file taken together with the loaded photos was left out"), qPrintable(asked->text));
-        QVERIFY(asked->text.contains("DSC_3003.JPG"));
+        QVERIFY2(asked->text.startsWith("1 file taken together with the loaded photos was left out")
+                     && asked->text.contains("DSC_3003.JPG"), qPrintable(asked->text));
         QCOMPARE(asked->buttons, QStringList({"Include them", "Only the loaded files"}));
         QCOMPARE(rows().size(), 4);
         QCOMPARE(window->findChild<QLabel*>("run_note")->text().section(' ', 0, 5), "4 photos and 3 sidecars changed.");
