@@ -2,24 +2,21 @@
 
 #include <mainwindow.h>
 #include <ondo/application.h>
+#include <ondo/exiftool.h>
 
 #include <QCoreApplication>
-#include <QLineEdit>
-#include <QProgressBar>
-#include <QPushButton>
-#include <QTableView>
-
 #include <QDir>
 #include <QFile>
 #include <QImage>
+#include <QLineEdit>
 #include <QProcess>
+#include <QProgressBar>
+#include <QPushButton>
 #include <QRandomGenerator>
+#include <QTableView>
 #include <QTest>
 
-#include <ondo/exiftool.h>
-
 #include <ctime>
-
 #include <unistd.h>
 
 namespace test_support {
