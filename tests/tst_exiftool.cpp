@@ -428,7 +428,8 @@ private slots:
     void joined_reads_answer_each_file_alone()
     {
         const QStringList paths = {
-            make_tagged_photo(dir->path(), "j0 Märchen Ångström.jpg", {{"IFD0:Make", "Canon"}, {"ExifIFD:DateTimeOriginal", "2017:06:21 18:30:05"}}),
+            make_tagged_photo(dir->path(), "j0 Märchen Ångström.jpg",
+                              {{"IFD0:Make", "Canon"}, {"ExifIFD:DateTimeOriginal", "2017:06:21 18:30:05"}}),
             make_tagged_photo(dir->path(), "======== j1.jpg", {{"IFD0:Model", "EOS"}}),
             dir->filePath("j2 gone.jpg"),
             make_tagged_photo(dir->path(), "j3 {ready3}.jpg", {{"XMP-dc:Title", "{ready3}"}}),
