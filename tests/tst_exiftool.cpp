@@ -46,30 +46,12 @@ struct stop_when_overdue {
     }
 };
 
-QString value(const exif_tag_map& tags, const QString& tag, const QString& absent = QString())
+QString value(const exif_tag_map& tags, const QString& tag)
 {
-    return tags.count(tag) ? tags.at(tag) : absent;
+    return tags.count(tag) ? tags.at(tag) : QString();
 }
 
 const QString before = "2017:06:21 18:30:05";
-const QString after = "2017:06:21 19:30:05";
-
-// What a fix may never change: the decoded pixels, and what ExifTool's validation finds.
-QByteArray soundness(const QString& path)
-{
-    QImage image;
-    if (!image.load(path))
-        return "does not decode";
-    image = image.convertToFormat(QImage::Format_RGB32);
-    return QCryptographicHash::hash(QByteArray::fromRawData(reinterpret_cast<const char*>(image.constBits()),
-                                        int(image.sizeInBytes())), QCryptographicHash::Sha1).toHex()
-        + " " + run(TAVIMO_EXIFTOOL_SCRIPT, {"-s3", "-Validate", path}).trimmed().toUtf8();
-}
-
-QStringList leftovers(const QString& dir)
-{
-    return QDir(dir).entryList({"*_exiftool_tmp"}, QDir::Files | QDir::Hidden);
-}
 
 } // namespace
 
@@ -82,8 +64,7 @@ private slots:
         QVERIFY(large.isValid());
         large_photos = photos(large.path(), 12, true);
         restore_large_photos();
-        for (const QString& path : large_photos)
-            sound[path] = soundness(path);
+        sound = soundness();
     }
     // In place of window_test's: each test starts with one child of its own.
     void cleanup()
@@ -341,84 +322,39 @@ private slots:
         all_gone(perl);
     }
 
-    // With the real ExifTool from here on: `tags` written, read back with or without groups.
-    void read_data()
-    {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("tags");
-        QTest::addColumn<bool>("groups");
-        QTest::addColumn<QString>("read");
-        const QString both_dates = "IPTC:DateCreated=2017:06:21;XMP-photoshop:DateCreated=2017:06:21 18:30:05";
-        const QString both_dto = "IFD0:DateTimeOriginal=2017:06:21 18:30:05;ExifIFD:DateTimeOriginal=2017:06:21 18:30:06";
-        QTest::newRow("without groups") << "b.jpg" << "ExifIFD:DateTimeOriginal=2019:07:01 10:11:12" << false
-                                        << "DateTimeOriginal=2019:07:01 10:11:12";
-        QTest::newRow("non-ASCII file name") << "Märchen Ångström.jpg" << "IFD0:Make=Canon" << true << "IFD0:Make=Canon";
-        QTest::newRow("value cut at a further equals sign") << "e.jpg" << "IFD0:ImageDescription=a=b" << false
-                                                            << "ImageDescription=a";
-        QTest::newRow("IPTC and XMP creation dates") << "g1.jpg" << both_dates << true << both_dates;
-        QTest::newRow("DateTimeOriginal in IFD0 and ExifIFD") << "g2.jpg" << both_dto << true << both_dto;
-    }
-
-    void read()
-    {
-        QFETCH(QString, name);
-        QFETCH(QString, tags);
-        QFETCH(bool, groups);
-        QFETCH(QString, read);
-        const exif_tag_map got = exiftool::read_tags(make_tagged_photo(dir->path(), name, tag_map(tags)), groups, true);
-        for (const auto& [tag, value] : tag_map(read))
-            QCOMPARE(tag + "=" + ::value(got, tag, "<absent>"), tag + "=" + value);
-        QCOMPARE(got.at(groups ? "System:FileName" : "FileName"), name);
-    }
-
-    // Written in place (same inode, no backup), maybe bound to the `description` it `expects`
-    // ("<absent>": no tag), which is data only: it matches itself exactly and nothing in it runs.
+    // With the real ExifTool from here on.
+    // Bound to the `description` it `expects` ("<absent>": no tag), which is data only: it matches
+    // itself exactly and nothing in it runs.
     void write_data()
     {
         QTest::addColumn<QString>("description");
-        QTest::addColumn<QString>("tags");
         QTest::addColumn<QString>("expects");
         QTest::addColumn<bool>("written");
-        QTest::addColumn<QString>("after");
         const QString code = "x'.system('touch PWNED').'\\' $IFD0:Make ${IFD0:Model} $/ @a \".`touch PWNED`.\"";
-        const QString software = "IFD0:Software=T", none = "IFD0:Software=";
-        QTest::newRow("set") << "" << "DateTimeOriginal=2020:01:02 03:04:05;Make=Nikon" << "" << true
-                             << "ExifIFD:DateTimeOriginal=2020:01:02 03:04:05;IFD0:Make=Nikon";
-        QTest::newRow("empty value deletes") << "" << "Make=" << "" << true << "IFD0:Make=;IFD0:Model=EOS";
-        QTest::newRow("bound, plain, held") << "holiday" << software << "holiday" << true << software;
-        QTest::newRow("bound, plain, edited since") << "holiday" << software << "holidays" << false << none;
-        QTest::newRow("bound, quotes, dollars and backslashes, held") << code << software << code << true << software;
-        QTest::newRow("bound, a tag reference is no tag") << "Canon" << software << "$IFD0:Make" << false << none;
-        QTest::newRow("bound, absent, as expected") << "" << software << "<absent>" << true << software;
-        QTest::newRow("bound, present, expected absent") << "holiday" << software << "<absent>" << false << none;
+        QTest::newRow("plain, held") << "holiday" << "holiday" << true;
+        QTest::newRow("plain, edited since") << "holiday" << "holidays" << false;
+        QTest::newRow("quotes, dollars and backslashes, held") << code << code << true;
+        QTest::newRow("a tag reference is no tag") << "Canon" << "$IFD0:Make" << false;
+        QTest::newRow("absent, as expected") << "" << "<absent>" << true;
+        QTest::newRow("present, expected absent") << "holiday" << "<absent>" << false;
     }
 
     void write()
     {
         QFETCH(QString, description);
-        QFETCH(QString, tags);
         QFETCH(QString, expects);
         QFETCH(bool, written);
-        QFETCH(QString, after);
         exif_tag_map held = {{"IFD0:Make", "Canon"}, {"IFD0:Model", "EOS"}};
         if (!description.isEmpty())
             held["IFD0:ImageDescription"] = description;
         const QString path = make_tagged_photo(dir->path(), "write.jpg", held);
         QCOMPARE(value(read_back(path), "IFD0:ImageDescription"), description);
-        struct stat before {}, now {};
-        ::stat(QFile::encodeName(path).constData(), &before);
-        exif_tag_map condition;
-        if (!expects.isEmpty())
-            condition["IFD0:ImageDescription"] = expects == "<absent>" ? QString() : expects;
+        const exif_tag_map condition{{"IFD0:ImageDescription", expects == "<absent>" ? QString() : expects}};
         ondo::exif_error error = ondo::exif_error::none;
-        QCOMPARE(exiftool::write_result(exiftool::write_tags_async(path, tag_map(tags), condition), &error), written);
+        QCOMPARE(exiftool::write_result(exiftool::write_tags_async(path, {{"IFD0:Software", "T"}}, condition), &error),
+                 written);
         QCOMPARE(error, written ? ondo::exif_error::none : ondo::exif_error::changed);
-        const exif_tag_map now_held = read_back(path);
-        for (const auto& [key, value] : tag_map(after))
-            QCOMPARE(::value(now_held, key), value);
-        ::stat(QFile::encodeName(path).constData(), &now);
-        QCOMPARE(now.st_ino, before.st_ino);
-        QVERIFY(!QFileInfo::exists(path + "_original"));
+        QCOMPARE(value(read_back(path), "IFD0:Software"), QString(written ? "T" : ""));
         QVERIFY(!QFile::exists("PWNED") && !QFile::exists(dir->filePath("PWNED")));
     }
 
@@ -471,7 +407,6 @@ private slots:
         QCOMPARE(exiftool::write_result(write, &error), written);
         QCOMPARE(error, written ? ondo::exif_error::none : ondo::exif_error::changed);
         QCOMPARE(value(read_back(path), "IFD0:Make"), QString(meanwhile == "replace" ? "Pentax" : written ? "Nikon" : "Canon"));
-        QCOMPARE(value(read_back(other), "IFD0:Make"), QString("Pentax"));
     }
 
     // A cut-short write's temporary file may be the only whole copy: the photo is refused untouched.
@@ -488,11 +423,13 @@ private slots:
         QCOMPARE(contents(leftover.fileName()), QByteArray("earlier"));
     }
 
-    // Queued reads go out joined; each file gets what it gets alone, whatever its name holds.
+    // Queued reads go out joined; each file gets what it gets alone, whatever its name holds. A value
+    // is cut at a further "=".
     void joined_reads_answer_each_file_alone()
     {
         const QStringList paths = {
-            make_tagged_photo(dir->path(), "j0.jpg", {{"IFD0:Make", "Canon"}, {"ExifIFD:DateTimeOriginal", "2017:06:21 18:30:05"}}),
+            make_tagged_photo(dir->path(), "j0 Märchen Ångström.jpg",
+                              {{"IFD0:Make", "Canon"}, {"ExifIFD:DateTimeOriginal", "2017:06:21 18:30:05"}}),
             make_tagged_photo(dir->path(), "======== j1.jpg", {{"IFD0:Model", "EOS"}}),
             dir->filePath("j2 gone.jpg"),
             make_tagged_photo(dir->path(), "j3 {ready3}.jpg", {{"XMP-dc:Title", "{ready3}"}}),
@@ -521,7 +458,7 @@ private slots:
         }
         exiftool::verbose(false);
         QVERIFY(alone[2].empty() && alone[0].at("IFD0:Make") == "Canon" && alone[3].at("XMP-dc:Title") == "{ready3}"
-                && alone[1].at("IFD0:Model") == "EOS");
+                && alone[1].at("IFD0:Model") == "EOS" && alone[4].at("IFD0:Artist") == "a");
         const QStringList joined = log.lines().filter("Writing '").filter(paths[2]);
         QVERIFY2(joined.size() == 1 && joined[0].contains(paths[3]) && joined[0].contains(paths[4]),
                  qPrintable(log.lines().join('\n')));
@@ -595,7 +532,7 @@ private slots:
     }
 
     // Three children load the table one child loads and write every good file once, failures listed
-    // in table order; the folder and twelve texts of the first photo end like the reads' markers.
+    // in table order; the folder ends like a read's marker.
     void several_children_work_as_one()
     {
         QVERIFY(QDir(dir->path()).mkpath("trip{ready1}"));
@@ -611,13 +548,6 @@ private slots:
                 tags["IFD0:Make"] = QString("Maker %1").arg(i);
             paths << make_tagged_photo(album, QString("s%1.jpg").arg(i, 2, 10, QLatin1Char('0')), tags);
         }
-        exif_tag_map texts;
-        const QStringList fields = {"IFD0:ImageDescription", "IFD0:Artist", "IFD0:Copyright", "IFD0:Software", "IFD0:Make",
-            "IFD0:Model", "XMP-dc:Description", "XMP-dc:Title", "XMP-dc:Creator", "IPTC:Caption-Abstract", "IPTC:ObjectName",
-            "IPTC:By-line"};
-        for (int i = 0; i < fields.size(); ++i)
-            texts[fields[i]] = QString("text{ready%1}").arg(i);
-        tag_files({{paths[0], texts}, {paths[11], {{"IFD0:Artist", "nobody{ready2}"}}}});
         auto load = [&](int children) {
             exiftool::shutdown(false);
             exiftool::set_pool_size(children);
@@ -657,41 +587,6 @@ private slots:
         }
         QCOMPARE(run(TAVIMO_EXIFTOOL_SCRIPT, QStringList{"-T", "-FileName", "-ExifIFD:DateTimeOriginal"} + paths)
                      .split('\n', Qt::SkipEmptyParts), times);
-        QCOMPARE(value(read_back(paths[0]), "IFD0:Artist"), QString("text{ready1}"));
-    }
-
-    // The real ExifTool killed mid-run over large photos: at most its file fails, whole and with no
-    // temporary file; every other is written, and the undo covers all.
-    void a_killed_child_fails_only_its_file()
-    {
-        exiftool::set_pool_size(0);
-        restore_large_photos();
-        open_with(large_photos);
-        qint64 child = 0;
-        QTimer killer;
-        connect(&killer, &QTimer::timeout, &killer, [&] {
-            if (QFileInfo(large_photos[3]).lastModified().date().year() != 2017)
-                return;
-            killer.stop();
-            child = child_of(QCoreApplication::applicationPid());
-            ::kill(pid_t(child), SIGKILL);
-        });
-        killer.start(5);
-        const auto failed = click_answering(fix_tip, "Keep changes");
-        QVERIFY(child != 0);
-        int failures = 0;
-        for (const QString& path : large_photos) {
-            const bool listed = failed->answered && failed->text.contains(path);
-            failures += listed;
-            if (!listed)
-                QCOMPARE(original_time(path), after);
-            QCOMPARE(soundness(path), sound[path]);
-        }
-        QVERIFY(failures <= 1);
-        QCOMPARE(leftovers(large.path()), QStringList());
-        button(window, undo_tip)->click();
-        for (const QString& path : large_photos)
-            QCOMPARE(original_time(path), before);
     }
 
     // The program killed at a random moment of a fix run, or its child stopped and the program told
@@ -731,9 +626,7 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(!is_running(child), 10000);
         if (!kill)
             QVERIFY2(clock.elapsed() < 10000, qPrintable(QString::number(clock.elapsed())));
-        QCOMPARE(leftovers(large.path()), QStringList());
-        for (const QString& path : large_photos)
-            QCOMPARE(soundness(path), sound[path]);
+        QCOMPARE(soundness(), sound);
     }
 
 private:
@@ -743,6 +636,21 @@ private:
         exiftool::shutdown(true);
         for (const qint64 pid : perl.pids())
             QTRY_VERIFY_WITH_TIMEOUT(!is_running(pid), 10000);
+    }
+
+    // What a fix may never change in the large photos: their decoded pixels and what ExifTool's
+    // validation finds; and no temporary file may be left beside them.
+    QStringList soundness() const
+    {
+        QStringList found = run(TAVIMO_EXIFTOOL_SCRIPT, QStringList{"-s3", "-Validate"} + large_photos).split('\n');
+        for (const QString& path : large_photos) {
+            QImage image;
+            image.load(path);
+            image = image.convertToFormat(QImage::Format_RGB32);
+            found << QCryptographicHash::hash(QByteArray::fromRawData(reinterpret_cast<const char*>(image.constBits()),
+                                                  int(image.sizeInBytes())), QCryptographicHash::Sha1).toHex();
+        }
+        return found + QDir(large.path()).entryList({"*_exiftool_tmp"}, QDir::Files | QDir::Hidden);
     }
 
     // Back to the time they were made with, so that a test sees its own run.
@@ -755,7 +663,7 @@ private:
 
     QTemporaryDir large;
     QStringList large_photos;
-    QMap<QString, QByteArray> sound;
+    QStringList sound;
 };
 
 int main(int argc, char** argv)

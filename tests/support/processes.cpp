@@ -2,24 +2,21 @@
 
 #include <mainwindow.h>
 #include <ondo/application.h>
+#include <ondo/exiftool.h>
 
 #include <QCoreApplication>
-#include <QLineEdit>
-#include <QProgressBar>
-#include <QPushButton>
-#include <QTableView>
-
 #include <QDir>
 #include <QFile>
 #include <QImage>
+#include <QLineEdit>
 #include <QProcess>
+#include <QProgressBar>
+#include <QPushButton>
 #include <QRandomGenerator>
+#include <QTableView>
 #include <QTest>
 
-#include <ondo/exiftool.h>
-
 #include <ctime>
-
 #include <unistd.h>
 
 namespace test_support {
@@ -212,11 +209,6 @@ bool crash_a_fix_run(const QString& folder, int files)
     return crashed && QTest::qWaitFor([] { return crashed_processes() == 0; }, 20000);
 }
 
-bool is_crashing_child()
-{
-    return qEnvironmentVariableIsSet(crash_mark);
-}
-
 int crashing_child_main(int argc, char** argv)
 {
     ondo::application<MainWindow> app(argc, argv);
@@ -246,7 +238,7 @@ int main_with_crashing_child(int argc, char** argv, const std::function<int()>& 
     qputenv("TZ", "Europe/Berlin");
     tzset();
     use_private_settings();
-    if (is_crashing_child())
+    if (qEnvironmentVariableIsSet(crash_mark))
         return crashing_child_main(argc, argv);
     static QTemporaryDir state;
     qputenv("XDG_DATA_HOME", state.path().toLocal8Bit());

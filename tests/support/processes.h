@@ -2,11 +2,6 @@
 
 #include "test_support.h"
 
-#include <QByteArray>
-#include <QList>
-#include <QMap>
-#include <QString>
-#include <QStringList>
 #include <QTemporaryDir>
 
 #include <functional>

@@ -20,7 +20,6 @@
 #include <QJsonDocument>
 #include <QLoggingCategory>
 #include <QMessageBox>
-#include <mutex>
 #include <QPointer>
 #include <QProcess>
 #include <QPushButton>
@@ -36,6 +35,7 @@
 #include <cstdio>
 #include <ctime>
 #include <fcntl.h>
+#include <mutex>
 #include <sys/stat.h>
 #include <unistd.h>
 

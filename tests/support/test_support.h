@@ -107,7 +107,6 @@ public:
     ~log_capture();
     QStringList lines() const;
     int count(const QString& part) const { return lines().filter(part).size(); }
-    QString first(const QString& part) const { return lines().filter(part).value(0); }
 };
 
 } // namespace test_support
