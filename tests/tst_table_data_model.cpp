@@ -196,6 +196,7 @@ private slots:
         QTest::addColumn<QString>("expected");
         QTest::newRow("name, equal names by folder") << 0 << "2/a 1/b 2/b 1/c";
         QTest::newRow("time descending across seasons") << 1 << "1/b 2/b 2/a 1/c";
+        QTest::newRow("camera, then folder and name") << 3 << "1/b 1/c 2/a 2/b";
         QTest::newRow("unsorted: resort refused") << -1 << "2/b 1/c 1/b 2/a";
     }
 
