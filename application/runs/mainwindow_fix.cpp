@@ -342,7 +342,7 @@ void MainWindow::on_button_fix_time_clicked()
             // Shown once the run is through: until the offset is cleared, the new times would be
             // moved again in the last column.
             written_values.append({write.path, write.values});
-            note_unset_file_time(write.path, write.values);
+            note_unset_file_time(write.path, write.values, after);
         } else if (answered) {
             fail(write.row, write.path, tr("%1 (moved while ExifTool replaced it; its copy is kept beside it)").arg(write.path));
         } else if (error != ondo::exif_error::dropped) {
@@ -490,13 +490,16 @@ void MainWindow::on_button_fix_time_clicked()
     end_journal_run();
 }
 
-void MainWindow::note_unset_file_time(const QString& path, const exif_tag_map& values)
+void MainWindow::note_unset_file_time(const QString& path, const exif_tag_map& values, const file_identity& left)
 {
     const auto written = values.find(QStringLiteral("System:FileModifyDate"));
     if (written == values.end())
         return;
     const QDateTime wanted = recording_tags::moment(written->second);
-    const QDateTime kept = QFileInfo(path).lastModified();
+    // The write's own look at the file, where it had one: a run would look once more per photo.
+    const QDateTime kept = left.type == file_identity::regular
+        ? QDateTime::fromMSecsSinceEpoch(left.modified_ns / 1000000, Qt::UTC)
+        : QFileInfo(path).lastModified();
     // FAT keeps file times to two seconds.
     if (wanted.isValid() && qAbs(kept.secsTo(wanted)) > 2)
         qInfo().noquote() << QStringLiteral("The file system did not take the file time %1 for %2; it shows %3. The "

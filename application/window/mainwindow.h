@@ -15,6 +15,7 @@
 class QAction;
 class QTimer;
 class camera_timeline;
+struct file_identity;
 class cameras_panel;
 class Ui_MainWindow;
 class run_note;
@@ -111,8 +112,9 @@ private:
                               bool flush = true);
     void end_journal_run();
     // Logs a note when the file system did not take the file time a fix wrote into `path`: a
-    // FAT card holds nothing before 1980. The photo counts as fixed all the same.
-    void note_unset_file_time(const QString& path, const exif_tag_map& values);
+    // FAT card holds nothing before 1980. The photo counts as fixed all the same. `left` is the
+    // file as the write left it, where it was looked at.
+    void note_unset_file_time(const QString& path, const exif_tag_map& values, const file_identity& left);
     // The panel's offset, its zone and the cameras' corrections, for the log line of a fix run.
     QString offsets_for_log() const;
     // The cameras panel and the timeline between the panels and the table, and the actions on
