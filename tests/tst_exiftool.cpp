@@ -16,6 +16,7 @@
 #include <QProgressDialog>
 #include <QRandomGenerator>
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QtTest>
 
 #include <fcntl.h>
@@ -278,6 +279,34 @@ private slots:
         QCOMPARE(log.count("Sending kill signal to process."), int(rules.contains("deaf")));
         if (perl.starts().size() == 1)
             QCOMPARE(log.count("Not writing"), 0);
+    }
+
+    // A child that dies writing a photo in place: once it was copying its new copy back, that copy
+    // is the one whole photo and goes over the torn one; before, the photo is whole and stays.
+    void a_child_dying_in_an_in_place_write_data()
+    {
+        QTest::addColumn<QString>("how");
+        QTest::addColumn<QByteArray>("photo");
+        QTest::newRow("while copying back") << "copying" << QByteArray("new copy");
+        QTest::newRow("before copying back") << "before" << QByteArray("old photo");
+    }
+
+    void a_child_dying_in_an_in_place_write()
+    {
+        QFETCH(QString, how);
+        fake_perl perl;
+        QTemporaryDir dir;
+        // Several tries, as each may fall anywhere in the clock's tick of the file system's times.
+        for (int attempt = 0; attempt < 5; ++attempt) {
+            const QString path = dir.filePath(QString("p%1.jpg").arg(attempt));
+            QFile photo(path);
+            QVERIFY(photo.open(QIODevice::WriteOnly) && photo.write("old photo") == 9);
+            photo.close();
+            perl.rule("dies", QString::number(ondo::next_task_id.load()), how);
+            QVERIFY(!exiftool::write_tags(path, {{"ExifIFD:DateTimeOriginal", "2020:01:01 00:00:00"}}));
+            QTEST(test_support::contents(path), "photo");
+            QVERIFY(!QFile::exists(path + "_exiftool_tmp"));
+        }
     }
 
     // Five reads: 0 and 1 alone, 2 to 4 joined. A child ending in the joined one gets each file again

@@ -115,7 +115,12 @@ void clean_up_after_write(const exiftool_task& task)
     struct stat photo {};
     const bool photo_is_file = ::lstat(QFile::encodeName(task.file).constData(), &photo) == 0 && S_ISREG(photo.st_mode);
     const qint64 changed_ns = qint64(photo.st_ctim.tv_sec) * 1000000000 + photo.st_ctim.tv_nsec;
-    if (photo_is_file && changed_ns >= task.sent_at_ns) {
+    const qint64 modified_ns = qint64(photo.st_mtim.tv_sec) * 1000000000 + photo.st_mtim.tv_nsec;
+    const bool changed_since_sent = changed_ns >= task.sent_at_ns
+        || (task.sent_state_known
+            && (qint64(photo.st_size) != task.sent_size || modified_ns != task.sent_modified_ns
+                || changed_ns != task.sent_changed_ns));
+    if (photo_is_file && changed_since_sent) {
         QFile source(temporary);
         QFile target(task.file);
         bool copied = source.open(QIODevice::ReadOnly) && target.open(QIODevice::ReadWrite);
@@ -286,6 +291,14 @@ void exiftool_worker::execute_task()
         exiftool_task& sent = task_queue[in_flight];
         sent.sent_at_ns = now_ns();
         sent.temporary_existed = !sent.file.isEmpty() && exists_as_anything(temporary_file_of(sent.file));
+        struct stat photo {};
+        sent.sent_state_known = sent.operation == QLatin1String("write") && !sent.file.isEmpty()
+            && ::lstat(QFile::encodeName(sent.file).constData(), &photo) == 0;
+        if (sent.sent_state_known) {
+            sent.sent_size = qint64(photo.st_size);
+            sent.sent_modified_ns = qint64(photo.st_mtim.tv_sec) * 1000000000 + photo.st_mtim.tv_nsec;
+            sent.sent_changed_ns = qint64(photo.st_ctim.tv_sec) * 1000000000 + photo.st_ctim.tv_nsec;
+        }
         QByteArray command = sent.data;
         for (const exiftool_task& other : sent.joined)
             command += other.file.toUtf8() + '\n';

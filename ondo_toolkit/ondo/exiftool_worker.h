@@ -55,6 +55,11 @@ struct exiftool_task {
     // was there already (then it is someone else's and never touched).
     qint64 sent_at_ns = 0;
     bool temporary_existed = false;
+    // A write's photo as it was when sent (size, modification and change time in ns), which
+    // tells whether a child that died had begun to copy its new copy back. The file system's
+    // times may lag the clock by a tick, so the moment alone can miss a change right after it.
+    bool sent_state_known = false;
+    qint64 sent_size = 0, sent_modified_ns = 0, sent_changed_ns = 0;
     // The response has been ended with an error; what is left of the answer is dropped.
     bool failed = false;
     // Reads sent in this task's command behind its own file; their answers come in its answer.

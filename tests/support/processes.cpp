@@ -28,7 +28,7 @@ use strict; use warnings; use FindBin; use IO::Handle; use Time::HiRes qw(sleep)
 my $dir = $FindBin::Bin;
 sub append { open(my $o, '>>:raw', "$dir/$_[0]") or die; print $o $_[1]; close $o; }
 sub rules {
-    my %r = (reply => {}, plain => {}, huge => {}, delay => {}, exit => {}, deaf => {}, stderr => {});
+    my %r = (reply => {}, plain => {}, huge => {}, delay => {}, exit => {}, deaf => {}, stderr => {}, dies => {});
     open(my $in, '<:raw', "$dir/rules") or return \%r;
     while (my $line = <$in>) {
         chomp $line;
@@ -53,6 +53,16 @@ while (my $line = <STDIN>) {
     my @named = @files;
     @files = ();
     my ($id, $r) = ($1, rules());
+    if (defined(my $how = $r->{dies}{$id})) {
+        # As ExifTool dies in an in-place write: its whole new copy made, then the photo's start overwritten.
+        for (@named) {
+            chomp(my $file = $_);
+            open(my $t, '>:raw', "${file}_exiftool_tmp") or die; print $t "new copy"; close $t;
+            next unless $how eq 'copying';
+            open(my $p, '+<:raw', $file) or die; print $p "new"; close $p;
+        }
+        exit 0;
+    }
     sleep($r->{delay}{$id} / 1000) if $r->{delay}{$id};
     print STDERR 'w' x $r->{stderr}{$id} if $r->{stderr}{$id};
     if ($r->{huge}{$id}) {

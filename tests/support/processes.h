@@ -23,6 +23,8 @@ public:
     //   "delay"  ms before answering; "stderr" bytes of warnings first
     //   "exit"   exit after replying
     //   "deaf"   (any id) deaf to the close command, SIGINT and SIGTERM
+    //   "dies"   dies writing the named file in place: "copying" after overwriting its start with
+    //            "new", anything else before; either way with "new copy" in its temporary file
     void rule(const QString& kind, const QString& id = "*", QString value = "1");
     QByteArray input() const { return read("input"); }
     QList<QStringList> starts() const;
