@@ -11,7 +11,6 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 // One file, "photos", in a folder of the user's. A photo being changed holds one byte of it, at an
