@@ -21,6 +21,12 @@ using offset = QVector<int>; // year, month, day, hour, minute, second
 
 namespace {
 
+// What a phone writes: EXIF times with a zone and a fraction, XMP's copies, a GPS stamp; "#" is the recording time.
+const QString phone_tags = "ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=#;IFD0:ModifyDate=2017:06:22 09:00:00;"
+                           "ExifIFD:OffsetTimeOriginal=+02:00;ExifIFD:SubSecTimeOriginal=12;"
+                           "XMP-exif:DateTimeOriginal=#;XMP-xmp:CreateDate=2017:06:21 18:30:05.12+02:00;"
+                           "XMP-xmp:MetadataDate=2017:06:23 10:00:00+02:00;GPS:GPSDateStamp=2017:06:21;GPS:GPSTimeStamp=16:30:05";
+
 // The sorted listing but for what moves by itself or is derived; IPTC times keep their zones.
 QStringList own_lines(const QString& path)
 {
@@ -111,10 +117,7 @@ private slots:
         QTest::addColumn<QString>("source");
         QTest::addColumn<QString>("file_zone");
         QTest::addColumn<QString>("written");
-        const QString phone = "ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=#;IFD0:ModifyDate=2017:06:22 09:00:00;"
-                              "ExifIFD:OffsetTimeOriginal=+02:00;ExifIFD:SubSecTimeOriginal=12;XMP-xmp:CreateDate=2017:06:21 18:30:05.12+02:00;"
-                              "XMP-exif:DateTimeOriginal=#;XMP-xmp:MetadataDate=2017:06:23 10:00:00+02:00;GPS:GPSDateStamp=2017:06:21;"
-                              "GPS:GPSTimeStamp=16:30:05;ICC_Profile:ProfileDateTime=1998:02:09 06:49:00;MakerNotes:TimeStamp=#;";
+        const QString phone = phone_tags + ";ICC_Profile:ProfileDateTime=1998:02:09 06:49:00;MakerNotes:TimeStamp=#;";
         const QString movie = "QuickTime:CreateDate=2005:08:11 14:03:54;QuickTime:ModifyDate=2005:08:11 14:03:54;"
                               "Track1:TrackCreateDate=2005:08:11 14:03:54;Track1:MediaCreateDate=2005:08:11 14:03:54;"
                               "Track2:MediaModifyDate=0000:00:00 00:00:00;";
@@ -269,10 +272,6 @@ private slots:
         QTest::addColumn<QString>("moved");
         QTest::addColumn<QString>("sent");
         const QString exif = "ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=#;IFD0:ModifyDate=#";
-        const QString phone = "ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=#;IFD0:ModifyDate=2017:06:22 09:00:00;"
-                              "ExifIFD:OffsetTimeOriginal=+02:00;ExifIFD:SubSecTimeOriginal=12;XMP-exif:DateTimeOriginal=#;"
-                              "XMP-xmp:CreateDate=2017:06:21 18:30:05.12+02:00;XMP-xmp:MetadataDate=2017:06:23 10:00:00+02:00;"
-                              "GPS:GPSDateStamp=2017:06:21;GPS:GPSTimeStamp=16:30:05";
         // Zones go into EXIF's zone tags, never into a new IPTC block.
         QTest::newRow("a zone goes into EXIF, the undo takes it out again") << "a.jpg" << exif << "2" << "#"
             << QString(exif).replace("#", "@") + ";ExifIFD:OffsetTime=+02:00;ExifIFD:OffsetTimeDigitized=+02:00;ExifIFD:OffsetTimeOriginal=+02:00"
@@ -296,7 +295,7 @@ private slots:
         // Bytes ExifTool reads but can't write: only the file's time moves.
         QTest::newRow("AVI") << "v.avi" << "" << "" << "#" << "" << "";
         // The zone entered is the zone of the new times, and no IPTC block is made for it.
-        QTest::newRow("phone photo, a zone") << "a.jpg" << phone << "1" << "# +02:00"
+        QTest::newRow("phone photo, a zone") << "a.jpg" << phone_tags << "1" << "# +02:00"
             << "ExifIFD:DateTimeOriginal=@;ExifIFD:CreateDate=@;IFD0:ModifyDate=2017:06:22 10:00:00;XMP-exif:DateTimeOriginal=@;"
                "XMP-xmp:CreateDate=2017:06:21 19:30:05.12+01:00;ExifIFD:OffsetTimeOriginal=+01:00;ExifIFD:OffsetTime=+01:00;"
                "ExifIFD:OffsetTimeDigitized=+01:00" << "";
