@@ -283,8 +283,9 @@ void MainWindow::on_button_fix_time_clicked()
     };
     int finished = 0;
     // Until the last write is taken: the table then shows the run's end, and the questions after it.
+    // Meanwhile only a failure's mark changes a row, so a paint a second is enough.
     std::optional<paint_pacer> pacer;
-    pacer.emplace(ui->tableView);
+    pacer.emplace(ui->tableView, 1000);
     sync_pacer syncs;
     auto send = [&] {
         QElapsedTimer sync;
@@ -559,7 +560,7 @@ void MainWindow::on_button_undo_clicked()
     int done = 0;
     // Ends with the last write taken, as the fix's does.
     std::optional<paint_pacer> pacer;
-    pacer.emplace(ui->tableView);
+    pacer.emplace(ui->tableView, 1000);
     int restored_count = 0;
     // After the undo's write through `link` has landed in the photo.
     auto restored = [&](const QString& path, write_link& link, const exif_tag_map& values) {

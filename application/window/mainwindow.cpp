@@ -452,8 +452,8 @@ void MainWindow::closeEvent(QCloseEvent* e)
     closed = closed || e->isAccepted();
 }
 
-MainWindow::paint_pacer::paint_pacer(QWidget* table)
-    : table(table)
+MainWindow::paint_pacer::paint_pacer(QWidget* table, int table_ms)
+    : table(table), table_ms(table_ms)
 {
     clock.start();
     table_clock.start();
@@ -464,7 +464,7 @@ MainWindow::paint_pacer::~paint_pacer() { table->setUpdatesEnabled(true); }
 
 bool MainWindow::paint_pacer::due(bool last)
 {
-    if (!last && clock.elapsed() < 40)
+    if (!last && clock.elapsed() < 100)
         return false;
     clock.restart();
     return true;
@@ -472,7 +472,7 @@ bool MainWindow::paint_pacer::due(bool last)
 
 void MainWindow::paint_pacer::process_events(bool last, int max_ms)
 {
-    const bool table_due = last || table_clock.elapsed() >= 250;
+    const bool table_due = last || table_clock.elapsed() >= table_ms;
     if (table_due) {
         table_clock.restart();
         table->setUpdatesEnabled(true);

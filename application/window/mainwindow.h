@@ -125,12 +125,13 @@ private:
     // Whether the context menu's camera actions apply to the rows selected now.
     void update_camera_actions();
 
-    // When a run paints again: its bar a few times a second, and after its last file, which is
-    // enough for the eye. The table less often: a changed row repaints it whole, and one paint of it
-    // costs the program more than its own work on several files. Its paints wait while a pacer lives.
+    // When a run paints again: its bar ten times a second, and after its last file, which is
+    // enough for the eye. The table every `table_ms`: a changed row repaints it whole, and one paint
+    // of it costs the program more than its own work on several files. Its paints wait while a
+    // pacer lives.
     class paint_pacer {
     public:
-        explicit paint_pacer(QWidget* table);
+        explicit paint_pacer(QWidget* table, int table_ms = 250);
         ~paint_pacer();
         paint_pacer(const paint_pacer&) = delete;
         paint_pacer& operator=(const paint_pacer&) = delete;
@@ -142,6 +143,7 @@ private:
 
     private:
         QWidget* table;
+        int table_ms;
         QElapsedTimer clock, table_clock;
     };
 
