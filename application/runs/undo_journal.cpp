@@ -89,28 +89,107 @@ bool replace_file(const QString& file, const QByteArray& bytes)
     return true;
 }
 
-QByteArray line(const QJsonObject& record)
-{
-    return QJsonDocument(record).toJson(QJsonDocument::Compact) + '\n';
-}
+// One line of the journal, written out directly: a fix adds two for each photo, and building
+// them as QJsonObjects cost as much as the rest of the journal's work. QJsonDocument reads them.
+class json_line {
+public:
+    json_line& text(const char* key, const QString& value)
+    {
+        name(key);
+        quoted(value);
+        return *this;
+    }
+    // Numbers that may exceed a double's precision travel as text.
+    json_line& number_text(const char* key, qint64 value) { return text(key, QString::number(value)); }
+    json_line& number(const char* key, int value)
+    {
+        name(key);
+        bytes += QByteArray::number(value);
+        return *this;
+    }
+    json_line& flag(const char* key, bool value)
+    {
+        name(key);
+        bytes += value ? "true" : "false";
+        return *this;
+    }
+    json_line& null(const char* key)
+    {
+        name(key);
+        bytes += "null";
+        return *this;
+    }
+    json_line& identity(const file_identity& identity)
+    {
+        return text("device", QString::number(identity.device))
+            .text("inode", QString::number(identity.inode))
+            .text("type", file_identity::kind_name(identity.type))
+            .flag("link", identity.link)
+            .number_text("size", identity.size)
+            .number_text("modified_ns", identity.modified_ns);
+    }
+    // A list of objects under `key`: open_item() before each one's fields, close_list() after.
+    json_line& open_list(const char* key)
+    {
+        name(key);
+        bytes += '[';
+        first = true;
+        return *this;
+    }
+    json_line& open_item()
+    {
+        if (bytes.endsWith('[')) {
+            bytes += '{';
+        } else {
+            bytes += "},{";
+        }
+        first = true;
+        return *this;
+    }
+    json_line& close_list()
+    {
+        bytes += bytes.endsWith('[') ? "]" : "}]";
+        first = false;
+        return *this;
+    }
+    QByteArray done() { return bytes + "}\n"; }
 
-QJsonObject header_record()
-{
-    QJsonObject header;
-    header[QStringLiteral("journal")] = QStringLiteral("tavimo undo");
-    header[QStringLiteral("version")] = 1;
-    return header;
-}
+private:
+    void name(const char* key)
+    {
+        if (!first)
+            bytes += ',';
+        first = false;
+        bytes += '"';
+        bytes += key;
+        bytes += "\":";
+    }
+    // A string as JSON has it: UTF-8, with quotes, backslashes and control characters escaped.
+    void quoted(const QString& value)
+    {
+        static const char hex[] = "0123456789abcdef";
+        bytes += '"';
+        for (const char c : value.toUtf8()) {
+            const auto code = static_cast<unsigned char>(c);
+            if (c == '"' || c == '\\') {
+                bytes += '\\';
+                bytes += c;
+            } else if (code < 0x20) {
+                bytes += "\\u00";
+                bytes += hex[code >> 4];
+                bytes += hex[code & 15];
+            } else {
+                bytes += c;
+            }
+        }
+        bytes += '"';
+    }
 
-void put_identity(QJsonObject& record, const file_identity& identity)
-{
-    record[QStringLiteral("device")] = QString::number(identity.device);
-    record[QStringLiteral("inode")] = QString::number(identity.inode);
-    record[QStringLiteral("type")] = file_identity::kind_name(identity.type);
-    record[QStringLiteral("link")] = identity.link;
-    record[QStringLiteral("size")] = QString::number(identity.size);
-    record[QStringLiteral("modified_ns")] = QString::number(identity.modified_ns);
-}
+    QByteArray bytes{"{"};
+    bool first = true;
+};
+
+QByteArray header_line() { return json_line().text("journal", QStringLiteral("tavimo undo")).number("version", 1).done(); }
 
 // False when a field is missing or of the wrong kind; size and time may be missing unless
 // `with_state`.
@@ -140,31 +219,23 @@ bool get_identity(const QJsonObject& record, file_identity& identity, bool with_
     return ok;
 }
 
-QJsonObject photo_record(const QString& path, const file_identity& loaded, const QList<undo_entry>& undo)
+QByteArray photo_line(const QString& path, const file_identity& loaded, const QList<undo_entry>& undo)
 {
-    QJsonArray entries;
+    json_line line;
+    line.text("photo", path).identity(loaded).open_list("undo");
     for (const undo_entry& entry : undo) {
-        QJsonObject item;
-        item[QStringLiteral("tag")] = entry.tag;
-        item[QStringLiteral("existed")] = entry.existed;
-        item[QStringLiteral("value")] = entry.value;
-        if (entry.checked)
-            item[QStringLiteral("written")] = entry.written.isNull() ? QJsonValue() : QJsonValue(entry.written);
-        entries.append(item);
+        line.open_item().text("tag", entry.tag).flag("existed", entry.existed).text("value", entry.value);
+        if (entry.checked && entry.written.isNull())
+            line.null("written");
+        else if (entry.checked)
+            line.text("written", entry.written);
     }
-    QJsonObject record;
-    record[QStringLiteral("photo")] = path;
-    put_identity(record, loaded);
-    record[QStringLiteral("undo")] = entries;
-    return record;
+    return line.close_list().done();
 }
 
-QJsonObject written_record(const QString& path, const file_identity& after)
+QByteArray written_line(const QString& path, const file_identity& after)
 {
-    QJsonObject record;
-    record[QStringLiteral("written")] = path;
-    put_identity(record, after);
-    return record;
+    return json_line().text("written", path).identity(after).done();
 }
 
 bool get_undo(const QJsonValue& value, QList<undo_entry>& undo)
@@ -321,14 +392,14 @@ bool undo_journal::begin_run()
     }
     run_file = stem + journal_suffix;
     run_lock = lock;
-    const bool ok = append(header_record());
+    const bool ok = append(header_line());
     flush_folder(folder);
     return ok;
 }
 
 bool undo_journal::add(const QString& path, const file_identity& identity, const QList<undo_entry>& undo, bool flush)
 {
-    if (!append(photo_record(path, identity, undo), flush))
+    if (!append(photo_line(path, identity, undo), flush))
         return false;
     loaded.insert(path, {identity, identity.modified_ns});
     return true;
@@ -344,22 +415,22 @@ bool undo_journal::flush()
 
 void undo_journal::written(const QString& path, bool success, const file_identity& left)
 {
-    QJsonObject record;
+    QByteArray line;
     if (success) {
         // ExifTool may have had to put a new file in the photo's place (a full disk, a FAT card):
         // from now on the undo looks for the file the write left.
         const file_identity after = left.type == file_identity::missing ? file_identity::of(path) : left;
-        record = written_record(path, after);
+        line = written_line(path, after);
         const auto photo = loaded.find(path);
         if (photo != loaded.end())
             photo->identity = after;
     } else {
-        record[QStringLiteral("failed")] = path;
+        line = json_line().text("failed", path).done();
         loaded.remove(path);
     }
     // Not flushed on its own: the next photo's line takes it along, and a start that misses it
     // still checks the photo for being the same file.
-    append(record, false);
+    append(line, false);
 }
 
 void undo_journal::end_run()
@@ -376,11 +447,11 @@ file_identity undo_journal::loaded_identity(const QString& path) const { return 
 
 qint64 undo_journal::loaded_modified_ns(const QString& path) const { return loaded.value(path).modified_ns; }
 
-bool undo_journal::append(const QJsonObject& record, bool flush)
+bool undo_journal::append(const QByteArray& line, bool flush)
 {
     if (descriptor < 0)
         return false;
-    if (write_all(descriptor, line(record))
+    if (write_all(descriptor, line)
         && (!flush || ::fsync(descriptor) == 0))
         return true;
     qWarning() << "Can't write undo information to" << run_file;
@@ -487,15 +558,15 @@ bool undo_journal::keep(const unfinished_run& run, const QStringList& paths)
         discard(run);
         return true;
     }
-    QByteArray bytes = line(header_record());
+    QByteArray bytes = header_line();
     for (const QString& path : paths) {
         const auto undo = run.undo.constFind(path);
         if (undo == run.undo.constEnd())
             continue;
-        bytes += line(photo_record(path, run.loaded.value(path), *undo));
+        bytes += photo_line(path, run.loaded.value(path), *undo);
         // The next start checks the photo against the state the run left, as it would have.
         if (run.left.contains(path))
-            bytes += line(written_record(path, run.left.value(path)));
+            bytes += written_line(path, run.left.value(path));
     }
     kept_locks << run.lock;
     if (replace_file(run.file, bytes))

@@ -12,7 +12,6 @@
 
 #include <memory>
 
-class QJsonObject;
 class QLockFile;
 
 // The undo information of the fix run under way, kept on disk so that it outlives a crash. Each
@@ -93,7 +92,7 @@ public:
 
 private:
     // One line; with `flush`, on the disk before it returns.
-    bool append(const QJsonObject& record, bool flush = true);
+    bool append(const QByteArray& line, bool flush = true);
     void close_run();
 
     QString folder;
