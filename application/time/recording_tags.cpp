@@ -99,23 +99,38 @@ bool utc_date_tag(const QString& tag)
         || (track.match(group).hasMatch() && track_names.contains(name));
 }
 
-// "+05:30" in seconds east of UTC; nothing unless the text is a zone a clock can have.
-std::optional<int> zone_seconds(const QString& text)
+// The `count` ASCII digits at `at` in `text` as a number; -1 when they aren't there.
+int digits_at(QStringView text, int at, int count)
 {
-    static const QRegularExpression form(QRegularExpression::anchoredPattern(QStringLiteral("([+-])(\\d\\d):(\\d\\d)")));
-    const QRegularExpressionMatch match = form.match(text);
-    if (!match.hasMatch())
+    if (at + count > text.size())
+        return -1;
+    int value = 0;
+    for (int i = at; i < at + count; ++i) {
+        const int digit = text[i].unicode() - '0';
+        if (digit < 0 || digit > 9)
+            return -1;
+        value = value * 10 + digit;
+    }
+    return value;
+}
+
+// "+05:30" in seconds east of UTC; nothing unless the text is a zone a clock can have.
+std::optional<int> zone_of(QStringView text)
+{
+    if (text.size() != 6 || (text[0] != QLatin1Char('+') && text[0] != QLatin1Char('-')) || text[3] != QLatin1Char(':'))
         return std::nullopt;
-    const int hours = match.captured(2).toInt();
-    const int minutes = match.captured(3).toInt();
-    if (minutes > 59)
+    const int hours = digits_at(text, 1, 2);
+    const int minutes = digits_at(text, 4, 2);
+    if (hours < 0 || minutes < 0 || minutes > 59)
         return std::nullopt;
-    const int east = (match.captured(1) == QLatin1String("-") ? -1 : 1) * (hours * 60 + minutes);
+    const int east = (text[0] == QLatin1Char('-') ? -1 : 1) * (hours * 60 + minutes);
     // No clock is further from UTC: a zone outside is no zone, and is never copied anywhere.
     if (east < -12 * 60 || east > 14 * 60)
         return std::nullopt;
     return east * 60;
 }
+
+std::optional<int> zone_seconds(const QString& text) { return zone_of(text); }
 
 // The entered zone in seconds east of UTC; nothing when none was entered or it is not a zone.
 std::optional<int> entered_seconds(const shift& offset)
@@ -229,31 +244,58 @@ bool settable_file_time(const QString& tag)
 
 std::optional<stamp> parse(const QString& text)
 {
-    // Anchored at the very end: "$" would also let a line break through.
-    static const QRegularExpression form(QRegularExpression::anchoredPattern(QStringLiteral(
-        "(\\d{4}):(\\d\\d):(\\d\\d)(?:[ T](\\d\\d):(\\d\\d)(?::(\\d\\d)(\\.\\d{1,9})?)?)?(Z|[+-]\\d\\d:\\d\\d)?")));
-    const QRegularExpressionMatch match = form.match(text);
-    if (!match.hasMatch())
+    // "yyyy:MM:dd", then " hh:mm" (or "Thh:mm"), ":ss", a fraction of 1 to 9 digits, and "Z" or
+    // "+hh:mm", each only after the one before it; nothing else, not even a line break at the end.
+    // Read by hand: a fix and a load parse each date of every file several times.
+    const QStringView view(text);
+    const int year = digits_at(view, 0, 4);
+    const int month = digits_at(view, 5, 2);
+    const int day = digits_at(view, 8, 2);
+    if (year < 0 || month < 0 || day < 0 || view[4] != QLatin1Char(':') || view[7] != QLatin1Char(':'))
         return std::nullopt;
     stamp value;
-    value.date = QDate(match.captured(1).toInt(), match.captured(2).toInt(), match.captured(3).toInt());
-    value.has_time = match.capturedLength(4) > 0;
-    value.has_seconds = match.capturedLength(6) > 0;
-    value.fraction = match.captured(7);
-    if (value.has_time)
-        value.time = QTime(match.captured(4).toInt(), match.captured(5).toInt(), match.captured(6).toInt());
-    else
-        value.time = QTime(0, 0);
-    const QString zone = match.captured(8);
-    value.has_zone = !zone.isEmpty();
-    value.zulu = zone == QLatin1String("Z");
-    if (value.has_zone && !value.zulu) {
-        const std::optional<int> seconds = zone_seconds(zone);
+    value.date = QDate(year, month, day);
+    value.time = QTime(0, 0);
+    const int size = view.size();
+    int at = 10;
+    if (at < size && (view[at] == QLatin1Char(' ') || view[at] == QLatin1Char('T'))) {
+        const int hour = digits_at(view, at + 1, 2);
+        const int minute = digits_at(view, at + 4, 2);
+        if (hour < 0 || minute < 0 || view[at + 3] != QLatin1Char(':'))
+            return std::nullopt;
+        int second = 0;
+        at += 6;
+        value.has_time = true;
+        if (at < size && view[at] == QLatin1Char(':')) {
+            second = digits_at(view, at + 1, 2);
+            if (second < 0)
+                return std::nullopt;
+            at += 3;
+            value.has_seconds = true;
+            if (at < size && view[at] == QLatin1Char('.')) {
+                int end = at + 1;
+                while (end < size && end - at <= 9 && digits_at(view, end, 1) >= 0)
+                    ++end;
+                if (end == at + 1)
+                    return std::nullopt;
+                value.fraction = text.mid(at, end - at);
+                at = end;
+            }
+        }
+        value.time = QTime(hour, minute, second);
+    }
+    if (at < size && view[at] == QLatin1Char('Z')) {
+        value.has_zone = value.zulu = true;
+        ++at;
+    } else if (at < size) {
+        const std::optional<int> seconds = zone_of(view.right(size - at));
         if (!seconds)
             return std::nullopt;
+        value.has_zone = true;
         value.zone_seconds = *seconds;
+        at = size;
     }
-    if (!value.date.isValid() || !value.time.isValid())
+    if (at != size || !value.date.isValid() || !value.time.isValid())
         return std::nullopt;
     return value;
 }
