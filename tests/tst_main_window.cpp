@@ -67,8 +67,6 @@ Q_DECLARE_METATYPE(QMessageBox::StandardButtons)
 
 namespace {
 
-const exif_tag_map recorded{{"ExifIFD:DateTimeOriginal", "2017:06:21 18:30:05"}};
-
 // The control key as the help pages name it on this platform, in English and in German.
 #ifdef Q_OS_MACOS
 const QString ctrl_en = "Cmd", ctrl_de = "Cmd";
@@ -237,7 +235,7 @@ private slots:
         QFETCH(QStringList, items);
         QVERIFY(QDir(dir->path()).mkpath("album/sub"));
         for (const char* name : {"album/one.jpg", "album/two.png", "album/.hidden.jpg", "album/sub/deep.jpg"})
-            make_tagged_photo(dir->path(), name, recorded);
+            make_tagged_photo(dir->path(), name);
         QFile text(dir->filePath("notes.xyz"));
         QVERIFY(text.open(QIODevice::WriteOnly) && text.write("not a photo") && text.flush());
         make_window();
