@@ -23,7 +23,6 @@
 #include <ondo/qt_compat.h>
 #include <ondo/widgets.h>
 
-#include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
 #include <QCollator>
@@ -67,8 +66,6 @@ using parts = QList<int>;
 Q_DECLARE_METATYPE(QMessageBox::StandardButtons)
 
 namespace {
-
-const exif_tag_map recorded{{"ExifIFD:DateTimeOriginal", "2017:06:21 18:30:05"}};
 
 // The control key as the help pages name it on this platform, in English and in German.
 #ifdef Q_OS_MACOS
@@ -178,12 +175,17 @@ T* in_row(const QWidget& panel, const QString& key, const char* name)
     return nullptr;
 }
 
-parts shown(const QWidget& panel, const QString& key)
+// Each camera's correction and what its row shows, days first: "cam0 120 = 0 0 2 0, cam1 ...".
+QString corrections(const time_offsets& offsets, const QWidget& panel)
 {
-    parts values;
-    for (const char* name : editor_names)
-        values.append(in_row<QSpinBox>(panel, key, name)->value());
-    return values;
+    QStringList rows;
+    for (const QString& key : {QString("cam0"), QString("cam1")}) {
+        QStringList row{key, QString::number(offsets.correction(key)), "="};
+        for (const char* name : editor_names)
+            row << QString::number(in_row<QSpinBox>(panel, key, name)->value());
+        rows << row.join(' ');
+    }
+    return rows.join(", ");
 }
 
 } // namespace
@@ -231,20 +233,17 @@ private slots:
     {
         QFETCH(QString, road);
         QFETCH(QStringList, items);
-        QDir root(dir->path());
-        QVERIFY(root.mkpath("album/sub"));
+        QVERIFY(QDir(dir->path()).mkpath("album/sub"));
         for (const char* name : {"album/one.jpg", "album/two.png", "album/.hidden.jpg", "album/sub/deep.jpg"})
-            make_tagged_photo(dir->path(), name, recorded);
-        QFile text(root.filePath("notes.xyz"));
-        QVERIFY(text.open(QIODevice::WriteOnly) && text.write("not a photo"));
-        text.close();
+            make_tagged_photo(dir->path(), name);
+        QFile text(dir->filePath("notes.xyz"));
+        QVERIFY(text.open(QIODevice::WriteOnly) && text.write("not a photo") && text.flush());
         make_window();
         if (road == "hidden")
             window->hide();
-
         QList<QUrl> urls;
         for (const QString& item : items)
-            urls << (item.startsWith("https:") ? QUrl(item) : QUrl::fromLocalFile(root.filePath(item)));
+            urls << (item.startsWith("https:") ? QUrl(item) : QUrl::fromLocalFile(dir->filePath(item)));
         if (road == "drop")
             QVERIFY(test_support::drop_urls(window, urls));
         else
@@ -273,19 +272,18 @@ private slots:
                  QString("FreeSans 14 bold, FreeSans 11 bold"));
 
         const QImage shot = window->grab().toImage();
-        const QList<QPair<QString, QString>> frames{{"widget_time_adjust", ":/gui/panel/border_topless.png"},
-                                                    {"widget_datetime_format", ":/gui/panel/border.png"}};
-        for (const auto& [panel, image] : frames) {
-            const QImage border(image);
+        for (const QString& panel : {"widget_time_adjust", "widget_datetime_format"}) {
+            const QImage border(panel == "widget_time_adjust" ? ":/gui/panel/border_topless.png"
+                                                               : ":/gui/panel/border.png");
             QVERIFY(!border.isNull());
             auto* w = window->findChild<QWidget*>(panel);
             const QRect r(w->mapTo(window, QPoint()), w->size());
             const int middle = border.width() / 2;
-            // Left and top edges: the right and bottom ones come from the same stretched image.
-            for (const auto& edge : {qMakePair(QPoint(r.left(), r.center().y()), QPoint(0, middle)),
+            // Left and top edges (the right and bottom ones come from the same image); stretching may round a
+            // channel by one.
+            for (const auto& [place, source] : {qMakePair(QPoint(r.left(), r.center().y()), QPoint(0, middle)),
                      qMakePair(QPoint(r.center().x(), r.top()), QPoint(middle, 0))}) {
-                const QColor seen = shot.pixelColor(edge.first), drawn = border.pixelColor(edge.second);
-                // Stretching may round a channel by one.
+                const QColor seen = shot.pixelColor(place), drawn = border.pixelColor(source);
                 const int off = qAbs(seen.red() - drawn.red()) + qAbs(seen.green() - drawn.green())
                     + qAbs(seen.blue() - drawn.blue());
                 QVERIFY2(off <= 6, qPrintable(panel + ": " + seen.name() + ", image " + drawn.name()));
@@ -303,19 +301,16 @@ private slots:
         // The undo button is off until a fix; a button reached by Tab must show it, or the keyboard's place is lost.
         auto* help = window->findChild<QPushButton*>("button_help");
         const QImage plain = help->grab().toImage();
-        QWidget* first = window->findChild<QPushButton*>("button_settings");
-        first->setFocus(Qt::TabFocusReason);
-        QStringList order;
-        for (int i = 0; i < 30 && (order.isEmpty() || QApplication::focusWidget() != first); ++i) {
-            order << QApplication::focusWidget()->objectName();
+        QStringList order{"button_settings"};
+        window->findChild<QWidget*>(order.first())->setFocus(Qt::TabFocusReason);
+        for (int i = 0; i < 30 && (order.size() == 1 || order.last() != order.first()); ++i) {
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            order << QApplication::focusWidget()->objectName();
         }
-        QCOMPARE(order, (QStringList{"button_settings", "button_about", "button_help", "button_fix_time",
-                                     "button_load_images", "button_reset", "lineedit_year", "lineedit_month",
-                                     "lineedit_day", "lineedit_hour", "lineedit_minute", "lineedit_second",
-                                     "lineedit_timezone", "rb_ddmmyyyy_slash", "rb_hhmmss", "tableView"}));
+        QCOMPARE(order.join(' '), QString("button_settings button_about button_help button_fix_time button_load_images "
+            "button_reset lineedit_year lineedit_month lineedit_day lineedit_hour lineedit_minute lineedit_second "
+            "lineedit_timezone rb_ddmmyyyy_slash rb_hhmmss tableView button_settings"));
         help->setFocus(Qt::TabFocusReason);
-        QTRY_VERIFY(help->hasFocus());
         QVERIFY(help->grab().toImage() != plain);
 
         const QList<QDialog*> dialogs = window->findChildren<QDialog*>();
@@ -327,23 +322,20 @@ private slots:
             dialog->hide();
         }
 
-        window->resize(800, 700);
-        QApplication::processEvents();
-        const QSize before = table()->size();
-        window->resize(1200, 1000);
-        QApplication::processEvents();
-        QCOMPARE(table()->size() - before, QSize(400, 300));
-
-        window->resize(800, 700);
-        window->load_files({make_tagged_photo(dir->path(), "a.jpg",
-            test_support::tag_map("ExifIFD:DateTimeOriginal=2017:06:21 18:30:05;IPTC:TimeCreated=18:30:05+04:00"))});
+        auto table_at = [this](int width, int height) {
+            window->resize(width, height);
+            QApplication::processEvents();
+            return table()->size();
+        };
+        const QSize large = table_at(1200, 1000);
+        QCOMPARE(large - table_at(800, 700), QSize(400, 300));
+        window->load_files(make_files({"a.jpg|ExifIFD:DateTimeOriginal=#;IPTC:TimeCreated=18:30:05+04:00"}));
         QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_timezone"), "-11.5");
         QCOMPARE(column_texts(1), QStringList("21.06.2017 - 18:30:05  UTC+04:00"));
         QApplication::processEvents();
         for (int column : {1, 2}) {
             const int needed = table()->sizeHintForIndex(table()->model()->index(0, column)).width();
-            const int has = table()->horizontalHeader()->sectionSize(column);
-            QVERIFY2(needed <= has, qPrintable(QString("column %1: %2 > %3").arg(column).arg(needed).arg(has)));
+            QVERIFY2(needed <= table()->horizontalHeader()->sectionSize(column), qPrintable(QString::number(column)));
         }
         // A six-character signed value, with the field's frame and inner margins beside it.
         for (auto* field : window->findChild<QWidget*>("widget_time_adjust")->findChildren<QLineEdit*>())
@@ -382,17 +374,14 @@ private slots:
     // Two cameras that both write DSC_0001.JPG; taking rows out writes nothing.
     void repeated_names_and_removed_rows()
     {
-        QDir root(dir->path());
-        QVERIFY(root.mkpath("100CANON") && root.mkpath("100NIKON"));
-        const QStringList paths = {make_tagged_photo(dir->filePath("100CANON"), "DSC_0001.JPG", recorded),
-                                   make_tagged_photo(dir->filePath("100NIKON"), "DSC_0001.JPG", recorded),
-                                   make_tagged_photo(dir->filePath("100NIKON"), "DSC_0002.JPG", recorded)};
+        QVERIFY(QDir(dir->path()).mkpath("100CANON") && QDir(dir->path()).mkpath("100NIKON"));
+        const QStringList paths = make_files({"100CANON/DSC_0001.JPG|ExifIFD:DateTimeOriginal=#",
+            "100NIKON/DSC_0001.JPG|ExifIFD:DateTimeOriginal=#", "100NIKON/DSC_0002.JPG|ExifIFD:DateTimeOriginal=#"});
         const QString listing = test_support::listing(paths[1]).join('\n');
         make_window();
         window->load_files(paths);
         QCOMPARE(column_texts(), (QStringList{"100CANON/DSC_0001.JPG", "100NIKON/DSC_0001.JPG", "DSC_0002.JPG"}));
         QCOMPARE(table()->model()->index(2, 0).data(Qt::ToolTipRole).toString(), paths[2]);
-
         table()->setFocus();
         table()->selectRow(1);
         QTest::keyClick(table(), Qt::Key_Delete);
@@ -430,32 +419,28 @@ private slots:
         QFETCH(QString, entered);
         QFETCH(QStringList, fields);
         QFETCH(int, key);
-        const QDateTime target = QDateTime::fromString(entered, "yyyy-MM-dd HH:mm:ss");
-        make_tagged_photo(dir->path(), "a.jpg", {{"ExifIFD:DateTimeOriginal", "2010:05:05 10:00:00"}});
-        make_tagged_photo(dir->path(), "b.jpg", {{"ExifIFD:DateTimeOriginal", recorded}});
+        make_files({"a.jpg|ExifIFD:DateTimeOriginal=2010:05:05 10:00:00",
+                    "b.jpg|ExifIFD:DateTimeOriginal=" + recorded});
         make_window(true);
         QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_timezone"), fields.last());
         open(dir->path());
         QTRY_COMPARE(table()->model()->rowCount(), 2);
-
         table()->setFocus(Qt::TabFocusReason);
         table()->setCurrentIndex(table()->model()->index(0, 0));
         QTest::keyClick(table(), Qt::Key_Down);
-        QCOMPARE(table()->currentIndex().row(), 1);
         auto seen = test_support::answer_next_box("OK", [&](QDialog* dialog) {
             auto* edit = dialog->findChild<QDateTimeEdit*>();
             QCOMPARE(edit->time(), QTime::fromString(recorded.mid(11), "HH:mm:ss"));
-            edit->setDate(target.date());
-            edit->setTime(target.time());
+            edit->setDate(QDate::fromString(entered.left(10), "yyyy-MM-dd"));
+            edit->setTime(QTime::fromString(entered.mid(11), "HH:mm:ss"));
         });
         QTest::keyClick(table(), Qt::Key(key));
         QTRY_VERIFY(seen->answered);
-
         QTRY_COMPARE(table()->model()->index(1, 2).data(Qt::UserRole).toDateTime().toString("yyyy-MM-dd HH:mm:ss"), entered);
-        QStringList shown{field("lineedit_year") + field("lineedit_month")};
-        for (const char* name : {"lineedit_day", "lineedit_hour", "lineedit_minute", "lineedit_second", "lineedit_timezone"})
-            shown << field(name);
-        QCOMPARE(shown, QStringList{""} + fields);
+        QStringList shown; // year, month, then what `fields` holds
+        for (auto* edit : window->findChild<QWidget*>("widget_time_adjust")->findChildren<QLineEdit*>())
+            shown << edit->text();
+        QCOMPARE(shown, QStringList({"", ""}) + fields);
     }
 
     // `shown`: what the validator leaves of the keys; `refused`: no zone, and it must look so.
@@ -505,38 +490,34 @@ private slots:
         panel.setWidgetsToolTip("offset tip");
         QSignalSpy spy(&panel, &time_adjustment::time_offset_changed);
         auto* edit = panel.findChild<QLineEdit*>(field);
-        QVERIFY(edit);
         // One key at a time; keyClicks sends Latin-1 only, which has no minus sign (U+2212).
         for (QChar key : keys)
             QTest::sendKeyEvent(QTest::Click, edit, Qt::Key(key.toUpper().unicode()), QString(key), Qt::NoModifier);
 
         auto* year = panel.findChild<QLineEdit*>("lineedit_year");
-        auto* zone_label = panel.findChild<QWidget*>("label_timezone");
-        // The zone held, refused, and looking so.
-        auto zone_state = [&] {
-            edit->ensurePolished();
+        const QString zone_tip = panel.findChild<QWidget*>("label_timezone")->toolTip();
+        QVERIFY(zone_tip != "offset tip");
+        // The zone held, refused, looking so, and the start of the field's tooltip: a refused zone says why.
+        auto state = [&](QLineEdit* typed, const QString& tip) {
+            typed->ensurePolished();
             year->ensurePolished();
-            return QVector<bool>{panel.has_timezone_offset(), panel.zone_refused(),
-                                 edit->palette().color(QPalette::Text) != year->palette().color(QPalette::Text)};
+            return QVariantList{panel.has_timezone_offset(), panel.zone_refused(),
+                typed->palette().color(QPalette::Text) != year->palette().color(QPalette::Text),
+                typed->toolTip().left(tip.size())};
         };
+        const QString tip = refused ? '"' + shown + "\" is not a time zone."
+                                    : field == "lineedit_timezone" ? zone_tip : QString("offset tip");
         QCOMPARE(edit->text(), shown);
         QCOMPARE(spy.count(), shown.size()); // each key that landed reported once
         if (!spy.isEmpty())
             QCOMPARE(spy.last(), expected);
-        QCOMPARE(zone_state(), (QVector<bool>{expected.at(6).toBool(), refused, refused}));
-
-        // A refused zone says why in its tooltip; otherwise the zone field keeps its label's tooltip.
-        QVERIFY(zone_label->toolTip() != "offset tip");
-        if (refused)
-            QVERIFY2(edit->toolTip().startsWith('"' + shown + "\" is not a time zone."), qPrintable(edit->toolTip()));
-        else
-            QCOMPARE(edit->toolTip(), field == "lineedit_timezone" ? zone_label->toolTip() : QString("offset tip"));
+        QCOMPARE(state(edit, tip), (QVariantList{expected.at(6).toBool(), refused, refused, tip}));
 
         panel.clear();
         if (!shown.isEmpty())
             QCOMPARE(spy.last(), zone(false, 0.0));
-        QCOMPARE(zone_state(), QVector<bool>(3, false));
-        QCOMPARE(panel.findChild<QLineEdit*>("lineedit_timezone")->toolTip(), zone_label->toolTip());
+        auto* zone_edit = panel.findChild<QLineEdit*>("lineedit_timezone");
+        QCOMPARE(state(zone_edit, zone_tip), (QVariantList{false, false, false, zone_tip}));
     }
 
     // Until a choice is stored, the row nearest the locale's short date; a click stores before it reports
@@ -596,15 +577,13 @@ private slots:
         QVERIFY(again.findChild<QRadioButton*>(click)->isChecked());
     }
 
-    // Counted texts in both forms, `also` in each: the words that were corrected.
+    // Counted texts in both forms by their starts, with the words that were corrected in each.
     void counted_texts_data()
     {
         QTest::addColumn<QString>("lang");
         QTest::addColumn<QString>("context");
         QTest::addColumn<QString>("source");
-        QTest::addColumn<QString>("one_start");
-        QTest::addColumn<QString>("two_start");
-        QTest::addColumn<QString>("also");
+        QTest::addColumn<QStringList>("expected");
         const QString zoneless = "%n files do not have any timezone information set and you have not specified a "
                                  "timezone to use.\nIf you continue, your computer's local timezone will be used.\n\n"
                                  "Warning: Adding the timezone to an image can not be undone.";
@@ -618,8 +597,8 @@ private slots:
                                "the other files";
         // Each text in English, then in German.
         auto rows = [](const char* name, const char* context, const QString& source, const QStringList& en, const QStringList& de) {
-            QTest::addRow("en %s", name) << "en" << context << source << en.value(0) << en.value(1) << en.value(2);
-            QTest::addRow("de %s", name) << "de" << context << source << de.value(0) << de.value(1) << de.value(2);
+            QTest::addRow("en %s", name) << "en" << context << source << en;
+            QTest::addRow("de %s", name) << "de" << context << source << de;
         };
         rows("zoneless", "MainWindow", zoneless,
              {"1 file does not have any timezone information", "2 files do not have any timezone information",
@@ -644,7 +623,7 @@ private slots:
              {"1 Datei konnte nicht zurückgesetzt werden.", "2 Dateien konnten nicht zurückgesetzt werden."});
         // Texts without a count that were corrected or are easily lost, in German: as they stand.
         auto de = [](const char* name, const char* context, const char* source, const char* expected) {
-            QTest::newRow(name) << "de" << context << source << expected << expected << "";
+            QTest::newRow(name) << "de" << context << source << QStringList{expected};
         };
         de("log saved", "ondo::application_log", "Application logs saved", "Anwendungsprotokolle gespeichert");
         de("clear log", "ondo::application_log", "Clear application logs", "Anwendungsprotokolle leeren");
@@ -652,7 +631,7 @@ private slots:
            "Möchten Sie die Anwendungsprotokolle wirklich leeren?");
         de("credits", "ondo::dialog_about", "Click here for 3rd party library information",
            "Klicken Sie hier, um Informationen über Bibliotheken von Drittanbietern zu erhalten");
-        QTest::newRow("website en") << "en" << "ondo::dialog_about" << "Website:" << "Website:" << "Website:" << "";
+        QTest::newRow("website en") << "en" << "ondo::dialog_about" << "Website:" << QStringList{"Website:"};
         de("website de", "ondo::dialog_about", "Website:", "Webseite:");
         de("file dialog title", "MainWindow", "Select files", "Dateien auswählen");
         de("camera column", "table_data_model", "Camera", "Kamera");
@@ -675,18 +654,16 @@ private slots:
         QFETCH(QString, lang);
         QFETCH(QString, context);
         QFETCH(QString, source);
-        QFETCH(QString, one_start);
-        QFETCH(QString, two_start);
-        QFETCH(QString, also);
+        QFETCH(QStringList, expected);
         const test_support::installed_language catalogues(lang);
         const bool counted = source.contains("%n");
-        const QString one = QCoreApplication::translate(context.toLatin1(), source.toUtf8(), nullptr, counted ? 1 : -1);
-        const QString two = QCoreApplication::translate(context.toLatin1(), source.toUtf8(), nullptr, counted ? 2 : -1);
-        QVERIFY2(one.startsWith(one_start), qPrintable(one));
-        QVERIFY2(two.startsWith(two_start), qPrintable(two));
-        QVERIFY2(one.contains(also) && two.contains(also), qPrintable(also));
-        if (!counted)
-            QCOMPARE(one, one_start);
+        for (int n : {1, 2}) {
+            const QString text =
+                QCoreApplication::translate(context.toLatin1(), source.toUtf8(), nullptr, counted ? n : -1);
+            const QString start = expected.at(counted ? n - 1 : 0);
+            QVERIFY2((counted ? text.startsWith(start) : text == start) && text.contains(expected.value(2)),
+                qPrintable(text));
+        }
     }
 
     // German speaks to the user with "Sie" everywhere: no "du", "dein" or familiar command.
@@ -731,9 +708,9 @@ private slots:
             QSettings().setValue("lang", stored);
         window = test_support::open_main_window();
         QString first_shown;
-        QSharedPointer<test_support::seen_box> settings, prompt;
+        QSharedPointer<test_support::seen_box> prompt;
         QTimer::singleShot(0, window, [&]() {
-            settings = answer_next_box("close", [&](QDialog* dialog) {
+            answer_next_box("close", [&](QDialog* dialog) {
                 auto* combo = dialog->findChild<QComboBox*>();
                 first_shown = combo->currentText();
                 for (const QString& selection : selections)
@@ -745,13 +722,11 @@ private slots:
         });
         QCOMPARE(QApplication::exec(), 0);
         prompt->cancelled = true;
-
-        QCOMPARE(first_shown, QString("English"));
-        QCOMPARE(QSettings().contains("lang"), !stored.isEmpty() || !selections.isEmpty());
-        QCOMPARE(QSettings().value("lang").toString(), expected);
+        QCOMPARE(QSettings().value("lang"), expected.isEmpty() ? QVariant() : QVariant(expected));
         prompt->buttons.sort();
-        QCOMPARE(prompt->buttons.join(", ") + " / " + prompt->default_button,
-                 QString(expected != stored ? "Continue working, Quit now / Continue working" : " / "));
+        QCOMPARE(first_shown + " | " + prompt->buttons.join(", ") + " / " + prompt->default_button,
+                 QString(expected != stored ? "English | Continue working, Quit now / Continue working"
+                                            : "English |  / "));
     }
 
     // A fresh window in the stored language, from one start: its headers and drop picture; Ctrl+O's file dialog
@@ -787,17 +762,13 @@ private slots:
         QFETCH(QStringList, help);
         QSettings().setValue("lang", lang);
         const test_support::installed_language catalogues(ondo::get_language_suffix("lang"));
-        QDir root(dir->path());
-        QVERIFY(root.mkpath("shots"));
-        const QString shots = root.filePath("shots");
-        make_tagged_photo(shots, "a.jpg", recorded);
-        make_tagged_photo(shots, "b.jpg", recorded);
-        QFile big(root.filePath("big.jpg"));
-        QVERIFY(big.open(QIODevice::WriteOnly) && big.write(QByteArray(10 * 1024 + 500, 'x')));
-        big.close();
-        QSettings().setValue("last_load_path", root.path());
-        const QString photo = make_tagged_photo(dir->path(), "early.jpg",
-            test_support::tag_map("ExifIFD:DateTimeOriginal=1960:06:21 18:30:05"));
+        QVERIFY(QDir(dir->path()).mkpath("shots"));
+        const QString shots = dir->filePath("shots");
+        const QString photo = make_files({"shots/a.jpg|ExifIFD:DateTimeOriginal=#",
+            "shots/b.jpg|ExifIFD:DateTimeOriginal=#", "early.jpg|ExifIFD:DateTimeOriginal=1960:06:21 18:30:05"}).last();
+        QFile big(dir->filePath("big.jpg"));
+        QVERIFY(big.open(QIODevice::WriteOnly) && big.write(QByteArray(10 * 1024 + 500, 'x')) && big.flush());
+        QSettings().setValue("last_load_path", dir->path());
         make_window(true);
 
         QStringList shown;
@@ -810,8 +781,9 @@ private slots:
             qWarning("Qt's German catalogue (qttranslations5-l10n) is not installed: no German file dialog");
         else if (!dialog.isEmpty()) {
             QVERIFY(tip_button(dialog[1]));
-            QStringList shown_in_dialog{"not looked at"}; // title and what `dialog` names, folder, name, cut texts
-            double contrast = 0; // of the least readable label
+            // Title and what `dialog` names, folder and file name; then the detail texts cut and the labels too
+            // faint to read.
+            QStringList shown_in_dialog{"not looked at"};
             const auto seen = answer_next_box(dialog[4], [&](QDialog* box) {
                 auto* file_dialog = qobject_cast<QFileDialog*>(box);
                 shown_in_dialog = QStringList{file_dialog->windowTitle(),
@@ -819,32 +791,27 @@ private slots:
                     file_dialog->selectedNameFilter().left(dialog[3].size()), file_dialog->directory().absolutePath(),
                     file_dialog->findChild<QLineEdit*>("fileNameEdit")->text()};
                 auto* tree = file_dialog->findChild<QTreeView*>("treeView");
-                QAbstractItemModel* model = tree->model();
-                QTRY_COMPARE(model->rowCount(tree->rootIndex()), 3);
-                const QFontMetrics metrics(tree->font());
+                QTRY_COMPARE(tree->model()->rowCount(tree->rootIndex()), 3);
                 for (int row = 0; row < 3; ++row)
                     for (int column : {1, 3}) {
-                        const QString text = model->index(row, column, tree->rootIndex()).data().toString();
-                        if (tree->header()->sectionSize(column) < metrics.horizontalAdvance(text) + 8)
+                        const QString text = tree->model()->index(row, column, tree->rootIndex()).data().toString();
+                        if (tree->header()->sectionSize(column) < tree->fontMetrics().horizontalAdvance(text) + 8)
                             shown_in_dialog << text;
                     }
                 const QImage shot = file_dialog->grab().toImage();
-                contrast = 21;
                 for (const char* label : {"lookInLabel", "fileNameLabel", "fileTypeLabel"}) {
                     auto* w = file_dialog->findChild<QWidget*>(label);
-                    const QRect place(w->mapTo(file_dialog, QPoint()), w->size());
-                    contrast = qMin(contrast, text_contrast(shot.copy(place)));
+                    if (text_contrast(shot.copy(QRect(w->mapTo(file_dialog, QPoint()), w->size()))) < 4.5)
+                        shown_in_dialog << label;
                 }
                 file_dialog->setDirectory(shots);
                 file_dialog->findChild<QLineEdit*>("fileNameEdit")->setText("\"a.jpg\" \"b.jpg\"");
             });
             QTest::keyClick(window->findChild<QLineEdit*>("lineedit_year"), Qt::Key_O, Qt::ControlModifier);
-
             QTRY_VERIFY(seen->answered);
-            QCOMPARE(shown_in_dialog, (QStringList{dialog[0], dialog[2], dialog[3], root.path(), ""}));
+            QCOMPARE(shown_in_dialog, (QStringList{dialog[0], dialog[2], dialog[3], dir->path(), ""}));
             QVERIFY2(seen->buttons.contains(dialog[4]) && seen->buttons.contains(dialog[5]),
                 qPrintable(seen->buttons.join(", ")));
-            QVERIFY2(contrast >= 4.5, qPrintable(QString::number(contrast)));
             QCOMPARE(column_texts(), QStringList({"a.jpg", "b.jpg"}));
             QCOMPARE(QSettings().value("last_load_path").toString(), shots);
         }
@@ -853,7 +820,6 @@ private slots:
         QTRY_COMPARE(table()->model()->rowCount(), rows + 1);
         const auto asked = answer_next_box(lang == "de" ? "Abbrechen" : "Abort");
         window->on_button_fix_time_clicked();
-        QVERIFY(asked->answered);
         QVERIFY2(asked->text.startsWith(question), qPrintable(asked->text));
 
         catcher.urls.clear();
@@ -880,8 +846,7 @@ private slots:
         const QList<QTextBrowser*> browsers = window->findChildren<QTextBrowser*>("help_browser");
         QCOMPARE(browsers.size(), 1);
         QTextBrowser* browser = browsers.first();
-        QVERIFY(browser->isWindow());
-        QVERIFY(QTest::qWaitForWindowExposed(browser));
+        QVERIFY(browser->isWindow() && QTest::qWaitForWindowExposed(browser));
         QCOMPARE(QStringList({browser->source().toString(), browser->documentTitle(), browser->windowTitle()}),
                  QStringList({"file://" + path, help[1], help[1]}));
 
@@ -967,9 +932,8 @@ private slots:
         ondo::button_dark::img_highlighter h;
         h.normal = ondo::pixel_argb(normal);
         h.highlight = ondo::pixel_argb(light);
-        QImage n(pixels.size(), 1, QImage::Format_ARGB32);
-        for (int x = 0; x < pixels.size(); ++x)
-            n.setPixel(x, 0, pixels[x]);
+        QImage n =
+            QImage(reinterpret_cast<const uchar*>(pixels.constData()), pixels.size(), 1, QImage::Format_ARGB32).copy();
         QImage hi = n, d = n;
         h.create_images(n, hi, d);
         for (int x = 0; x < pixels.size(); ++x) {
@@ -1029,7 +993,6 @@ private slots:
         QWidget parent;
         ondo::application_information_box::install(&parent, {{"b", "2"}, {"a", "1"}});
         auto* shortcut = parent.findChild<QShortcut*>();
-        QVERIFY(shortcut);
         QVector<qreal> columns; // where the text after each tab begins, per line
         const auto seen = answer_next_box("OK", [&](QDialog* box) {
             auto* label = box->findChild<QLabel*>("qt_msgbox_label");
@@ -1201,20 +1164,18 @@ private slots:
             return;
         QVERIFY(QTest::qWaitForWindowExposed(&panel));
         // One set of editors per camera, top to bottom in the order given, each with its GPS line.
-        QList<QSpinBox*> days = panel.findChildren<QSpinBox*>("correction_days");
-        std::sort(days.begin(), days.end(),
-                  [](QSpinBox* a, QSpinBox* b) { return a->mapToGlobal(QPoint()).y() < b->mapToGlobal(QPoint()).y(); });
-        QStringList rows, expected;
-        for (int i = 0; i < days.size(); ++i) {
-            const QString key = days.at(i)->property("camera").toString();
+        QMap<int, QString> rows; // by their place on the screen
+        for (QSpinBox* days : panel.findChildren<QSpinBox*>("correction_days")) {
+            const QString key = days->property("camera").toString();
             const QLabel* line = in_row<QLabel>(panel, key, "gps_estimate");
-            rows << key + ": " + (line ? line->text() : QString());
-            expected << QString("cam%1: ").arg(i);
+            rows.insert(days->mapToGlobal(QPoint()).y(), key + ": " + (line ? line->text() : QString()));
         }
-        expected[0] += "GPS: +1 h 3 min 2 s, 12 photos, spread 3 s";
+        QStringList expected{"cam0: GPS: +1 h 3 min 2 s, 12 photos, spread 3 s", "cam1: "};
+        for (int i = 2; i < count; ++i)
+            expected << QString("cam%1: ").arg(i);
         if (count > 2)
             expected[2] += "GPS: \u22122 d 0 h 0 min 5 s, 4 photos, spread 1 h 2 min 5 s";
-        QCOMPARE(rows, expected);
+        QCOMPARE(rows.values(), expected);
     }
 
     // A correction typed (days first) or set elsewhere (no `entered`) shows carried, in its own row alone.
@@ -1222,44 +1183,39 @@ private slots:
     {
         QTest::addColumn<parts>("entered");
         QTest::addColumn<qint64>("seconds");
-        QTest::addColumn<parts>("shown");
-        QTest::newRow("every part back") << parts{-1, -2, -3, -4} << qint64(-93784) << parts{-1, -2, -3, -4};
-        QTest::newRow("mixed signs kept as typed") << parts{0, 1, -30, 0} << qint64(1800) << parts{0, 1, -30, 0};
-        QTest::newRow("90 minutes carry") << parts{0, 0, 90, 0} << qint64(5400) << parts{0, 1, 30, 0};
-        QTest::newRow("a step past 59 s") << parts{0, 0, 0, 60} << qint64(60) << parts{0, 0, 1, 0};
-        QTest::newRow("beyond the largest") << parts{3650, 23, 59, 99} << qint64(3650 * 86400LL + 86399)
-                                            << parts{3650, 23, 59, 59};
-        QTest::newRow("from outside, back 1 h 3 min 12 s") << parts() << qint64(-3792) << parts{0, -1, -3, -12};
-        QTest::newRow("from outside, a day back") << parts() << qint64(-86400) << parts{-1, 0, 0, 0};
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("every part back") << parts{-1, -2, -3, -4} << qint64(-93784) << "-1 -2 -3 -4";
+        QTest::newRow("mixed signs kept as typed") << parts{0, 1, -30, 0} << qint64(1800) << "0 1 -30 0";
+        QTest::newRow("90 minutes carry") << parts{0, 0, 90, 0} << qint64(5400) << "0 1 30 0";
+        QTest::newRow("a step past 59 s") << parts{0, 0, 0, 60} << qint64(60) << "0 0 1 0";
+        QTest::newRow("beyond the largest")
+            << parts{3650, 23, 59, 99} << qint64(3650 * 86400LL + 86399) << "3650 23 59 59";
+        QTest::newRow("from outside, back 1 h 3 min 12 s") << parts() << qint64(-3792) << "0 -1 -3 -12";
+        QTest::newRow("from outside, a day back") << parts() << qint64(-86400) << "-1 0 0 0";
     }
 
     void panel_corrections()
     {
         QFETCH(parts, entered);
         QFETCH(qint64, seconds);
+        QFETCH(QString, shown);
         time_offsets offsets;
         cameras_panel panel(&offsets);
         panel.set_cameras(summaries(2));
         QVERIFY(QTest::qWaitForWindowExposed(&panel));
         offsets.set_correction("cam0", 120);
         QSignalSpy changes(&offsets, &time_offsets::changed);
-        if (entered.isEmpty())
+        if (entered.isEmpty()) {
             offsets.set_correction("cam1", seconds);
+            QCOMPARE(changes.count(), 1);
+        }
         for (int i = 0; i < entered.size(); ++i)
             in_row<QSpinBox>(panel, "cam1", editor_names[i])->setValue(entered.at(i));
-        if (entered.isEmpty())
-            QCOMPARE(changes.count(), 1);
-        QCOMPARE(offsets.correction("cam1"), seconds);
-        QTEST(shown(panel, "cam1"), "shown");
-        QCOMPARE(offsets.correction("cam0"), qint64(120));
-        QCOMPARE(shown(panel, "cam0"), (parts{0, 0, 2, 0}));
-
+        QCOMPARE(corrections(offsets, panel), QString("cam0 120 = 0 0 2 0, cam1 %1 = %2").arg(seconds).arg(shown));
         QTest::mouseClick(in_row<QToolButton>(panel, "cam1", "correction_clear"), Qt::LeftButton);
-        QCOMPARE(offsets.correction("cam1"), qint64(0));
-        QCOMPARE(shown(panel, "cam1"), (parts{0, 0, 0, 0}));
-        QCOMPARE(offsets.correction("cam0"), qint64(120));
+        QCOMPARE(corrections(offsets, panel), QString("cam0 120 = 0 0 2 0, cam1 0 = 0 0 0 0"));
         offsets.clear_corrections();
-        QCOMPARE(shown(panel, "cam0"), (parts{0, 0, 0, 0}));
+        QCOMPARE(corrections(offsets, panel), QString("cam0 0 = 0 0 0 0, cam1 0 = 0 0 0 0"));
     }
 
     // One lane per camera; the first camera's photos fix the axis; the shifted mark moves by its shift, its old
@@ -1340,25 +1296,19 @@ private slots:
     // Two bodies of one Canon model, and a Nikon 1 h 3 min 12 s ahead whose files carry GPS time.
     void a_trip_on_three_cameras()
     {
-        const QString canon = "IFD0:Make=Canon;IFD0:Model=Canon EOS 40D;ExifIFD:SerialNumber=";
-        const QString nikon = "IFD0:Make=NIKON CORPORATION;IFD0:Model=NIKON D70;ExifIFD:DateTimeOriginal=";
-        auto gps = [this](qint64 seconds) {
-            const QDateTime utc = base.addSecs(seconds).toUTC();
-            return QString(";GPS:GPSDateStamp=%1;GPS:GPSTimeStamp=%2").arg(utc.toString("yyyy:MM:dd"), utc.toString("hh:mm:ss"));
+        const QString canon =
+            "IFD0:Make=Canon;IFD0:Model=Canon EOS 40D;ExifIFD:SerialNumber=%1;ExifIFD:DateTimeOriginal=%2";
+        // A receiver without a fix writes the epoch.
+        auto nikon = [this](qint64 seconds, bool fix) {
+            const QDateTime utc = fix ? base.addSecs(seconds).toUTC() : QDateTime::fromSecsSinceEpoch(0, Qt::UTC);
+            return QString("IFD0:Make=NIKON CORPORATION;IFD0:Model=NIKON D70;ExifIFD:DateTimeOriginal=%1;"
+                           "GPS:GPSDateStamp=%2;GPS:GPSTimeStamp=%3")
+                .arg(at(base, seconds + nikon_ahead), utc.toString("yyyy:MM:dd"), utc.toString("hh:mm:ss"));
         };
-        const QList<QPair<QString, QString>> files = {
-            {"canon_1.jpg", canon + "1111;ExifIFD:DateTimeOriginal=" + at(base, 0)},
-            {"canon_2.jpg", canon + "1111;ExifIFD:DateTimeOriginal=" + at(base, 60)},
-            {"canon_3.jpg", canon + "2222;ExifIFD:DateTimeOriginal=" + at(base, 120)},
-            {"nikon_1.jpg", nikon + at(base, nikon_ahead) + gps(0)},
-            {"nikon_2.jpg", nikon + at(base, 60 + nikon_ahead) + gps(60)},
-            // A receiver without a fix writes the epoch.
-            {"nikon_3.jpg", nikon + at(base, 300 + nikon_ahead) + ";GPS:GPSDateStamp=1970:01:01;GPS:GPSTimeStamp=00:00:00"},
-        };
-        QStringList paths;
-        for (const auto& [name, tags] : files)
-            paths << test_support::make_tagged_photo(dir->path(), name, test_support::tag_map(tags));
-        window = test_support::open_main_window();
+        const QStringList paths = make_files({"canon_1.jpg|" + canon.arg("1111", at(base, 0)),
+            "canon_2.jpg|" + canon.arg("1111", at(base, 60)), "canon_3.jpg|" + canon.arg("2222", at(base, 120)),
+            "nikon_1.jpg|" + nikon(0, true), "nikon_2.jpg|" + nikon(60, true), "nikon_3.jpg|" + nikon(300, false)});
+        make_window();
         window->load_files(paths);
         QCOMPARE(column_texts(3), (QStringList{"Canon EOS 40D …1111", "Canon EOS 40D …1111", "Canon EOS 40D …2222",
                                               "NIKON D70", "NIKON D70", "NIKON D70"}));
@@ -1371,49 +1321,45 @@ private slots:
         QCOMPARE(column_texts(3).first(), QString("Canon EOS 40D …1111"));
         const auto listings = test_support::listings(dir->path());
 
-        // The Nikon's correction, and the new times of nikon_1, canon_1 and canon_3.
+        // The Nikon's correction, and the new times of nikon_1, canon_1 and canon_3, with the panel's offset.
+        const QString nikon_key = model()->camera_key(dir->filePath("nikon_1.jpg"));
         auto state = [&] {
-            return QStringList{QString::number(offsets()->correction(nikon_key())), new_time("nikon_1.jpg"),
+            return QStringList{QString::number(offsets()->correction(nikon_key)), new_time("nikon_1.jpg"),
                                new_time("canon_1.jpg"), new_time("canon_3.jpg")};
         };
-        const QString corrected = QString::number(-nikon_ahead);
-
-        // canon_2 and nikon_2 were taken at one moment.
-        select_pair("canon_2.jpg", "nikon_2.jpg");
-        action("action_same_moment")->trigger();
-        QCOMPARE(state(), (QStringList{corrected, at(base, 0), at(base, 0), at(base, 120)}));
-
-        // The GPS time gives the same, the 1970 stamp aside.
-        offsets()->clear_corrections();
-        select_pair("nikon_3.jpg", "nikon_3.jpg");
-        QVERIFY(action("action_camera_from_gps")->isEnabled());
-        action("action_camera_from_gps")->trigger();
-        QCOMPARE(state(), (QStringList{corrected, at(base, 0), at(base, 0), at(base, 120)}));
-
-        // The panel's offset adds to every camera.
+        auto expected = [this](qint64 panel) {
+            return QStringList{QString::number(-nikon_ahead), at(base, panel), at(base, panel), at(base, panel + 120)};
+        };
+        // canon_2 and nikon_2 were taken at one moment; the GPS time gives the same, the 1970 stamp aside.
+        for (const QStringList& step : {QStringList{"canon_2.jpg", "nikon_2.jpg", "action_same_moment"},
+                                        QStringList{"nikon_3.jpg", "nikon_3.jpg", "action_camera_from_gps"}}) {
+            offsets()->clear_corrections();
+            select_pair(step[0], step[1]);
+            window->findChild<QAction*>(step[2])->trigger();
+            QCOMPARE(state(), expected(0));
+        }
         QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_minute"), "10");
-        const QStringList ten_minutes_on{corrected, at(base, 600), at(base, 600), at(base, 720)};
-        QCOMPARE(state(), ten_minutes_on);
+        QCOMPARE(state(), expected(600));
 
         // The known time of one photo sets its camera's clock alone, and leaves the panel's offset.
         offsets()->clear_corrections();
         select_pair("nikon_1.jpg", "nikon_1.jpg");
-        const QDateTime truth = QDateTime::fromString(at(base, 600), "yyyy:MM:dd hh:mm:ss");
         auto seen = test_support::answer_next_box("OK", [&](QDialog* dialog) {
-            dialog->findChild<QDateTimeEdit*>()->setDate(truth.date());
-            dialog->findChild<QDateTimeEdit*>()->setTime(truth.time());
+            dialog->findChild<QDateTimeEdit*>()->setDate(base.date());
+            dialog->findChild<QDateTimeEdit*>()->setTime(base.time().addSecs(600));
         });
         QTest::keyClick(table(), Qt::Key_F2);
         QTRY_VERIFY(seen->answered);
-        QCOMPARE(state(), ten_minutes_on);
+        QCOMPARE(state(), expected(600));
         QCOMPARE(window->findChild<QLineEdit*>("lineedit_minute")->text(), QString("10"));
 
-        QStringList expected;
+        QStringList moved, written;
         for (const QString& path : paths)
-            expected << new_time(QFileInfo(path).fileName());
+            moved << new_time(QFileInfo(path).fileName());
         tip_button(test_support::fix_tip)->click();
-        for (int i = 0; i < paths.size(); ++i)
-            QCOMPARE(test_support::read_back(paths[i])["ExifIFD:DateTimeOriginal"], expected[i]);
+        for (const QString& path : paths)
+            written << test_support::original_time(path);
+        QCOMPARE(written, moved);
         tip_button(test_support::undo_tip)->click();
         QCOMPARE(test_support::listings(dir->path()), listings);
     }
@@ -1449,13 +1395,10 @@ private:
         QFileOpenEvent event(path);
         QApplication::sendEvent(qApp, &event);
     }
-    QString field(const char* name) const { return window->findChild<QLineEdit*>(name)->text(); }
     const QDateTime recorded_at = QDateTime(QDate(2017, 6, 21), QTime(18, 30, 5), Qt::UTC);
     const QDateTime base = QDateTime(QDate(2017, 6, 21), QTime(18, 30, 5), Qt::LocalTime);
     table_data_model* model() const { return static_cast<table_data_model*>(table()->model()); }
     time_offsets* offsets() const { return model()->offsets; }
-    QAction* action(const QString& name) const { return window->findChild<QAction*>(name); }
-    QString nikon_key() const { return model()->camera_key(dir->filePath("nikon_1.jpg")); }
     int row_named(const QString& name) const { return model()->files.indexOf(dir->filePath(name)); }
     QString new_time(const QString& name) const
     {
