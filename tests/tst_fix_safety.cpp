@@ -154,8 +154,8 @@ private slots:
             get_in_the_way();
         const auto undo_box = click_answering(undo_tip, answer);
 
-        QCOMPARE(fix_box->answered, when == "fix");
-        QCOMPARE(undo_box->answered, when == "undo");
+        // One box, of the run that met the trouble.
+        QVERIFY(!(when == "fix" ? undo_box : fix_box)->answered);
         const seen_box& seen = when == "fix" ? *fix_box : *undo_box;
         QTEST(seen.title + "|" + seen.buttons.join(','), "box");
         QVERIFY2(seen.text.contains(middle + reason), qPrintable(seen.text));
@@ -199,11 +199,9 @@ private slots:
         open_with(paths);
 
         int next = 0;
-        QStringList refused_renames;
         QTimer renumber;
         connect(&renumber, &QTimer::timeout, &renumber, [&] {
-            if (!(next == 0 ? QFile::remove(paths[0]) : QFile::rename(paths[next], paths[next - 1])))
-                refused_renames << paths[next];
+            QVERIFY(next == 0 ? QFile::remove(paths[0]) : QFile::rename(paths[next], paths[next - 1]));
             if (++next == count)
                 renumber.stop();
         });
@@ -220,7 +218,6 @@ private slots:
         renumber.start(interval);
         tip_button(fix_tip)->click();
         renumber.stop();
-        QCOMPARE(refused_renames, QStringList());
         QVERIFY2(next > 1, "the renumbering never ran during the fix");
         each_photo_once(count - 1, "after the fix");
         tip_button(undo_tip)->click();
@@ -307,7 +304,8 @@ private slots:
         auto card_state = [&] {
             QStringList state = QDir(card).entryList(QDir::Files | QDir::Hidden);
             for (const QString& path : stored)
-                state << listing(path).filter(QRegularExpression(mount == "tmpfs" ? "" : "^(?!-System:FileModifyDate=)"));
+                state << listing(path).filter(
+                    QRegularExpression(mount == "tmpfs" ? "" : "^(?!-System:FileModifyDate=)"));
             return state;
         };
         const QStringList names = QDir(card).entryList(QDir::Files | QDir::Hidden), loaded_state = card_state();
@@ -365,10 +363,8 @@ private slots:
         QFETCH(QString, file);
         QFETCH(QStringList, sidecars);
         QFETCH(QStringList, companions);
-        for (const QString& name : folder) {
-            QFile made(dir->filePath(name));
-            QVERIFY(made.open(QIODevice::WriteOnly));
-        }
+        for (const QString& path : in_dir(folder))
+            QVERIFY(QFile(path).open(QIODevice::WriteOnly));
         photo_family family;
         QCOMPARE(family.sidecars_of(dir->filePath(file)), in_dir(sidecars));
         QCOMPARE(family.companions_of(dir->filePath(file)), in_dir(companions));
@@ -436,17 +432,17 @@ private slots:
                 QVERIFY2(now, qPrintable(name + " " + tag));
                 const QDateTime wall_before(was->date, was->time, Qt::UTC), wall_after(now->date, now->time, Qt::UTC);
                 QVERIFY2(wall_before.secsTo(wall_after) == 3600, qPrintable(name + " " + tag + " " + after.at(tag)));
-                // The sidecars hold no EXIF: their dates carry the zone; the RAWs and the JPEG keep it in EXIF.
+                // The sidecars hold no EXIF: their dates carry the zone.
                 QCOMPARE(now->has_zone ? now->zone_seconds : -1, name.endsWith(".xmp") ? 7200 : -1);
                 ++moved;
             }
             QVERIFY2(moved >= 1, qPrintable(name));
-            if (!name.endsWith(".xmp"))
-                QCOMPARE(after.at("ExifIFD:OffsetTimeOriginal"), "+02:00");
-            // The toolkit the sidecar names stays its own.
-            QCOMPARE(after.count("XMP-x:XMPToolkit") ? after.at("XMP-x:XMPToolkit") : QString(),
-                     tags_before[name].count("XMP-x:XMPToolkit") ? tags_before[name].at("XMP-x:XMPToolkit") : QString());
         }
+        // The RAWs and the JPEG hold the zone in EXIF; the toolkit a sidecar names stays its own.
+        const QStringList fixed = listing_of(files);
+        const QString zone = "-ExifIFD:OffsetTimeOriginal=+02:00";
+        QCOMPARE(fixed.filter("-ExifIFD:OffsetTimeOriginal="), QStringList({zone, zone, zone, zone}));
+        QCOMPARE(fixed.filter("-XMP-x:XMPToolkit="), before.filter("-XMP-x:XMPToolkit="));
 
         tip_button(undo_tip)->click();
         QCOMPARE(listing_of(files), before);
