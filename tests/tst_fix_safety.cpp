@@ -150,22 +150,19 @@ private slots:
         QCOMPARE(original_time(paths[0]) + " " + original_time(paths[2]), after + " " + after);
         QVERIFY(journals().isEmpty()); // the run ended: its undo is in memory alone
         const QByteArray fixed = contents(middle);
-        if (when == "undo") {
-            QCOMPARE(original_time(middle), after);
+        if (when == "undo")
             get_in_the_way();
-        }
         const auto undo_box = click_answering(undo_tip, answer);
 
-        QCOMPARE(fix_box->answered, when == "fix");
-        QCOMPARE(undo_box->answered, when == "undo");
+        // One box, of the run that met the trouble.
+        QVERIFY(!(when == "fix" ? undo_box : fix_box)->answered);
         const seen_box& seen = when == "fix" ? *fix_box : *undo_box;
         QTEST(seen.title + "|" + seen.buttons.join(','), "box");
         QVERIFY2(seen.text.contains(middle + reason), qPrintable(seen.text));
         QVERIFY(!seen.text.contains(paths[0]) && !seen.text.contains(paths[2]));
         QVERIFY(contents(paths[0]) == first && contents(paths[2]) == last);
         if (what == "folder" || what == "link") {
-            QVERIFY(!victim_before.isEmpty());
-            QVERIFY(listings(QFileInfo(victim).path()) == victim_before);
+            QVERIFY(!victim_before.isEmpty() && listings(QFileInfo(victim).path()) == victim_before);
             return;
         }
         QTEST(original_time(middle), "middle");
@@ -194,9 +191,7 @@ private slots:
         QFETCH(int, interval);
         QFETCH(QString, answer);
         constexpr int count = 100;
-        auto name = [this](int i) { return dir->filePath(QString("p%1.jpg").arg(i, 3, 10, QChar('0'))); };
         const QStringList paths = numbered_copies(make_tagged_photo(dir->path(), "p000.jpg"), "p000.jpg", count);
-        QCOMPARE(paths.size(), count);
         QList<QPair<QString, exif_tag_map>> files;
         for (int i = 0; i < count; ++i)
             files.append({paths[i], {{"ExifIFD:DateTimeOriginal", own_time(i, 0)}, {"IFD0:ImageDescription", QString("photo %1").arg(i)}}});
@@ -204,11 +199,9 @@ private slots:
         open_with(paths);
 
         int next = 0;
-        QStringList refused_renames;
         QTimer renumber;
         connect(&renumber, &QTimer::timeout, &renumber, [&] {
-            if (!(next == 0 ? QFile::remove(name(0)) : QFile::rename(name(next), name(next - 1))))
-                refused_renames << name(next);
+            QVERIFY(next == 0 ? QFile::remove(paths[0]) : QFile::rename(paths[next], paths[next - 1]));
             if (++next == count)
                 renumber.stop();
         });
@@ -225,11 +218,8 @@ private slots:
         renumber.start(interval);
         tip_button(fix_tip)->click();
         renumber.stop();
-        QCOMPARE(refused_renames, QStringList());
         QVERIFY2(next > 1, "the renumbering never ran during the fix");
         each_photo_once(count - 1, "after the fix");
-        if (QTest::currentTestFailed())
-            return;
         tip_button(undo_tip)->click();
         each_photo_once(count - 1, "after the undo");
     }
@@ -261,14 +251,14 @@ private slots:
         QString device = image;
         const auto detach = qScopeGuard([&] {
             // A busy card is detached all the same, so that no test leaves a mount behind.
-            if (mount == "tmpfs" && ::umount(card_name.constData()) != 0)
+            if (mount == "tmpfs")
                 ::umount2(card_name.constData(), MNT_DETACH);
-            if (mount != "tmpfs")
+            else
                 QProcess::execute("fusermount", {"-u", "-z", card});
             if (device != image)
                 QProcess::execute("losetup", {"-d", device});
         });
-        QStringList stored, opened, listed;
+        QStringList stored, opened;
         qint64 pages = 0;
         if (mount == "tmpfs") {
             const QString made = noisy_photo(dir->path());
@@ -311,12 +301,14 @@ private slots:
             }
         }
         // FAT through FUSE sets a file's time to the moment of each write, whatever it is given.
-        auto tags_of = [&mount](const QString& path) {
-            return listing(path).filter(QRegularExpression(mount == "tmpfs" ? "" : "^(?!-System:FileModifyDate=)"));
+        auto card_state = [&] {
+            QStringList state = QDir(card).entryList(QDir::Files | QDir::Hidden);
+            for (const QString& path : stored)
+                state << listing(path).filter(
+                    QRegularExpression(mount == "tmpfs" ? "" : "^(?!-System:FileModifyDate=)"));
+            return state;
         };
-        for (const QString& path : stored)
-            listed << tags_of(path).join('\n');
-        const QStringList names = QDir(card).entryList(QDir::Files | QDir::Hidden);
+        const QStringList names = QDir(card).entryList(QDir::Files | QDir::Hidden), loaded_state = card_state();
         const QByteArray bytes = contents(stored[0]);
         const quint64 loaded = file_identity::of(stored[0]).inode;
 
@@ -339,9 +331,7 @@ private slots:
             QCOMPARE(file_identity::of(stored[0]).inode == loaded, outcome == "in place");
         }
         tip_button(undo_tip)->click();
-        QCOMPARE(QDir(card).entryList(QDir::Files | QDir::Hidden), names);
-        for (int photo = 0; photo < stored.size(); ++photo)
-            QCOMPARE(tags_of(stored[photo]).join('\n'), listed[photo]);
+        QCOMPARE(card_state(), loaded_state);
     }
 
     // Sidecars, RAW+JPEG pairs and Live Photos: a photo's files move together and come back together.
@@ -373,15 +363,8 @@ private slots:
         QFETCH(QString, file);
         QFETCH(QStringList, sidecars);
         QFETCH(QStringList, companions);
-        for (const QString& name : folder) {
-            QFile made(dir->filePath(name));
-            QVERIFY(made.open(QIODevice::WriteOnly));
-        }
-        auto in_dir = [this](QStringList names) {
-            for (QString& name : names)
-                name = dir->filePath(name);
-            return names;
-        };
+        for (const QString& path : in_dir(folder))
+            QVERIFY(QFile(path).open(QIODevice::WriteOnly));
         photo_family family;
         QCOMPARE(family.sidecars_of(dir->filePath(file)), in_dir(sidecars));
         QCOMPARE(family.companions_of(dir->filePath(file)), in_dir(companions));
@@ -408,14 +391,10 @@ private slots:
         QFETCH(QStringList, loaded);
         QCOMPARE(make_files(family_folder).size(), family_folder.size());
         window = open_main_window();
-        if (loaded == QStringList{"/"}) {
+        if (loaded == QStringList{"/"})
             QVERIFY(drop_urls(window, {QUrl::fromLocalFile(dir->path())}));
-        } else {
-            QStringList paths;
-            for (const QString& name : loaded)
-                paths << dir->filePath(name);
-            window->load_files(paths);
-        }
+        else
+            window->load_files(in_dir(loaded));
         QTEST(rows(), "rows");
         const int row = column_texts().indexOf("IMG_1001.dng  +2 XMP");
         const QString tip = table()->model()->index(row, 0).data(Qt::ToolTipRole).toString();
@@ -434,7 +413,7 @@ private slots:
         QMap<QString, exif_tag_map> tags_before;
         for (const QString& name : files)
             tags_before[name] = read_back(dir->filePath(name));
-        open_with({dir->filePath("IMG_1001.dng"), dir->filePath("DSC_2002.NEF"), dir->filePath("DSC_3003.NEF")}, "2");
+        open_with(in_dir({"IMG_1001.dng", "DSC_2002.NEF", "DSC_3003.NEF"}), "2");
         const auto asked = click_answering(fix_tip, "Include them");
         QVERIFY2(asked->text.startsWith("1 file taken together with the loaded photos was left out")
                      && asked->text.contains("DSC_3003.JPG"), qPrintable(asked->text));
@@ -453,19 +432,17 @@ private slots:
                 QVERIFY2(now, qPrintable(name + " " + tag));
                 const QDateTime wall_before(was->date, was->time, Qt::UTC), wall_after(now->date, now->time, Qt::UTC);
                 QVERIFY2(wall_before.secsTo(wall_after) == 3600, qPrintable(name + " " + tag + " " + after.at(tag)));
-                // The sidecars hold no EXIF: their dates carry the zone; the RAWs and the JPEG keep it in EXIF.
-                QCOMPARE(now->has_zone, name.endsWith(".xmp"));
-                if (now->has_zone)
-                    QCOMPARE(now->zone_seconds, 7200);
+                // The sidecars hold no EXIF: their dates carry the zone.
+                QCOMPARE(now->has_zone ? now->zone_seconds : -1, name.endsWith(".xmp") ? 7200 : -1);
                 ++moved;
             }
             QVERIFY2(moved >= 1, qPrintable(name));
-            if (!name.endsWith(".xmp"))
-                QCOMPARE(after.at("ExifIFD:OffsetTimeOriginal"), "+02:00");
-            // The toolkit the sidecar names stays its own.
-            QCOMPARE(after.count("XMP-x:XMPToolkit") ? after.at("XMP-x:XMPToolkit") : QString(),
-                     tags_before[name].count("XMP-x:XMPToolkit") ? tags_before[name].at("XMP-x:XMPToolkit") : QString());
         }
+        // The RAWs and the JPEG hold the zone in EXIF; the toolkit a sidecar names stays its own.
+        const QStringList fixed = listing_of(files);
+        const QString zone = "-ExifIFD:OffsetTimeOriginal=+02:00";
+        QCOMPARE(fixed.filter("-ExifIFD:OffsetTimeOriginal="), QStringList({zone, zone, zone, zone}));
+        QCOMPARE(fixed.filter("-XMP-x:XMPToolkit="), before.filter("-XMP-x:XMPToolkit="));
 
         tip_button(undo_tip)->click();
         QCOMPARE(listing_of(files), before);
@@ -494,23 +471,18 @@ private slots:
         QFETCH(QString, sidecar);
         QFETCH(QString, answer);
         QCOMPARE(make_files({photo, sidecar}).size(), 2);
-        const QString xmp = dir->filePath("a.nef.xmp");
         const QStringList before = listing_of({"a.nef.xmp", "a.nef"});
         open_with({dir->filePath("a.nef")});
         const auto asked = click_answering(fix_tip, answer.isEmpty() ? "close" : answer);
-        if (answer.isEmpty()) {
-            QVERIFY(!asked->answered);
-            QCOMPARE(read_back(dir->filePath("a.nef")).at("ExifIFD:DateTimeOriginal"), "2017:06:21 19:30:05");
-            return;
-        }
-        QVERIFY(asked->answered);
-        QCOMPARE(asked->text, "The sidecar of 1 photo states another recording time than the photo. Both will be moved "
-                              "by the same offset.");
-        QCOMPARE(asked->buttons, QStringList({"Continue", "Cancel"}));
+        const QString question = "The sidecar of 1 photo states another recording time than the photo. Both will be "
+                                 "moved by the same offset.|Continue,Cancel";
+        QCOMPARE(asked->text + "|" + asked->buttons.join(','), answer.isEmpty() ? "|" : question);
         if (answer == "Cancel")
             QCOMPARE(listing_of({"a.nef.xmp", "a.nef"}), before);
+        else if (answer == "Continue")
+            QCOMPARE(read_back(dir->filePath("a.nef.xmp")).at("XMP-exif:DateTimeOriginal"), "2017:06:21 19:35:05");
         else
-            QCOMPARE(read_back(xmp).at("XMP-exif:DateTimeOriginal"), "2017:06:21 19:35:05");
+            QCOMPARE(original_time(dir->filePath("a.nef")), after);
     }
 
     void a_sidecar_that_cant_be_written_fails_its_row_data()
@@ -563,6 +535,12 @@ private slots:
     }
 
 private:
+    QStringList in_dir(QStringList names) const
+    {
+        for (QString& name : names)
+            name = dir->filePath(name);
+        return names;
+    }
     QStringList rows() const
     {
         QStringList names = column_texts();
