@@ -8,7 +8,9 @@
 #include <ondo/application.h>
 
 #include <QHeaderView>
+#include <QJsonArray>
 #include <QJsonDocument>
+#include <QJsonObject>
 #include <QLabel>
 #include <QProgressDialog>
 #include <QSettings>
@@ -704,6 +706,42 @@ private slots:
         QVERIFY2(again->text.contains("changed: 1\nPhotos it had not written yet: 0\n"), qPrintable(again->text));
         QVERIFY(journals().isEmpty());
         QVERIFY(listings(dir->path()) == before);
+    }
+
+    // Any name and any text reach the journal as lines that read back as they were written.
+    void journal_lines_keep_every_character()
+    {
+        const QString odd = QString::fromUtf8("q\"b\\s\x01\x1f\t\r\x7f \xc3\xa9 \xf0\x9f\x93\xb7 \\u0041 }]");
+        const QString path = dir->filePath(odd + "\n.jpg");
+        QVERIFY(QFile(path).open(QIODevice::WriteOnly));
+        const file_identity identity = file_identity::of(path);
+        {
+            undo_journal journal(undo_journal::default_folder());
+            QVERIFY(journal.begin_run());
+            QVERIFY(journal.add(path, identity, {{"XMP-dc:Title", true, odd, odd, true}, {"IPTC:TimeCreated", false, {}, {}, true},
+                                                 {"ExifIFD:DateTimeOriginal", true, "2017:06:21 18:30:05"}}));
+            journal.written(path, true, identity);
+            journal.written(odd, false);
+        }
+        QFile file(first_journal());
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QStringList read;
+        for (const QByteArray& line : file.readAll().split('\n')) {
+            QJsonParseError error{};
+            const QJsonObject record = QJsonDocument::fromJson(line, &error).object();
+            read << (line.isEmpty() ? "end" : error.error ? error.errorString() : record.keys().join(','));
+            for (const QJsonValue& entry : record.value("undo").toArray()) {
+                const QJsonValue written = entry.toObject().value("written");
+                read << entry.toObject().value("value").toString()
+                     << (written.isNull() ? "null" : written.isUndefined() ? "none" : written.toString());
+            }
+            for (const char* key : {"photo", "written", "failed"})
+                if (record.value(key).isString())
+                    read << record.value(key).toString();
+        }
+        QCOMPARE(read, QStringList({"journal,version", "device,inode,link,modified_ns,photo,size,type,undo", odd, odd, "", "null",
+                                    "2017:06:21 18:30:05", "none", path, "device,inode,link,modified_ns,size,type,written", path,
+                                    "failed", odd, "end"}));
     }
 
     // The load's time to the nanosecond passes from the table through a crashed run's journal
