@@ -160,13 +160,11 @@ private slots:
         table_data_model model;
         model.datetime_format_changed("yyyy-MM-dd HH:mm:ss");
         QAbstractItemModelTester tester(&model);
-        QString path = "/photos/a.jpg";
-        if (file.isEmpty()) {
+        const QString path = file.isEmpty() ? "/photos/a.jpg" : make_tagged_photo(dir->path(), file, tag_map(tags));
+        if (file.isEmpty())
             load_by_hand(model, path, tag_map(tags));
-        } else {
-            path = make_tagged_photo(dir->path(), file, tag_map(tags));
+        else
             model.add_file(path, true);
-        }
         if (iptc_zone == "?") {
             iptc_zone = read_back(path).at("IPTC:TimeCreated").right(6);
             recording += iptc_zone;
@@ -363,7 +361,6 @@ private slots:
 #endif
         const int count = 2000;
         const QStringList paths = linked_photos(dir->path(), count);
-        QCOMPARE(paths.size(), count);
         window = open_main_window();
         // Starts the children, their threads and the table's first row outside the figure.
         window->load_files({dir->filePath("camera.jpg")});
@@ -380,7 +377,6 @@ private slots:
     void stop_keeps_the_rows_read_so_far()
     {
         const QStringList paths = linked_photos(dir->path(), 3000);
-        QCOMPARE(paths.size(), 3000);
         window = open_main_window();
         ondo::exiftool::read_tags(dir->filePath("camera.jpg"), true, false); // the children are up
         QAbstractItemModel* model = table()->model();
@@ -411,17 +407,15 @@ private slots:
         stopper.stop();
 
         QVERIFY(rows_at_stop > 0 && rows_at_stop < paths.size());
-        QCOMPARE(model->rowCount(), rows_at_stop);
-        QCOMPARE(int(exif_cache::instance()->size()), rows_at_stop);
         // One more read a child may go out before the drop reaches its worker; after the load none.
         const int sent = files_sent(log, dir->path());
         QVERIFY2(sent - sent_at_stop <= exiftool_children * files_per_read,
                  qPrintable(QString("%1 files sent after Stop").arg(sent - sent_at_stop)));
         QTest::qWait(500);
+        const QVariantList rows_cached_hour_progress{model->rowCount(), int(exif_cache::instance()->size()), hour->text(),
+                                                     progress->isVisible()};
+        QCOMPARE(rows_cached_hour_progress, (QVariantList{rows_at_stop, rows_at_stop, QString(), false}));
         QCOMPARE(files_sent(log, dir->path()), sent);
-        QCOMPARE(model->rowCount(), rows_at_stop);
-        QCOMPARE(hour->text(), QString());
-        QVERIFY(!progress->isVisible());
         QCOMPARE(log.count(QString("Load ended: %1 rows added, stopped, in ").arg(rows_at_stop)), 1);
         ondo::exiftool::verbose(false);
         ondo::exiftool::shutdown(false);
@@ -436,7 +430,6 @@ private slots:
         window = open_main_window();
         window->load_files(paths);
         QHeaderView* header = table()->horizontalHeader();
-        QCOMPARE(header->sortIndicatorSection(), 0);
         QSignalSpy sorts(table()->model(), &QAbstractItemModel::layoutChanged);
         QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, QPoint(header->sectionViewportPosition(2) + 5, 5));
         QCOMPARE(sorts.count(), 0);
