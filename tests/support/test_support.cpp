@@ -51,10 +51,13 @@ QStringList tag_arguments(const exif_tag_map& tags)
     return arguments;
 }
 
-QByteArray be32(quint32 v)
+// Big-endian 32-bit words, one after the other.
+QByteArray be32(std::initializer_list<quint32> words)
 {
-    const char bytes[4] = {char(v >> 24), char(v >> 16), char(v >> 8), char(v)};
-    return QByteArray(bytes, 4);
+    QByteArray bytes;
+    for (const quint32 word : words)
+        bytes.append(char(word >> 24)).append(char(word >> 16)).append(char(word >> 8)).append(char(word));
+    return bytes;
 }
 
 // `path` with `tags` written into it by the real ExifTool; empty when that fails.
@@ -90,10 +93,8 @@ QString make_tagged_photo(const QString& dir, const QString& name, const exif_ta
     const QString path = QDir(dir).absoluteFilePath(name);
     QImage image(32, 24, QImage::Format_RGB32);
     image.fill(QColor(90, 120, 150));
-    if (!image.save(path))
-        qFatal("cannot save %s", qPrintable(path));
-    if (tag_file(path, tags).isEmpty())
-        qFatal("exiftool could not tag %s", qPrintable(path));
+    if (!image.save(path) || tag_file(path, tags).isEmpty())
+        qFatal("cannot save or tag %s", qPrintable(path));
     return path;
 }
 
@@ -115,7 +116,7 @@ void append_png_text(const QString& path, const QByteArray& keyword, const QByte
             crc = (crc >> 1) ^ (0xEDB88320u & (0u - (crc & 1u)));
     }
     crc ^= 0xFFFFFFFFu;
-    png.insert(end, be32(quint32(body.size() - 4)) + body + be32(crc));
+    png.insert(end, be32({quint32(body.size() - 4)}) + body + be32({crc}));
     file.seek(0);
     file.write(png);
 }
@@ -151,18 +152,15 @@ QString make_tiff(const QString& dir, const QString& name)
 // created and modified at `utc`; `brand` is the file type ("qt  ", "M4A ", "crx ").
 QString make_movie(const QString& dir, const QString& name, const QByteArray& brand, const QDateTime& utc)
 {
-    auto atom = [&](const char* type, const QByteArray& body) { return be32(quint32(body.size() + 8)) + type + body; };
+    auto atom = [](const char* type, const QByteArray& body) { return be32({quint32(body.size() + 8)}) + type + body; };
     // QuickTime counts seconds from 1904, in UTC.
     const quint32 when = quint32(QDateTime(QDate(1904, 1, 1), QTime(0, 0), Qt::UTC).secsTo(utc));
-    const QByteArray matrix = be32(0x10000) + be32(0) + be32(0) + be32(0) + be32(0x10000) + be32(0) + be32(0) + be32(0)
-        + be32(0x40000000);
-    const QByteArray dates = be32(when) + be32(when);
-    const QByteArray mvhd = atom("mvhd", be32(0) + dates + be32(600) + be32(0) + be32(0x10000) + QByteArray("\x01\x00", 2)
-        + QByteArray(10, '\0') + matrix + QByteArray(24, '\0') + be32(2));
-    const QByteArray tkhd = atom("tkhd", be32(0xf) + dates + be32(1) + be32(0) + be32(0) + QByteArray(16, '\0') + matrix
-        + be32(0) + be32(0));
-    const QByteArray mdhd = atom("mdhd", be32(0) + dates + be32(600) + be32(0) + be32(0));
-    const QByteArray hdlr = atom("hdlr", be32(0) + "mhlrsoun" + QByteArray(13, '\0'));
+    const QByteArray matrix = be32({0x10000, 0, 0, 0, 0x10000, 0, 0, 0, 0x40000000});
+    const QByteArray mvhd = atom("mvhd", be32({0, when, when, 600, 0, 0x10000}) + QByteArray("\x01", 1)
+        + QByteArray(11, '\0') + matrix + QByteArray(24, '\0') + be32({2}));
+    const QByteArray tkhd = atom("tkhd", be32({0xf, when, when, 1, 0, 0, 0, 0, 0, 0}) + matrix + be32({0, 0}));
+    const QByteArray mdhd = atom("mdhd", be32({0, when, when, 600, 0, 0}));
+    const QByteArray hdlr = atom("hdlr", be32({0}) + "mhlrsoun" + QByteArray(13, '\0'));
     QByteArray canon;
     if (brand == "crx ") { // a raw photo of the same build, with empty EXIF directories to write into
         const QByteArray tiff("II*\0\x08\0\0\0\0\0\0\0\0\0", 14);
@@ -170,7 +168,7 @@ QString make_movie(const QString& dir, const QString& name, const QByteArray& br
             + atom("CNCV", "CanonCR3_001/00.10.00/00.00.00") + atom("CMT1", tiff) + atom("CMT2", tiff));
     }
     const QByteArray moov = atom("moov", canon + mvhd + atom("trak", tkhd + atom("mdia", mdhd + hdlr)));
-    const QByteArray bytes = atom("ftyp", brand + be32(0) + brand) + moov + atom("mdat", {});
+    const QByteArray bytes = atom("ftyp", brand + be32({0}) + brand) + moov + atom("mdat", {});
 
     const QString path = QDir(dir).absoluteFilePath(name);
     QFile file(path);
@@ -207,8 +205,7 @@ QString make_file(const QString& dir, const QString& recipe)
     } else if (is(".dng") || is(".nef")) {
         path = make_tiff(dir, name);
     } else if (is(".xmp")) {
-        QStringList arguments = tag_arguments(map).mid(1); // no original to overwrite
-        run(TAVIMO_EXIFTOOL_SCRIPT, arguments << "-o" << path);
+        run(TAVIMO_EXIFTOOL_SCRIPT, tag_arguments(map).mid(1) << "-o" << path); // no original to overwrite
         return QFileInfo(path).isFile() ? path : QString();
     } else if (is(".avi")) {
         QFile file(path);
