@@ -39,11 +39,6 @@ QStringList marked(const QStringList& texts)
     return marked_texts;
 }
 
-QString shown(const table_data_model& model, int row, int column)
-{
-    return model.data(model.index(row, column)).toString();
-}
-
 // Children the bridge runs here, and the files of one read (up to four joined, exiftool_worker.h).
 constexpr int exiftool_children = 2;
 constexpr int files_per_read = 4;
@@ -175,8 +170,8 @@ private slots:
             change.value(5), !zone.isEmpty(), zone.toDouble());
 
         QCOMPARE(layout_changed.count(), 1);
-        QCOMPARE(shown(model, 0, 1), recording.replace("@", "2017-06-21 18:30:05"));
-        QCOMPARE(shown(model, 0, 2), new_time.replace("@", "2017-06-21 18:30:05"));
+        QCOMPARE(model.data(model.index(0, 1)).toString(), recording.replace("@", "2017-06-21 18:30:05"));
+        QCOMPARE(model.data(model.index(0, 2)).toString(), new_time.replace("@", "2017-06-21 18:30:05"));
         QCOMPARE(model.data(model.index(0, 2), Qt::UserRole).toDateTime().isValid(), new_time != "-");
         if (file.isEmpty())
             return;
