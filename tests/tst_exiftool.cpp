@@ -293,9 +293,7 @@ private slots:
         // Several tries, as each may fall anywhere in the clock's tick of the file system's times.
         for (int attempt = 0; attempt < 5; ++attempt) {
             const QString path = dir.filePath(QString("p%1.jpg").arg(attempt));
-            QFile photo(path);
-            QVERIFY(photo.open(QIODevice::WriteOnly) && photo.write("old photo") == 9);
-            photo.close();
+            QVERIFY(write_file(path, "old photo"));
             perl.rule("dies", QString::number(ondo::next_task_id.load()), how);
             QVERIFY(!exiftool::write_tags(path, {{"ExifIFD:DateTimeOriginal", "2020:01:01 00:00:00"}}));
             QTEST(test_support::contents(path), "photo");
@@ -432,14 +430,12 @@ private slots:
     void a_leftover_temporary_file_blocks_the_write()
     {
         const QString path = make_tagged_photo(dir->path(), "leftover.jpg", {{"IFD0:Make", "Canon"}});
-        QFile leftover(path + "_exiftool_tmp");
-        QVERIFY(leftover.open(QIODevice::WriteOnly) && leftover.write("earlier") == 7);
-        leftover.close();
+        QVERIFY(write_file(path + "_exiftool_tmp", "earlier"));
         log_capture log;
         QVERIFY(!exiftool::write_tags(path, {{"IFD0:Make", "Nikon"}}));
         QCOMPARE(log.count("an earlier write left '" + path + "_exiftool_tmp' behind"), 1);
         QCOMPARE(read_back(path).at("IFD0:Make"), QString("Canon"));
-        QCOMPARE(contents(leftover.fileName()), QByteArray("earlier"));
+        QCOMPARE(contents(path + "_exiftool_tmp"), QByteArray("earlier"));
     }
 
     // Queued reads go out joined; each file gets what it gets alone, whatever its name holds. A value

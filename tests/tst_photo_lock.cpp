@@ -120,10 +120,8 @@ private slots:
 private:
     QString make_photo(const QString& name)
     {
-        QFile file(dir->filePath("photos/" + name));
-        if (!file.open(QIODevice::WriteOnly) || file.write("photo") != 5)
-            return {};
-        return file.fileName();
+        const QString path = dir->filePath("photos/" + name);
+        return test_support::write_file(path, "photo") ? path : QString();
     }
 
     // A copy that locks `paths` and keeps them until its input closes.

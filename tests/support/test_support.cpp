@@ -103,10 +103,7 @@ namespace {
 // Appends a tEXt chunk behind the image data of the PNG at `path`, as some editors leave it.
 void append_png_text(const QString& path, const QByteArray& keyword, const QByteArray& text)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadWrite))
-        qFatal("cannot open %s", qPrintable(path));
-    QByteArray png = file.readAll();
+    QByteArray png = contents(path);
     const int end = png.lastIndexOf("IEND") - 4; // the chunk's length field
     const QByteArray body = "tEXt" + keyword + '\0' + text;
     quint32 crc = 0xFFFFFFFFu; // the CRC-32 of PNG, over type and data
@@ -117,8 +114,8 @@ void append_png_text(const QString& path, const QByteArray& keyword, const QByte
     }
     crc ^= 0xFFFFFFFFu;
     png.insert(end, be32({quint32(body.size() - 4)}) + body + be32({crc}));
-    file.seek(0);
-    file.write(png);
+    if (!write_file(path, png))
+        qFatal("cannot write %s", qPrintable(path));
 }
 
 QString make_tiff(const QString& dir, const QString& name)
@@ -142,10 +139,7 @@ QString make_tiff(const QString& dir, const QString& name)
     put(0, 4);
     bytes.append(64, char(100));
     const QString path = QDir(dir).filePath(name);
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        return QString();
-    return path;
+    return write_file(path, bytes) ? path : QString();
 }
 
 // A QuickTime file of a few hundred bytes: its movie, its one sound track and that track's media all
@@ -171,8 +165,7 @@ QString make_movie(const QString& dir, const QString& name, const QByteArray& br
     const QByteArray bytes = atom("ftyp", brand + be32({0}) + brand) + moov + atom("mdat", {});
 
     const QString path = QDir(dir).absoluteFilePath(name);
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+    if (!write_file(path, bytes))
         qFatal("cannot write %s", qPrintable(path));
     return path;
 }
@@ -208,21 +201,17 @@ QString make_file(const QString& dir, const QString& recipe)
         run(TAVIMO_EXIFTOOL_SCRIPT, tag_arguments(map).mid(1) << "-o" << path); // no original to overwrite
         return QFileInfo(path).isFile() ? path : QString();
     } else if (is(".avi")) {
-        QFile file(path);
-        if (!file.open(QIODevice::WriteOnly) || file.write(QByteArray("RIFF\x10\0\0\0AVI LIST\x04\0\0\0hdrl", 24)) != 24 || !file.flush()
-            || !file.setFileTime(QDateTime(QDate(2017, 6, 21), QTime(18, 30, 5)), QFileDevice::FileModificationTime))
+        const qint64 taken = QDateTime(QDate(2017, 6, 21), QTime(18, 30, 5)).toMSecsSinceEpoch() * 1000000;
+        if (!write_file(path, QByteArray("RIFF\x10\0\0\0AVI LIST\x04\0\0\0hdrl", 24)) || !set_modified_ns(path, taken))
             return QString();
     } else {
         const QByteArray brand = is(".cr3") ? "crx " : is(".m4a") ? "M4A " : "qt  ";
         path = make_movie(dir, name, brand, QDateTime(QDate(2005, 8, 11), QTime(14, 3, 54), Qt::UTC));
     }
     path = tag_file(path, map);
-    QFile file(path);
-    if (zoneless.hasMatch() && file.open(QIODevice::ReadWrite)) {
+    if (zoneless.hasMatch()) {
         const QByteArray time = zoneless.captured(1).remove(':').toLatin1();
-        const QByteArray bytes = file.readAll().replace(time + "+0000", time + QByteArray(5, '\0'));
-        file.seek(0);
-        file.write(bytes);
+        write_file(path, contents(path).replace(time + "+0000", time + QByteArray(5, '\0')));
     }
     if (!chunk.isEmpty())
         append_png_text(path, "Comment", chunk.toLatin1());
@@ -267,6 +256,12 @@ QByteArray contents(const QString& path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool write_file(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
 }
 
 bool set_modified_ns(const QString& path, qint64 ns)
