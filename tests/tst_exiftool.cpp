@@ -646,9 +646,7 @@ private:
     {
         QStringList found = run(TAVIMO_EXIFTOOL_SCRIPT, QStringList{"-s3", "-Validate"} + large_photos).split('\n');
         for (const QString& path : large_photos) {
-            QImage image;
-            image.load(path);
-            image = image.convertToFormat(QImage::Format_RGB32);
+            const QImage image = QImage(path).convertToFormat(QImage::Format_RGB32);
             found << QCryptographicHash::hash(QByteArray::fromRawData(reinterpret_cast<const char*>(image.constBits()),
                                                   int(image.sizeInBytes())), QCryptographicHash::Sha1).toHex();
         }

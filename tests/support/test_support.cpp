@@ -276,14 +276,10 @@ bool set_modified_ns(const QString& path, qint64 ns)
 
 QStringList listing(const QString& path)
 {
-    static const QRegularExpression own("^-(System:File(Access|InodeChange)Date|"
-                                        "ExifTool:[A-Za-z]+)=|^-[^=]*(Offset|Start)=");
-    QStringList kept;
-    for (const QString& line : run(TAVIMO_EXIFTOOL_SCRIPT, {"-G1", "-a", "-args", "-sort", "-charset", "filename=utf8", path})
-                                   .split('\n', Qt::SkipEmptyParts))
-        if (!own.match(line).hasMatch())
-            kept << line;
-    return kept;
+    static const QRegularExpression kept("^(?!-(System:File(Access|InodeChange)Date|ExifTool:[A-Za-z]+)=|"
+                                         "-[^=]*(Offset|Start)=)");
+    return run(TAVIMO_EXIFTOOL_SCRIPT, {"-G1", "-a", "-args", "-sort", "-charset", "filename=utf8", path})
+        .split('\n', Qt::SkipEmptyParts).filter(kept);
 }
 
 QMap<QString, QJsonObject> listings(const QString& folder)
