@@ -99,11 +99,9 @@ private slots:
         QVERIFY(dying->waitForFinished());
         QVERIFY(photo_lock::try_lock(other, folder));
         // Nothing is made per photo, neither beside it nor among the locks.
-        QCOMPARE(QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot),
-                 QStringList({"photos"}));
-
-        const QDir photos(dir->filePath("photos"));
-        QCOMPARE(photos.entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot), QStringList({name}));
+        const auto all = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
+        QCOMPARE(QDir(folder).entryList(all), QStringList({"photos"}));
+        QCOMPARE(QDir(dir->filePath("photos")).entryList(all), QStringList({name}));
         QCOMPARE(test_support::contents(photo), QByteArray("photo"));
     }
 
@@ -122,10 +120,8 @@ private slots:
 private:
     QString make_photo(const QString& name)
     {
-        QFile file(dir->filePath("photos/" + name));
-        if (!file.open(QIODevice::WriteOnly) || file.write("photo") != 5)
-            return {};
-        return file.fileName();
+        const QString path = dir->filePath("photos/" + name);
+        return test_support::write_file(path, "photo") ? path : QString();
     }
 
     // A copy that locks `paths` and keeps them until its input closes.

@@ -21,10 +21,8 @@ private slots:
             pictures[":/gui/" + family] = 0;
         int finer = 0;
         for (const QString& root : {QString(":/gui"), QString(":/images")}) {
-            for (QDirIterator it(root, QDirIterator::Subdirectories); it.hasNext();) {
+            for (QDirIterator it(root, QDir::Files, QDirIterator::Subdirectories); it.hasNext();) {
                 const QString path = it.next();
-                if (QFileInfo(path).isDir())
-                    continue;
                 if (pictures.contains(QFileInfo(path).path())) {
                     QVERIFY2(!QImage(path).isNull(), qPrintable(path));
                     ++pictures[QFileInfo(path).path()];

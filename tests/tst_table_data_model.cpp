@@ -39,11 +39,6 @@ QStringList marked(const QStringList& texts)
     return marked_texts;
 }
 
-QString shown(const table_data_model& model, int row, int column)
-{
-    return model.data(model.index(row, column)).toString();
-}
-
 // Children the bridge runs here, and the files of one read (up to four joined, exiftool_worker.h).
 constexpr int exiftool_children = 2;
 constexpr int files_per_read = 4;
@@ -160,13 +155,11 @@ private slots:
         table_data_model model;
         model.datetime_format_changed("yyyy-MM-dd HH:mm:ss");
         QAbstractItemModelTester tester(&model);
-        QString path = "/photos/a.jpg";
-        if (file.isEmpty()) {
+        const QString path = file.isEmpty() ? "/photos/a.jpg" : make_tagged_photo(dir->path(), file, tag_map(tags));
+        if (file.isEmpty())
             load_by_hand(model, path, tag_map(tags));
-        } else {
-            path = make_tagged_photo(dir->path(), file, tag_map(tags));
+        else
             model.add_file(path, true);
-        }
         if (iptc_zone == "?") {
             iptc_zone = read_back(path).at("IPTC:TimeCreated").right(6);
             recording += iptc_zone;
@@ -177,8 +170,8 @@ private slots:
             change.value(5), !zone.isEmpty(), zone.toDouble());
 
         QCOMPARE(layout_changed.count(), 1);
-        QCOMPARE(shown(model, 0, 1), recording.replace("@", "2017-06-21 18:30:05"));
-        QCOMPARE(shown(model, 0, 2), new_time.replace("@", "2017-06-21 18:30:05"));
+        QCOMPARE(model.data(model.index(0, 1)).toString(), recording.replace("@", "2017-06-21 18:30:05"));
+        QCOMPARE(model.data(model.index(0, 2)).toString(), new_time.replace("@", "2017-06-21 18:30:05"));
         QCOMPARE(model.data(model.index(0, 2), Qt::UserRole).toDateTime().isValid(), new_time != "-");
         if (file.isEmpty())
             return;
@@ -363,7 +356,6 @@ private slots:
 #endif
         const int count = 2000;
         const QStringList paths = linked_photos(dir->path(), count);
-        QCOMPARE(paths.size(), count);
         window = open_main_window();
         // Starts the children, their threads and the table's first row outside the figure.
         window->load_files({dir->filePath("camera.jpg")});
@@ -380,7 +372,6 @@ private slots:
     void stop_keeps_the_rows_read_so_far()
     {
         const QStringList paths = linked_photos(dir->path(), 3000);
-        QCOMPARE(paths.size(), 3000);
         window = open_main_window();
         ondo::exiftool::read_tags(dir->filePath("camera.jpg"), true, false); // the children are up
         QAbstractItemModel* model = table()->model();
@@ -411,17 +402,15 @@ private slots:
         stopper.stop();
 
         QVERIFY(rows_at_stop > 0 && rows_at_stop < paths.size());
-        QCOMPARE(model->rowCount(), rows_at_stop);
-        QCOMPARE(int(exif_cache::instance()->size()), rows_at_stop);
         // One more read a child may go out before the drop reaches its worker; after the load none.
         const int sent = files_sent(log, dir->path());
         QVERIFY2(sent - sent_at_stop <= exiftool_children * files_per_read,
                  qPrintable(QString("%1 files sent after Stop").arg(sent - sent_at_stop)));
         QTest::qWait(500);
+        const QVariantList rows_cached_hour_progress{model->rowCount(), int(exif_cache::instance()->size()), hour->text(),
+                                                     progress->isVisible()};
+        QCOMPARE(rows_cached_hour_progress, (QVariantList{rows_at_stop, rows_at_stop, QString(), false}));
         QCOMPARE(files_sent(log, dir->path()), sent);
-        QCOMPARE(model->rowCount(), rows_at_stop);
-        QCOMPARE(hour->text(), QString());
-        QVERIFY(!progress->isVisible());
         QCOMPARE(log.count(QString("Load ended: %1 rows added, stopped, in ").arg(rows_at_stop)), 1);
         ondo::exiftool::verbose(false);
         ondo::exiftool::shutdown(false);
@@ -436,7 +425,6 @@ private slots:
         window = open_main_window();
         window->load_files(paths);
         QHeaderView* header = table()->horizontalHeader();
-        QCOMPARE(header->sortIndicatorSection(), 0);
         QSignalSpy sorts(table()->model(), &QAbstractItemModel::layoutChanged);
         QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, QPoint(header->sectionViewportPosition(2) + 5, 5));
         QCOMPARE(sorts.count(), 0);

@@ -51,10 +51,13 @@ QStringList tag_arguments(const exif_tag_map& tags)
     return arguments;
 }
 
-QByteArray be32(quint32 v)
+// Big-endian 32-bit words, one after the other.
+QByteArray be32(std::initializer_list<quint32> words)
 {
-    const char bytes[4] = {char(v >> 24), char(v >> 16), char(v >> 8), char(v)};
-    return QByteArray(bytes, 4);
+    QByteArray bytes;
+    for (const quint32 word : words)
+        bytes.append(char(word >> 24)).append(char(word >> 16)).append(char(word >> 8)).append(char(word));
+    return bytes;
 }
 
 // `path` with `tags` written into it by the real ExifTool; empty when that fails.
@@ -90,10 +93,8 @@ QString make_tagged_photo(const QString& dir, const QString& name, const exif_ta
     const QString path = QDir(dir).absoluteFilePath(name);
     QImage image(32, 24, QImage::Format_RGB32);
     image.fill(QColor(90, 120, 150));
-    if (!image.save(path))
-        qFatal("cannot save %s", qPrintable(path));
-    if (tag_file(path, tags).isEmpty())
-        qFatal("exiftool could not tag %s", qPrintable(path));
+    if (!image.save(path) || tag_file(path, tags).isEmpty())
+        qFatal("cannot save or tag %s", qPrintable(path));
     return path;
 }
 
@@ -102,10 +103,7 @@ namespace {
 // Appends a tEXt chunk behind the image data of the PNG at `path`, as some editors leave it.
 void append_png_text(const QString& path, const QByteArray& keyword, const QByteArray& text)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadWrite))
-        qFatal("cannot open %s", qPrintable(path));
-    QByteArray png = file.readAll();
+    QByteArray png = contents(path);
     const int end = png.lastIndexOf("IEND") - 4; // the chunk's length field
     const QByteArray body = "tEXt" + keyword + '\0' + text;
     quint32 crc = 0xFFFFFFFFu; // the CRC-32 of PNG, over type and data
@@ -115,9 +113,9 @@ void append_png_text(const QString& path, const QByteArray& keyword, const QByte
             crc = (crc >> 1) ^ (0xEDB88320u & (0u - (crc & 1u)));
     }
     crc ^= 0xFFFFFFFFu;
-    png.insert(end, be32(quint32(body.size() - 4)) + body + be32(crc));
-    file.seek(0);
-    file.write(png);
+    png.insert(end, be32({quint32(body.size() - 4)}) + body + be32({crc}));
+    if (!write_file(path, png))
+        qFatal("cannot write %s", qPrintable(path));
 }
 
 QString make_tiff(const QString& dir, const QString& name)
@@ -141,28 +139,22 @@ QString make_tiff(const QString& dir, const QString& name)
     put(0, 4);
     bytes.append(64, char(100));
     const QString path = QDir(dir).filePath(name);
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-        return QString();
-    return path;
+    return write_file(path, bytes) ? path : QString();
 }
 
 // A QuickTime file of a few hundred bytes: its movie, its one sound track and that track's media all
 // created and modified at `utc`; `brand` is the file type ("qt  ", "M4A ", "crx ").
 QString make_movie(const QString& dir, const QString& name, const QByteArray& brand, const QDateTime& utc)
 {
-    auto atom = [&](const char* type, const QByteArray& body) { return be32(quint32(body.size() + 8)) + type + body; };
+    auto atom = [](const char* type, const QByteArray& body) { return be32({quint32(body.size() + 8)}) + type + body; };
     // QuickTime counts seconds from 1904, in UTC.
     const quint32 when = quint32(QDateTime(QDate(1904, 1, 1), QTime(0, 0), Qt::UTC).secsTo(utc));
-    const QByteArray matrix = be32(0x10000) + be32(0) + be32(0) + be32(0) + be32(0x10000) + be32(0) + be32(0) + be32(0)
-        + be32(0x40000000);
-    const QByteArray dates = be32(when) + be32(when);
-    const QByteArray mvhd = atom("mvhd", be32(0) + dates + be32(600) + be32(0) + be32(0x10000) + QByteArray("\x01\x00", 2)
-        + QByteArray(10, '\0') + matrix + QByteArray(24, '\0') + be32(2));
-    const QByteArray tkhd = atom("tkhd", be32(0xf) + dates + be32(1) + be32(0) + be32(0) + QByteArray(16, '\0') + matrix
-        + be32(0) + be32(0));
-    const QByteArray mdhd = atom("mdhd", be32(0) + dates + be32(600) + be32(0) + be32(0));
-    const QByteArray hdlr = atom("hdlr", be32(0) + "mhlrsoun" + QByteArray(13, '\0'));
+    const QByteArray matrix = be32({0x10000, 0, 0, 0, 0x10000, 0, 0, 0, 0x40000000});
+    const QByteArray mvhd = atom("mvhd", be32({0, when, when, 600, 0, 0x10000}) + QByteArray("\x01", 1)
+        + QByteArray(11, '\0') + matrix + QByteArray(24, '\0') + be32({2}));
+    const QByteArray tkhd = atom("tkhd", be32({0xf, when, when, 1, 0, 0, 0, 0, 0, 0}) + matrix + be32({0, 0}));
+    const QByteArray mdhd = atom("mdhd", be32({0, when, when, 600, 0, 0}));
+    const QByteArray hdlr = atom("hdlr", be32({0}) + "mhlrsoun" + QByteArray(13, '\0'));
     QByteArray canon;
     if (brand == "crx ") { // a raw photo of the same build, with empty EXIF directories to write into
         const QByteArray tiff("II*\0\x08\0\0\0\0\0\0\0\0\0", 14);
@@ -170,11 +162,10 @@ QString make_movie(const QString& dir, const QString& name, const QByteArray& br
             + atom("CNCV", "CanonCR3_001/00.10.00/00.00.00") + atom("CMT1", tiff) + atom("CMT2", tiff));
     }
     const QByteArray moov = atom("moov", canon + mvhd + atom("trak", tkhd + atom("mdia", mdhd + hdlr)));
-    const QByteArray bytes = atom("ftyp", brand + be32(0) + brand) + moov + atom("mdat", {});
+    const QByteArray bytes = atom("ftyp", brand + be32({0}) + brand) + moov + atom("mdat", {});
 
     const QString path = QDir(dir).absoluteFilePath(name);
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+    if (!write_file(path, bytes))
         qFatal("cannot write %s", qPrintable(path));
     return path;
 }
@@ -207,25 +198,20 @@ QString make_file(const QString& dir, const QString& recipe)
     } else if (is(".dng") || is(".nef")) {
         path = make_tiff(dir, name);
     } else if (is(".xmp")) {
-        QStringList arguments = tag_arguments(map).mid(1); // no original to overwrite
-        run(TAVIMO_EXIFTOOL_SCRIPT, arguments << "-o" << path);
+        run(TAVIMO_EXIFTOOL_SCRIPT, tag_arguments(map).mid(1) << "-o" << path); // no original to overwrite
         return QFileInfo(path).isFile() ? path : QString();
     } else if (is(".avi")) {
-        QFile file(path);
-        if (!file.open(QIODevice::WriteOnly) || file.write(QByteArray("RIFF\x10\0\0\0AVI LIST\x04\0\0\0hdrl", 24)) != 24 || !file.flush()
-            || !file.setFileTime(QDateTime(QDate(2017, 6, 21), QTime(18, 30, 5)), QFileDevice::FileModificationTime))
+        const qint64 taken = QDateTime(QDate(2017, 6, 21), QTime(18, 30, 5)).toMSecsSinceEpoch() * 1000000;
+        if (!write_file(path, QByteArray("RIFF\x10\0\0\0AVI LIST\x04\0\0\0hdrl", 24)) || !set_modified_ns(path, taken))
             return QString();
     } else {
         const QByteArray brand = is(".cr3") ? "crx " : is(".m4a") ? "M4A " : "qt  ";
         path = make_movie(dir, name, brand, QDateTime(QDate(2005, 8, 11), QTime(14, 3, 54), Qt::UTC));
     }
     path = tag_file(path, map);
-    QFile file(path);
-    if (zoneless.hasMatch() && file.open(QIODevice::ReadWrite)) {
+    if (zoneless.hasMatch()) {
         const QByteArray time = zoneless.captured(1).remove(':').toLatin1();
-        const QByteArray bytes = file.readAll().replace(time + "+0000", time + QByteArray(5, '\0'));
-        file.seek(0);
-        file.write(bytes);
+        write_file(path, contents(path).replace(time + "+0000", time + QByteArray(5, '\0')));
     }
     if (!chunk.isEmpty())
         append_png_text(path, "Comment", chunk.toLatin1());
@@ -272,6 +258,12 @@ QByteArray contents(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
+bool write_file(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+
 bool set_modified_ns(const QString& path, qint64 ns)
 {
     const qint64 second = ns >= 0 ? ns / 1000000000 : -((-ns - 1) / 1000000000) - 1;
@@ -284,14 +276,10 @@ bool set_modified_ns(const QString& path, qint64 ns)
 
 QStringList listing(const QString& path)
 {
-    static const QRegularExpression own("^-(System:File(Access|InodeChange)Date|"
-                                        "ExifTool:[A-Za-z]+)=|^-[^=]*(Offset|Start)=");
-    QStringList kept;
-    for (const QString& line : run(TAVIMO_EXIFTOOL_SCRIPT, {"-G1", "-a", "-args", "-sort", "-charset", "filename=utf8", path})
-                                   .split('\n', Qt::SkipEmptyParts))
-        if (!own.match(line).hasMatch())
-            kept << line;
-    return kept;
+    static const QRegularExpression kept("^(?!-(System:File(Access|InodeChange)Date|ExifTool:[A-Za-z]+)=|"
+                                         "-[^=]*(Offset|Start)=)");
+    return run(TAVIMO_EXIFTOOL_SCRIPT, {"-G1", "-a", "-args", "-sort", "-charset", "filename=utf8", path})
+        .split('\n', Qt::SkipEmptyParts).filter(kept);
 }
 
 QMap<QString, QJsonObject> listings(const QString& folder)

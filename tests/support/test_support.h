@@ -51,6 +51,7 @@ QStringList numbered_copies(const QString& photo, const QString& first, int coun
 exif_tag_map read_back(const QString& path);
 QString original_time(const QString& path); // its ExifIFD:DateTimeOriginal
 QByteArray contents(const QString& path);   // empty when it can't be read
+bool write_file(const QString& path, const QByteArray& bytes); // false when it can't be written whole
 // Gives `path` the modification time `ns` since the epoch, to the nanosecond.
 bool set_modified_ns(const QString& path, qint64 ns);
 
