@@ -7,6 +7,7 @@
 #include <QTimeZone>
 
 #include <cmath>
+#include <tuple>
 
 packed_undo::packed_undo(const QList<undo_entry>& entries)
 {
@@ -433,6 +434,15 @@ exif_tag_map new_values(const exif_tag_map& tags, const QDateTime& old_time, con
         return day.addDays(moved_date(old_time.date(), moving).daysTo(new_time.date()));
     };
 
+    // A file's dates are mostly one moment written several times, and each move asks the C library
+    // for the zone several times: the last move is kept.
+    std::optional<std::tuple<QDate, QTime, QDateTime>> last_move;
+    auto moved_clock = [&](const QDate& date, const QTime& time) {
+        if (!last_move || std::get<0>(*last_move) != date || std::get<1>(*last_move) != time)
+            last_move = std::make_tuple(date, time, moved_wall(date, time, moving));
+        return std::get<2>(*last_move);
+    };
+
     for (const auto& [tag, text] : tags) {
         const bool local = local_date_tag(tag);
         if (!local && !utc_date_tag(tag))
@@ -446,7 +456,7 @@ exif_tag_map new_values(const exif_tag_map& tags, const QDateTime& old_time, con
                 continue;
             value->date = day;
         } else if (local) {
-            const QDateTime wall = moved_wall(value->date, value->time, moving);
+            const QDateTime wall = moved_clock(value->date, value->time);
             if (!writable_year(wall.date()))
                 continue;
             value->date = wall.date();
@@ -463,7 +473,7 @@ exif_tag_map new_values(const exif_tag_map& tags, const QDateTime& old_time, con
                 continue;
             // Moved on the clock it was recorded by, and put back into UTC by the zone it has now.
             const QDateTime old_wall = wall_clock(instant_of(*value), utc_clock);
-            const QDateTime wall = moved_wall(old_wall.date(), old_wall.time(), moving);
+            const QDateTime wall = moved_clock(old_wall.date(), old_wall.time());
             const QDateTime instant = label_seconds ? QDateTime(wall.date(), wall.time(), Qt::OffsetFromUTC, *label_seconds)
                                                     : QDateTime(wall.date(), wall.time(), Qt::LocalTime);
             const QDateTime written = instant.toOffsetFromUtc(value->has_zone ? value->zone_seconds : 0);
@@ -485,7 +495,7 @@ exif_tag_map new_values(const exif_tag_map& tags, const QDateTime& old_time, con
                 if (writable_year(day))
                     values[iptc_date] = day.toString(QStringLiteral("yyyy:MM:dd"));
             } else {
-                const QDateTime wall = moved_wall(value->date, value->time, moving);
+                const QDateTime wall = moved_clock(value->date, value->time);
                 if (writable_year(wall.date())) {
                     if (tags.count(iptc_date))
                         values[iptc_date] = wall.toString(QStringLiteral("yyyy:MM:dd"));
