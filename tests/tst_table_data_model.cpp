@@ -407,8 +407,8 @@ private slots:
         QVERIFY2(sent - sent_at_stop <= exiftool_children * files_per_read,
                  qPrintable(QString("%1 files sent after Stop").arg(sent - sent_at_stop)));
         QTest::qWait(500);
-        const QVariantList rows_cached_hour_progress{model->rowCount(), int(exif_cache::instance()->size()), hour->text(),
-                                                     progress->isVisible()};
+        const QVariantList rows_cached_hour_progress{model->rowCount(), int(exif_cache::instance()->size()),
+                                                     hour->text(), progress->isVisible()};
         QCOMPARE(rows_cached_hour_progress, (QVariantList{rows_at_stop, rows_at_stop, QString(), false}));
         QCOMPARE(files_sent(log, dir->path()), sent);
         QCOMPARE(log.count(QString("Load ended: %1 rows added, stopped, in ").arg(rows_at_stop)), 1);

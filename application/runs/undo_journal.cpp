@@ -189,7 +189,10 @@ private:
     bool first = true;
 };
 
-QByteArray header_line() { return json_line().text("journal", QStringLiteral("tavimo undo")).number("version", 1).done(); }
+QByteArray header_line()
+{
+    return json_line().text("journal", QStringLiteral("tavimo undo")).number("version", 1).done();
+}
 
 // False when a field is missing or of the wrong kind; size and time may be missing unless
 // `with_state`.
