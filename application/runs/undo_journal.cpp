@@ -138,11 +138,7 @@ public:
     }
     json_line& open_item()
     {
-        if (bytes.endsWith('[')) {
-            bytes += '{';
-        } else {
-            bytes += "},{";
-        }
+        bytes += bytes.endsWith('[') ? "{" : "},{";
         first = true;
         return *this;
     }

@@ -116,7 +116,7 @@ int digits_at(QStringView text, int at, int count)
 }
 
 // "+05:30" in seconds east of UTC; nothing unless the text is a zone a clock can have.
-std::optional<int> zone_of(QStringView text)
+std::optional<int> zone_seconds(QStringView text)
 {
     if (text.size() != 6 || (text[0] != QLatin1Char('+') && text[0] != QLatin1Char('-')) || text[3] != QLatin1Char(':'))
         return std::nullopt;
@@ -130,8 +130,6 @@ std::optional<int> zone_of(QStringView text)
         return std::nullopt;
     return east * 60;
 }
-
-std::optional<int> zone_seconds(const QString& text) { return zone_of(text); }
 
 // The entered zone in seconds east of UTC; nothing when none was entered or it is not a zone.
 std::optional<int> entered_seconds(const shift& offset)
@@ -289,7 +287,7 @@ std::optional<stamp> parse(const QString& text)
         value.has_zone = value.zulu = true;
         ++at;
     } else if (at < size) {
-        const std::optional<int> seconds = zone_of(view.right(size - at));
+        const std::optional<int> seconds = zone_seconds(view.right(size - at));
         if (!seconds)
             return std::nullopt;
         value.has_zone = true;
