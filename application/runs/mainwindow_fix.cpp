@@ -284,8 +284,7 @@ void MainWindow::on_button_fix_time_clicked()
     int finished = 0;
     // Until the last write is taken: the table then shows the run's end, and the questions after it.
     // Meanwhile only a failure's mark changes a row, so a paint a second is enough.
-    std::optional<paint_pacer> pacer;
-    pacer.emplace(ui->tableView, 1000);
+    std::optional<paint_pacer> pacer(std::in_place, ui->tableView, 1000);
     sync_pacer syncs;
     auto send = [&] {
         QElapsedTimer sync;
@@ -356,11 +355,7 @@ void MainWindow::on_button_fix_time_clicked()
         if (pending.isEmpty() || pending.first().row != write.row)
             ++finished;
         // Events between files, so that buttons work during the run.
-        if (pacer->due(pending.isEmpty())) {
-            tavimo_progress_dialog->setValue(finished);
-            show_pace(tavimo_progress_dialog, finished, run_clock.elapsed());
-            pacer->process_events(pending.isEmpty());
-        }
+        pacer->step(tavimo_progress_dialog, finished, run_clock.elapsed(), pending.isEmpty());
     };
     // A reset pressed between two files ends the run, and so does a stopped ExifTool.
     for (int row = 0; row < plan.size() && resets == resets_before && !run_ends(); ++row) {
@@ -559,8 +554,7 @@ void MainWindow::on_button_undo_clicked()
     QStringList changed_since;
     int done = 0;
     // Ends with the last write taken, as the fix's does.
-    std::optional<paint_pacer> pacer;
-    pacer.emplace(ui->tableView, 1000);
+    std::optional<paint_pacer> pacer(std::in_place, ui->tableView, 1000);
     int restored_count = 0;
     // After the undo's write through `link` has landed in the photo.
     auto restored = [&](const QString& path, write_link& link, const exif_tag_map& values) {
@@ -596,11 +590,7 @@ void MainWindow::on_button_undo_clicked()
         }
         end_stall_notice();
         ++done;
-        if (pacer->due(pending.isEmpty())) {
-            tavimo_progress_dialog->setValue(done);
-            show_pace(tavimo_progress_dialog, done, run_clock.elapsed());
-            pacer->process_events(pending.isEmpty());
-        }
+        pacer->step(tavimo_progress_dialog, done, run_clock.elapsed(), pending.isEmpty());
     };
     const QStringList paths = undo_info.keys();
     for (const QString& path : paths) {

@@ -422,12 +422,7 @@ void MainWindow::load_files(QStringList filenames)
         model->add_file(filenames[i], true);
         end_stall_notice();
         // Keeps the window painted and the Stop button pressable; the window's own input is held.
-        const bool last = i + 1 == filenames.size();
-        if (pacer.due(last)) {
-            load_images_progress_dialog->setValue(i + 1);
-            show_pace(load_images_progress_dialog, i + 1, load_clock.elapsed());
-            pacer.process_events(last, 50);
-        }
+        pacer.step(load_images_progress_dialog, i + 1, load_clock.elapsed(), i + 1 == filenames.size(), 50);
     }
     model->drop_prefetched();
     // The folders' listings are done with; a library's would hold every name once more.
@@ -462,16 +457,13 @@ MainWindow::paint_pacer::paint_pacer(QWidget* table, int table_ms)
 
 MainWindow::paint_pacer::~paint_pacer() { table->setUpdatesEnabled(true); }
 
-bool MainWindow::paint_pacer::due(bool last)
+void MainWindow::paint_pacer::step(ondo::progress_dialog* dialog, int done, qint64 elapsed_ms, bool last, int max_ms)
 {
     if (!last && clock.elapsed() < 100)
-        return false;
+        return;
     clock.restart();
-    return true;
-}
-
-void MainWindow::paint_pacer::process_events(bool last, int max_ms)
-{
+    dialog->setValue(done);
+    show_pace(dialog, done, elapsed_ms);
     const bool table_due = last || table_clock.elapsed() >= table_ms;
     if (table_due) {
         table_clock.restart();

@@ -82,7 +82,7 @@ private:
     // that stops it. Until the file has answered, the rest of the window takes no input.
     void show_stall_notice(const QString& file);
     // The bar of `dialog` shows the files per second and the time left after `done` files.
-    void show_pace(ondo::progress_dialog* dialog, int done, qint64 elapsed_ms);
+    static void show_pace(ondo::progress_dialog* dialog, int done, qint64 elapsed_ms);
     void end_stall_notice();
     // Stops each child that has been at its file for `busy_for_ms`; the run under way counts
     // that file as failed and ends before the next one.
@@ -135,11 +135,10 @@ private:
         ~paint_pacer();
         paint_pacer(const paint_pacer&) = delete;
         paint_pacer& operator=(const paint_pacer&) = delete;
-        // Whether the bar's turn has come.
-        bool due(bool last);
-        // The events that wait, the table painted among them if its turn has come; `max_ms` as
-        // QCoreApplication::processEvents takes it, none by default.
-        void process_events(bool last, int max_ms = -1);
+        // After each file of a run, `done` of them so far: when the bar's turn has come, `dialog`
+        // shows them and their pace, and the events that wait run, the table painted among them if
+        // its turn has come too; `max_ms` as QCoreApplication::processEvents takes it, none by default.
+        void step(ondo::progress_dialog* dialog, int done, qint64 elapsed_ms, bool last, int max_ms = -1);
 
     private:
         QWidget* table;
