@@ -83,11 +83,13 @@ int usable_cores()
     return QThread::idealThreadCount();
 }
 
+qint64 ns_of(const timespec& time) { return qint64(time.tv_sec) * 1000000000 + time.tv_nsec; }
+
 qint64 now_ns()
 {
     timespec now {};
     ::clock_gettime(CLOCK_REALTIME, &now);
-    return qint64(now.tv_sec) * 1000000000 + now.tv_nsec;
+    return ns_of(now);
 }
 
 // Where ExifTool writes a photo's new version before it copies it over the original.
@@ -114,8 +116,8 @@ void clean_up_after_write(const exiftool_task& task)
         return;
     struct stat photo {};
     const bool photo_is_file = ::lstat(QFile::encodeName(task.file).constData(), &photo) == 0 && S_ISREG(photo.st_mode);
-    const qint64 changed_ns = qint64(photo.st_ctim.tv_sec) * 1000000000 + photo.st_ctim.tv_nsec;
-    const qint64 modified_ns = qint64(photo.st_mtim.tv_sec) * 1000000000 + photo.st_mtim.tv_nsec;
+    const qint64 changed_ns = ns_of(photo.st_ctim);
+    const qint64 modified_ns = ns_of(photo.st_mtim);
     const bool changed_since_sent = changed_ns >= task.sent_at_ns
         || (task.sent_state_known
             && (qint64(photo.st_size) != task.sent_size || modified_ns != task.sent_modified_ns
@@ -256,7 +258,7 @@ bool holds_state(const QString& file, const exif_file_state& state)
     struct stat entry {};
     if (::stat(QFile::encodeName(file).constData(), &entry) != 0 || !S_ISREG(entry.st_mode))
         return false;
-    const qint64 changed_ns = qint64(entry.st_ctim.tv_sec) * 1000000000 + entry.st_ctim.tv_nsec;
+    const qint64 changed_ns = ns_of(entry.st_ctim);
     return quint64(entry.st_dev) == state.device && quint64(entry.st_ino) == state.inode
         && qint64(entry.st_size) == state.size && changed_ns == state.changed_ns;
 }
@@ -296,8 +298,8 @@ void exiftool_worker::execute_task()
             && ::lstat(QFile::encodeName(sent.file).constData(), &photo) == 0;
         if (sent.sent_state_known) {
             sent.sent_size = qint64(photo.st_size);
-            sent.sent_modified_ns = qint64(photo.st_mtim.tv_sec) * 1000000000 + photo.st_mtim.tv_nsec;
-            sent.sent_changed_ns = qint64(photo.st_ctim.tv_sec) * 1000000000 + photo.st_ctim.tv_nsec;
+            sent.sent_modified_ns = ns_of(photo.st_mtim);
+            sent.sent_changed_ns = ns_of(photo.st_ctim);
         }
         QByteArray command = sent.data;
         for (const exiftool_task& other : sent.joined)
