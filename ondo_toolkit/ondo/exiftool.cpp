@@ -271,13 +271,19 @@ exif_response* exiftool::start_task(const QString& file, const QString& operatio
         if (worker)
             ++worker->pending;
     }
-    // Blocks until the worker has queued the task and, if the child had room, written it.
+    // Queued, not waited for: the asker goes on to its next file while the worker writes this one,
+    // with no switch of threads per task. Later calls to the same worker (drop, interrupt,
+    // shutdown) still come after it, as posted events keep their order.
     {
         const queued_call_mark mark(worker);
-        if (!worker || !QMetaObject::invokeMethod(worker, "add_task", Qt::BlockingQueuedConnection,
+        if (!worker || !QMetaObject::invokeMethod(worker, "add_task", Qt::QueuedConnection,
                                                   Q_ARG(ondo::exif_response*, response), Q_ARG(QString, operation),
-                                                  Q_ARG(QByteArray, data), Q_ARG(QString, file)))
+                                                  Q_ARG(QByteArray, data), Q_ARG(QString, file))) {
             qCWarning(exiftool_log(), "%s: Failed to invoke add_task method in exiftool worker.", Q_FUNC_INFO);
+            // No worker will ever answer it; its wait ends at once instead of never.
+            response->error_code = exif_error::aborted;
+            response->aborted_flag = true;
+        }
     }
     return response;
 }
