@@ -407,11 +407,14 @@ private slots:
         QVERIFY2(sent - sent_at_stop <= exiftool_children * files_per_read,
                  qPrintable(QString("%1 files sent after Stop").arg(sent - sent_at_stop)));
         QTest::qWait(500);
-        const QVariantList rows_cached_hour_progress{model->rowCount(), int(exif_cache::instance()->size()),
-                                                     hour->text(), progress->isVisible()};
-        QCOMPARE(rows_cached_hour_progress, (QVariantList{rows_at_stop, rows_at_stop, QString(), false}));
+        // The file whose answer was awaited at the click gets its row too.
+        const int rows = model->rowCount();
+        QVERIFY2(rows - rows_at_stop <= 1, qPrintable(QString("%1 rows at Stop, %2 after").arg(rows_at_stop).arg(rows)));
+        const QVariantList rows_cached_hour_progress{int(exif_cache::instance()->size()), hour->text(),
+                                                     progress->isVisible()};
+        QCOMPARE(rows_cached_hour_progress, (QVariantList{rows, QString(), false}));
         QCOMPARE(files_sent(log, dir->path()), sent);
-        QCOMPARE(log.count(QString("Load ended: %1 rows added, stopped, in ").arg(rows_at_stop)), 1);
+        QCOMPARE(log.count(QString("Load ended: %1 rows added, stopped, in ").arg(rows)), 1);
         ondo::exiftool::verbose(false);
         ondo::exiftool::shutdown(false);
         QTRY_COMPARE(child_of(QCoreApplication::applicationPid()), qint64(0));

@@ -714,15 +714,8 @@ void table_data_model::add_file(const QString& path, bool notify)
 {
     if (loaded.contains(path))
         return;
-
-    const int row = files.size();
-    if (notify)
-        beginInsertRows(QModelIndex(), row, row);
-    files.append(path);
+    // Marked before its answer is awaited, so that nothing adds it twice meanwhile.
     loaded.insert(path);
-    ++name_files[file_name(path)];
-    if (notify)
-        endInsertRows();
 
     auto take = [this](const QString& file) {
         prefetch(file);
@@ -735,7 +728,6 @@ void table_data_model::add_file(const QString& path, bool notify)
         cache.set_identity(file, identity);
     };
     take(path);
-    count_camera(camera_key(path));
     for (const QString& sidecar : family.sidecars_of(path)) {
         // A sidecar loaded before as a photo of its own stays one.
         if (loaded.contains(sidecar) || sidecar_owner.contains(sidecar))
@@ -745,9 +737,16 @@ void table_data_model::add_file(const QString& path, bool notify)
         sidecar_owner.insert(sidecar, path);
     }
 
-    // The row was shown before its tags came; let the view pick up its times.
-    if (notify && row < files.size() && files.at(row) == path)
-        emit dataChanged(index(row, 0), index(row, 3));
+    // The row comes once its tags are there: a change to a row after its insertion would make the
+    // view place every row again, which at 100,000 rows costs more than the read.
+    const int row = files.size();
+    if (notify)
+        beginInsertRows(QModelIndex(), row, row);
+    files.append(path);
+    ++name_files[file_name(path)];
+    if (notify)
+        endInsertRows();
+    count_camera(camera_key(path));
 }
 
 void table_data_model::add_loaded(const QStringList& paths)
