@@ -409,7 +409,8 @@ private slots:
         QTest::qWait(500);
         // The file whose answer was awaited at the click gets its row too.
         const int rows = model->rowCount();
-        QVERIFY2(rows - rows_at_stop <= 1, qPrintable(QString("%1 rows at Stop, %2 after").arg(rows_at_stop).arg(rows)));
+        QVERIFY2(rows - rows_at_stop <= 1,
+                 qPrintable(QString("%1 rows at Stop, %2 after").arg(rows_at_stop).arg(rows)));
         const QVariantList rows_cached_hour_progress{int(exif_cache::instance()->size()), hour->text(),
                                                      progress->isVisible()};
         QCOMPARE(rows_cached_hour_progress, (QVariantList{rows, QString(), false}));
