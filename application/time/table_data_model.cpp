@@ -737,6 +737,9 @@ void table_data_model::add_file(const QString& path, bool notify)
         sidecar_owner.insert(sidecar, path);
     }
 
+    // Emptied or thinned out while the answers were awaited: the file is no longer asked for.
+    if (!loaded.contains(path))
+        return;
     // The row comes once its tags are there: a change to a row after its insertion would make the
     // view place every row again, which at 100,000 rows costs more than the read.
     const int row = files.size();
