@@ -78,10 +78,12 @@ QStringList fix_lines(const QDateTime& time)
 }
 
 // Runs one ExifTool per core over its share of `paths`, all at once, with the arguments
-// `arguments` makes of that share; returns milliseconds.
+// `arguments` makes of that share; returns milliseconds, and their CPU time in `cpu_ms` if given.
+double ended_children_cpu_ms();
 double floor_ms(const QStringList& paths, int cores,
-                const std::function<QStringList(const QStringList& share, int core)>& arguments)
+                const std::function<QStringList(const QStringList& share, int core)>& arguments, double* cpu_ms = nullptr)
 {
+    const double cpu_before = ended_children_cpu_ms();
     QElapsedTimer clock;
     clock.start();
     std::vector<std::unique_ptr<QProcess>> processes;
@@ -93,7 +95,10 @@ double floor_ms(const QStringList& paths, int cores,
     }
     for (auto& process : processes)
         process->waitForFinished(-1);
-    return clock.nsecsElapsed() / 1e6;
+    const double ms = clock.nsecsElapsed() / 1e6;
+    if (cpu_ms)
+        *cpu_ms = ended_children_cpu_ms() - cpu_before;
+    return ms;
 }
 
 // `paths` one a line in a file at `path`, for ExifTool's -@: tens of thousands of names don't fit
@@ -338,13 +343,10 @@ int main(int argc, char** argv)
     // The same options the bridge reads with, over the same files: over some of them just before the
     // load and over all of them just after it, as the machine's pace drifts during a long load.
     auto load_floor_of = [&](const QStringList& files, const QString& name, double* cpu_ms) {
-        const double before = ended_children_cpu_ms();
-        const double ms = floor_ms(files, cores, [&](const QStringList& share, int core) {
+        return floor_ms(files, cores, [&](const QStringList& share, int core) {
             return QStringList{"-charset", "filename=utf8", "-args", "-sort", "-G1", "-a", "-fast", "-@",
                                names_file(share, QDir(floor_dir.path()).filePath(name.arg(core)))};
-        });
-        *cpu_ms = ended_children_cpu_ms() - before;
-        return ms;
+        }, cpu_ms);
     };
     const QStringList early_sample = paths.mid(0, fix_at_most);
     double early_load_floor_cpu = 0;
@@ -392,12 +394,9 @@ int main(int argc, char** argv)
     // their mean: the machine's pace drifts by several percent within a minute, as much as the
     // program's share of a fix.
     auto own_values_floor = [&](const QStringList& floor_files, const QString& name, double* cpu_ms) {
-        const double before = ended_children_cpu_ms();
-        const double ms = floor_ms(floor_files, cores, [&](const QStringList& share, int core) {
+        return floor_ms(floor_files, cores, [&](const QStringList& share, int core) {
             return own_values_arguments(share, time_of, QDir(floor_dir.path()).filePath(name.arg(core)));
-        });
-        *cpu_ms = ended_children_cpu_ms() - before;
-        return ms;
+        }, cpu_ms);
     };
     double early_floor_cpu = 0;
     const double early_floor = own_values_floor(early_floor_paths, "early_commands_%1.args", &early_floor_cpu);
@@ -415,12 +414,11 @@ int main(int argc, char** argv)
     // (over files the floor before has written once).
     double late_floor_cpu = 0;
     const double late_floor = own_values_floor(floor_paths, "commands_%1.args", &late_floor_cpu);
-    const double floor_cpu = ended_children_cpu_ms();
+    double fix_floor_cpu = 0;
     const double fix_floor = floor_ms(floor_paths, cores, [&](const QStringList& share, int core) {
         return QStringList{"-q"} + fix_lines(recorded(0))
             + QStringList{"-@", names_file(share, QDir(floor_dir.path()).filePath(QString("fix_%1.args").arg(core)))};
-    });
-    const double fix_floor_cpu = ended_children_cpu_ms() - floor_cpu;
+    }, &fix_floor_cpu);
     const double own_floor = (early_floor + late_floor) / 2;
     const double own_floor_cpu = (early_floor_cpu + late_floor_cpu) / 2;
 
