@@ -164,8 +164,7 @@ private slots:
     // A command typed into the filter runs on Return, in any case and with no blank needed.
     void commands_data()
     {
-        QTest::addColumn<QString>("input");
-        QTest::addColumn<bool>("runs");
+        test_support::columns<QString, bool>({"input", "runs"});
         QTest::newRow("upper case") << "HELP" << true;
         QTest::newRow("no blank needed") << "helpme" << true;
         QTest::newRow("no command") << "xhelp" << false;
@@ -218,9 +217,7 @@ private slots:
 
     void masked_addresses_data()
     {
-        QTest::addColumn<QString>("address");
-        QTest::addColumn<bool>("hardware");
-        QTest::addColumn<QString>("masked");
+        test_support::columns<QString, bool, QString>({"address", "hardware", "masked"});
         QTest::newRow("hardware") << "7E:75:1A:2B:3C:4D" << true << "7E:75:1A:xx:xx:xx";
         QTest::newRow("no hardware address") << "" << true << "";
         QTest::newRow("IPv4") << "192.168.17.23" << false << "192.168.x.x";

@@ -93,9 +93,7 @@ private slots:
     // without groups, "?" read of <tag> and Model, ">" write Software=<value>, "!" write <tag>=x.
     void wire_bytes_data()
     {
-        QTest::addColumn<QString>("call");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("wire");
+        test_support::columns<QString, QString, QString>({"call", "name", "wire"});
         QTest::newRow("odd but harmless name") << "<" << "/p/ 'q\"=%1$@#ä.jpg" << "-a\n-fast\n/p/ 'q\"=%1$@#ä.jpg\n";
         QTest::newRow("Perl behind a line break") << "<" << "/p/\n-if\nsystem('touch X') || 1" << "";
         QTest::newRow("trailing CR") << ">" << "/p/a.jpg\r" << "";
@@ -168,9 +166,7 @@ private slots:
     // Replies are raw output, markers included; a "|" splits the output into two reads.
     void framing_data()
     {
-        QTest::addColumn<int>("first_id");
-        QTest::addColumn<QStringList>("replies");
-        QTest::addColumn<QList<QByteArray>>("results");
+        test_support::columns<int, QStringList, QList<QByteArray>>({"first_id", "replies", "results"});
         QTest::newRow("marker split across reads") << 0 << QStringList{"a\n{rea|dy0}\n"} << QList<QByteArray>{"a\n"};
         // The next task is written before the first one's marker, so what follows is its answer.
         QTest::newRow("output behind the marker is the next task's") << 0 << QStringList{"a\n{ready0}\nsurplus\n", "b\n{ready1}\n"}
@@ -219,11 +215,8 @@ private slots:
     // works; "stop": stopped past the time limit as by Stop. A slow answer is never cut short.
     void child_faults_data()
     {
-        QTest::addColumn<QStringList>("rules");
-        QTest::addColumn<bool>("stop");
-        QTest::addColumn<QString>("make");
-        QTest::addColumn<int>("children");
-        QTest::addColumn<QString>("logged");
+        test_support::columns<QStringList, bool, QString, int, QString>(
+            {"rules", "stop", "make", "children", "logged"});
         QTest::newRow("exits in the middle of its answer") << QStringList{"plain", "-Make=Ca", "exit", "1"} << false << ""
                                                            << 2 << "ExifTool ended with exit code 0 while working on '/p/a.jpg'";
         QTest::newRow("never answers") << QStringList{"plain", ""} << true << "" << 2 << "ended by signal 2";
@@ -279,8 +272,7 @@ private slots:
     // is the one whole photo and goes over the torn one; before, the photo is whole and stays.
     void a_child_dying_in_an_in_place_write_data()
     {
-        QTest::addColumn<QString>("how");
-        QTest::addColumn<QByteArray>("photo");
+        test_support::columns<QString, QByteArray>({"how", "photo"});
         QTest::newRow("while copying back") << "copying" << QByteArray("new copy");
         QTest::newRow("before copying back") << "before" << QByteArray("old photo");
     }
@@ -305,10 +297,8 @@ private slots:
     // alone; one stopped fails all three; reads not yet given to a child can be dropped unsent.
     void joined_reads_data()
     {
-        QTest::addColumn<QStringList>("rules");
-        QTest::addColumn<QString>("action");
-        QTest::addColumn<QString>("answered"); // one letter a read: C for Canon, - for nothing
-        QTest::addColumn<int>("commands");     // -execute lines the children got
+        // answered: one letter a read: C for Canon, - for nothing; commands: -execute lines the children got
+        test_support::columns<QStringList, QString, QString, int>({"rules", "action", "answered", "commands"});
         QTest::newRow("child exits in the joined read") << QStringList{"plain", "-Make=Ca", "exit", "1"} << "" << "CC-CC" << 6;
         QTest::newRow("child stopped in the joined read") << QStringList{"plain", ""} << "stop" << "CC---" << 3;
         QTest::newRow("unsent reads dropped") << QStringList{} << "drop" << "CC---" << 2;
@@ -348,9 +338,7 @@ private slots:
     // itself exactly and nothing in it runs.
     void write_data()
     {
-        QTest::addColumn<QString>("description");
-        QTest::addColumn<QString>("expects");
-        QTest::addColumn<bool>("written");
+        test_support::columns<QString, QString, bool>({"description", "expects", "written"});
         const QString code = "x'.system('touch PWNED').'\\' $IFD0:Make ${IFD0:Model} $/ @a \".`touch PWNED`.\"";
         QTest::newRow("plain, held") << "holiday" << "holiday" << true;
         QTest::newRow("plain, edited since") << "holiday" << "holidays" << false;
@@ -382,9 +370,7 @@ private slots:
     // The child is held at a read while the write waits and `meanwhile` happens.
     void write_bound_to_the_file_state_data()
     {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("meanwhile");
-        QTest::addColumn<bool>("written");
+        test_support::columns<QString, QString, bool>({"name", "meanwhile", "written"});
         QTest::newRow("left alone") << "state.jpg" << "" << true;
         QTest::newRow("left alone, a name with quotes and dollars") << "x'$IFD0:Make \".jpg" << "" << true;
         QTest::newRow("its mode changed") << "state.jpg" << "chmod" << false;
@@ -478,8 +464,7 @@ private slots:
     // third is done too (its write went out ahead) unless the user stopped a load; nothing is left.
     void a_faulty_child_fails_only_its_file_data()
     {
-        QTest::addColumn<QString>("run");
-        QTest::addColumn<QString>("fault");
+        test_support::columns<QString, QString>({"run", "fault"});
         for (const char* run : {"load", "fix", "undo"}) {
             QTest::addRow("%s, child exits mid-answer", run) << run << "exits";
             QTest::addRow("%s, child stalls, Stop", run) << run << "stalls";

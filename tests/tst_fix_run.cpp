@@ -117,12 +117,8 @@ class tst_fix_run : public window_test {
 private slots:
     void moves_every_tag_from_its_own_value_data()
     {
-        QTest::addColumn<QString>("tags");
-        QTest::addColumn<offset>("change");
-        QTest::addColumn<QString>("zone");
-        QTest::addColumn<QString>("source");
-        QTest::addColumn<QString>("file_zone");
-        QTest::addColumn<QString>("written");
+        test_support::columns<QString, offset, QString, QString, QString, QString>(
+            {"tags", "change", "zone", "source", "file_zone", "written"});
         const QString phone = phone_tags + ";ICC_Profile:ProfileDateTime=1998:02:09 06:49:00;MakerNotes:TimeStamp=#;";
         const QString movie = "QuickTime:CreateDate=2005:08:11 14:03:54;QuickTime:ModifyDate=2005:08:11 14:03:54;"
                               "Track1:TrackCreateDate=2005:08:11 14:03:54;Track1:MediaCreateDate=2005:08:11 14:03:54;"
@@ -206,10 +202,7 @@ private slots:
     // Files are "name|tags", shifted back a second; `question` is the start of the one text expected.
     void questions_before_the_run_data()
     {
-        QTest::addColumn<QStringList>("files");
-        QTest::addColumn<QString>("zone");
-        QTest::addColumn<QString>("answer");
-        QTest::addColumn<QString>("question");
+        test_support::columns<QStringList, QString, QString, QString>({"files", "zone", "answer", "question"});
         const QString dto = "ExifIFD:DateTimeOriginal=";
         QTest::newRow("empty table asks nothing") << QStringList() << "" << "" << "";
         QTest::newRow("CR3 with a zone, aborted") << QStringList{"X.CR3|", "b.jpg|" + dto + "#"} << "0" << "Abort"
@@ -268,12 +261,8 @@ private slots:
     // exactly the tags of `moved`, the undo gives the whole listing back. `sent`: "fix|undo" tag lines.
     void a_fix_moves_its_tags_and_the_undo_gives_all_back_data()
     {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("tags");
-        QTest::addColumn<QString>("zone");
-        QTest::addColumn<QString>("shown");
-        QTest::addColumn<QString>("moved");
-        QTest::addColumn<QString>("sent");
+        test_support::columns<QString, QString, QString, QString, QString, QString>(
+            {"name", "tags", "zone", "shown", "moved", "sent"});
         auto row = [](const char* row_name, const char* name, const QString& tags, const char* zone, const char* shown,
                        const QString& moved, const QString& sent = QString()) {
             QTest::newRow(row_name) << QString(name) << tags << QString(zone) << QString(shown) << moved << sent;
@@ -440,11 +429,8 @@ private slots:
     // hour ("gap"). The note tells what each run did until the next action; the log tells it once.
     void a_note_after_every_run_data()
     {
-        QTest::addColumn<QStringList>("others");
-        QTest::addColumn<QString>("answer");
-        QTest::addColumn<QString>("after_fix");
-        QTest::addColumn<QString>("after_undo");
-        QTest::addColumn<QStringList>("log");
+        test_support::columns<QStringList, QString, QString, QString, QStringList>(
+            {"others", "answer", "after_fix", "after_undo", "log"});
         const QString undo_possible = " Undo is possible until Tavimo closes.", failed = " 1 file could not be changed.";
         QTest::newRow("two photos") << QStringList{"b"} << "" << "2 photos changed." + undo_possible << "Undo done: 2 photos as before."
                                     << QStringList();
@@ -592,11 +578,7 @@ private slots:
     // cut last line, a leftover that fails one undo, damage.
     void an_unfinished_run_is_offered_data()
     {
-        QTest::addColumn<int>("photos");
-        QTest::addColumn<int>("written");
-        QTest::addColumn<int>("confirmed");
-        QTest::addColumn<QString>("answer");
-        QTest::addColumn<QString>("trouble");
+        test_support::columns<int, int, int, QString, QString>({"photos", "written", "confirmed", "answer", "trouble"});
         QTest::newRow("a crash, undo") << 200 << -1 << 0 << "Undo" << "";
         QTest::newRow("a crash, keep") << 200 << -1 << 0 << "Keep" << "";
         QTest::newRow("a crash, the last line cut") << 200 << -1 << 0 << "Undo" << "cut";
@@ -794,11 +776,7 @@ private slots:
 
     void the_undo_gives_back_the_fraction_data()
     {
-        QTest::addColumn<QString>("entry");
-        QTest::addColumn<qint64>("present");
-        QTest::addColumn<qint64>("loaded");
-        QTest::addColumn<bool>("result");
-        QTest::addColumn<qint64>("after");
+        test_support::columns<QString, qint64, qint64, bool, qint64>({"entry", "present", "loaded", "result", "after"});
         const qint64 second = Q_INT64_C(1498062605000000000);
         // -1: ExifTool writes back the whole seconds of the time it read.
         QTest::newRow("after ExifTool wrote the time") << "photo" << qint64(-1) << second + 123456789 << true

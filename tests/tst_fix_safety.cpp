@@ -92,12 +92,9 @@ private slots:
     // becomes a folder or a link: it alone is refused with its reason; nothing behind it changes.
     void something_gets_in_the_way_data()
     {
-        QTest::addColumn<QString>("what");
-        QTest::addColumn<QString>("when");
-        QTest::addColumn<QString>("answer");
-        QTest::addColumn<QString>("box");
-        QTest::addColumn<QString>("reason");
-        QTest::addColumn<QString>("middle"); // its time after the undo
+        // middle: its time after the undo
+        test_support::columns<QString, QString, QString, QString, QString, QString>(
+            {"what", "when", "answer", "box", "reason", "middle"});
         const QString failures = "Continue?|Keep changes,Undo Changes", changed = " (changed since it was loaded)",
                       held = " (being changed by another copy of Tavimo)", undo_failures = "Undo|OK";
         QTest::newRow("edited before the fix") << "edited" << "fix" << "Keep changes" << failures << changed << others;
@@ -178,8 +175,7 @@ private slots:
     // `interval` ms: after the fix and the undo each photo is there once, at its time or an hour on.
     void renumbering_during_a_fix_data()
     {
-        QTest::addColumn<int>("interval");
-        QTest::addColumn<QString>("answer");
+        test_support::columns<int, QString>({"interval", "answer"});
         QTest::newRow("a rename whenever events run, overwrite") << 0 << "Overwrite";
         QTest::newRow("a rename whenever events run, leave them") << 0 << "Leave them";
         QTest::newRow("a rename every 5 ms, overwrite") << 5 << "Overwrite";
@@ -229,9 +225,7 @@ private slots:
     // A fixed photo keeps its name and gets every tag back; a refused one stays byte for byte.
     void a_card_data()
     {
-        QTest::addColumn<QString>("mount");
-        QTest::addColumn<int>("room");
-        QTest::addColumn<QString>("outcome");
+        test_support::columns<QString, int, QString>({"mount", "room", "outcome"});
         QTest::newRow("room to grow in place") << "tmpfs" << 2 << "in place";
         QTest::newRow("room for the copy alone") << "tmpfs" << 1 << "replaced";
         QTest::newRow("a page short of the copy") << "tmpfs" << 0 << "refused";
@@ -337,10 +331,8 @@ private slots:
     // Sidecars, RAW+JPEG pairs and Live Photos: a photo's files move together and come back together.
     void which_files_belong_together_data()
     {
-        QTest::addColumn<QStringList>("folder");
-        QTest::addColumn<QString>("file");
-        QTest::addColumn<QStringList>("sidecars");
-        QTest::addColumn<QStringList>("companions");
+        test_support::columns<QStringList, QString, QStringList, QStringList>(
+            {"folder", "file", "sidecars", "companions"});
         QTest::newRow("both sidecar forms") << QStringList{"a.dng", "A.XMP", "a.dng.xmp", "a.dng.xmp.bak"} << "a.dng"
                                             << QStringList{"A.XMP", "a.dng.xmp"} << QStringList{};
         // Raw developers keep "base.xmp" beside the RAW; the JPEG taken with it has its own only.
@@ -374,8 +366,8 @@ private slots:
 
     void one_row_per_image_data()
     {
-        QTest::addColumn<QStringList>("loaded"); // names; "/" is the folder, dropped
-        QTest::addColumn<QStringList>("rows");
+        // loaded: names; "/" is the folder, dropped
+        test_support::columns<QStringList, QStringList>({"loaded", "rows"});
         const QStringList rows_of_all = {"DSC_2002.NEF  +1 XMP", "DSC_3003.JPG", "DSC_3003.NEF", "dsc_4004.nef  +1 XMP",
                                          "IMG_1001.dng  +2 XMP", "notes.xmp"};
         QTest::newRow("the folder dropped") << QStringList{"/"} << rows_of_all;
@@ -450,9 +442,8 @@ private slots:
 
     void a_disagreeing_sidecar_is_asked_about_data()
     {
-        QTest::addColumn<QString>("photo");
-        QTest::addColumn<QString>("sidecar");
-        QTest::addColumn<QString>("answer"); // empty: no question
+        // answer: empty when no question comes
+        test_support::columns<QString, QString, QString>({"photo", "sidecar", "answer"});
         const QString nef = "a.nef|IFD0:Make=NIKON CORPORATION;ExifIFD:DateTimeOriginal=#";
         QTest::newRow("five minutes apart, cancelled") << nef << "a.nef.xmp|XMP-exif:DateTimeOriginal=2017:06:21 18:35:05"
                                                        << "Cancel";

@@ -218,9 +218,7 @@ private slots:
     // In album: one.jpg, two.png, .hidden.jpg and sub/deep.jpg; beside it notes.xyz.
     void roads_in_data()
     {
-        QTest::addColumn<QString>("road");
-        QTest::addColumn<QStringList>("items");
-        QTest::addColumn<QStringList>("expected");
+        test_support::columns<QString, QStringList, QStringList>({"road", "items", "expected"});
 
         QTest::newRow("drop: a folder one level deep, no extension check")
             << "drop" << QStringList{"album", "https://example.org/photo.jpg", "missing.jpg", "notes.xyz"}
@@ -352,10 +350,7 @@ private slots:
     // The bar of a long run: its count, then the pace and the time left at it.
     void the_pace_of_a_run_data()
     {
-        QTest::addColumn<int>("done");
-        QTest::addColumn<int>("total");
-        QTest::addColumn<qint64>("elapsed_ms");
-        QTest::addColumn<QString>("format");
+        test_support::columns<int, int, qint64, QString>({"done", "total", "elapsed_ms", "format"});
         QTest::newRow("first half second") << 40 << 1000 << qint64(500) << "%v of %m";
         QTest::newRow("seconds left") << 100 << 1000 << qint64(2000) << "%v of %m, 50 files/s, 18 s left";
         QTest::newRow("minutes left") << 1000 << 100000 << qint64(10000) << "%v of %m, 100 files/s, 16 min 30 s left";
@@ -395,10 +390,8 @@ private slots:
     // The second row's dialog, reached by keys alone, sets the offset; a zone typed beforehand is left alone.
     void offset_from_one_known_time_data()
     {
-        QTest::addColumn<QString>("recorded");
-        QTest::addColumn<QString>("entered");
-        QTest::addColumn<QStringList>("fields"); // day, hour, minute, second, zone as the panel shows them
-        QTest::addColumn<int>("key");
+        // fields: day, hour, minute, second, zone as the panel shows them
+        test_support::columns<QString, QString, QStringList, int>({"recorded", "entered", "fields", "key"});
         auto row = [](const char* name, const char* recorded, const char* entered, const QStringList& fields, int key = Qt::Key_F2) {
             QTest::newRow(name) << recorded << entered << fields << key;
         };
@@ -446,12 +439,8 @@ private slots:
     // `shown`: what the validator leaves of the keys; `refused`: no zone, and it must look so.
     void typing_reports_the_whole_offset_data()
     {
-        QTest::addColumn<QString>("locale");
-        QTest::addColumn<QString>("field");
-        QTest::addColumn<QString>("keys");
-        QTest::addColumn<QString>("shown");
-        QTest::addColumn<offset>("expected");
-        QTest::addColumn<bool>("refused");
+        test_support::columns<QString, QString, QString, QString, offset, bool>(
+            {"locale", "field", "keys", "shown", "expected", "refused"});
 
         QTest::newRow("negative month") << "C" << "lineedit_month" << "-14" << "-14"
                                         << offset{0, -14, 0, 0, 0, 0, false, 0.0} << false;
@@ -524,12 +513,8 @@ private slots:
     // ("format | date | time" as stored then).
     void date_format_data()
     {
-        QTest::addColumn<QString>("locale");
-        QTest::addColumn<QString>("stored");
-        QTest::addColumn<QString>("radio");
-        QTest::addColumn<QString>("format");
-        QTest::addColumn<QString>("click");
-        QTest::addColumn<QString>("reported");
+        test_support::columns<QString, QString, QString, QString, QString, QString>(
+            {"locale", "stored", "radio", "format", "click", "reported"});
         QTest::newRow("en_US") << "en_US" << "" << "rb_mmddyyyy_slash" << "MM/dd/yyyy" << "" << "";
         QTest::newRow("de_DE") << "de_DE" << "" << "rb_ddmmyyyy_dot" << "dd.MM.yyyy" << "" << "";
         QTest::newRow("C") << "C" << "" << "rb_yyyymmdd_dash" << "yyyy-MM-dd" << "" << "";
@@ -580,10 +565,7 @@ private slots:
     // Counted texts in both forms by their starts, with the words that were corrected in each.
     void counted_texts_data()
     {
-        QTest::addColumn<QString>("lang");
-        QTest::addColumn<QString>("context");
-        QTest::addColumn<QString>("source");
-        QTest::addColumn<QStringList>("expected");
+        test_support::columns<QString, QString, QString, QStringList>({"lang", "context", "source", "expected"});
         const QString zoneless = "%n files do not have any timezone information set and you have not specified a "
                                  "timezone to use.\nIf you continue, your computer's local timezone will be used.\n\n"
                                  "Warning: Adding the timezone to an image can not be undone.";
@@ -691,9 +673,7 @@ private slots:
     // prompt keeps the program running by default (inside the event loop, so that a quit would have a loop to end).
     void language_dialog_data()
     {
-        QTest::addColumn<QString>("stored");
-        QTest::addColumn<QStringList>("selections");
-        QTest::addColumn<QString>("expected");
+        test_support::columns<QString, QStringList, QString>({"stored", "selections", "expected"});
         QTest::newRow("opening and closing stores nothing") << "" << QStringList() << "";
         QTest::newRow("Deutsch is stored at once") << "" << QStringList{"Deutsch"} << "de";
         QTest::newRow("fr shows English; there and back stores en") << "fr" << QStringList{"Deutsch", "English"} << "en";
@@ -736,11 +716,10 @@ private slots:
     // program's own. French has no catalogue: English, counts included, and an empty page.
     void the_window_speaks_the_language_data()
     {
-        QTest::addColumn<QString>("lang");
-        QTest::addColumn<QStringList>("headers");
-        QTest::addColumn<QString>("question"); // its start
-        QTest::addColumn<QStringList>("dialog"); // title, load button's tip, look-in label, filter, open, cancel
-        QTest::addColumn<QStringList>("help");   // a part of the page, its title, the guide's title
+        // question: its start; dialog: title, load button's tip, look-in label, filter, open, cancel; help: a part of
+        // the page, its title, the guide's title
+        test_support::columns<QString, QStringList, QString, QStringList, QStringList>(
+            {"lang", "headers", "question", "dialog", "help"});
         const QStringList english{"Photos", "Recording Time", "New Recording Time"};
         const QString early = "1 file would be assigned a recording time before";
         QTest::newRow("en") << "en" << english << early
@@ -868,8 +847,7 @@ private slots:
     // boxes ignore it.
     void combobox_wheel_data()
     {
-        QTest::addColumn<bool>("ignore_wheel");
-        QTest::addColumn<int>("expected_index");
+        test_support::columns<bool, int>({"ignore_wheel", "expected_index"});
         QTest::newRow("taking") << false << 2;
         QTest::newRow("ignoring") << true << 1;
     }
@@ -894,8 +872,7 @@ private slots:
     // sheet is built anew for a new border colour.
     void lineedit_placeholder_data()
     {
-        QTest::addColumn<bool>("enabled");
-        QTest::addColumn<bool>("restyled");
+        test_support::columns<bool, bool>({"enabled", "restyled"});
         for (bool restyled : {false, true})
             for (bool enabled : {true, false})
                 QTest::addRow("%s%s", enabled ? "enabled" : "disabled", restyled ? ", restyled" : "") << enabled << restyled;
@@ -949,11 +926,8 @@ private slots:
     void message_box_data()
     {
         using box = QMessageBox;
-        QTest::addColumn<box::StandardButtons>("buttons");
-        QTest::addColumn<int>("default_button");
-        QTest::addColumn<QString>("answer");
-        QTest::addColumn<QString>("shown_default");
-        QTest::addColumn<int>("result");
+        test_support::columns<box::StandardButtons, int, QString, QString, int>(
+            {"buttons", "default_button", "answer", "shown_default", "result"});
         QTest::newRow("none given, cancel first in mask order")
             << (box::Cancel | box::Ok) << int(box::NoButton) << "close" << "OK" << -1;
         QTest::newRow("none given, no accepting button")
@@ -1039,8 +1013,7 @@ private slots:
     // two names compare equal.
     void natural_order_data()
     {
-        QTest::addColumn<QString>("a");
-        QTest::addColumn<QString>("b");
+        test_support::columns<QString, QString>({"a", "b"});
         QTest::newRow("photo_2 before photo_10") << "photo_2.jpg" << "photo_10.jpg";
         QTest::newRow("case aside") << "iptc.jpg" << "Strand 01.jpg";
         QTest::newRow("Ü beside U, before V") << "Ü.jpg" << "V.jpg";
@@ -1062,9 +1035,7 @@ private slots:
 
     void names_data()
     {
-        QTest::addColumn<QString>("tags");
-        QTest::addColumn<bool>("shared");
-        QTest::addColumn<QString>("name");
+        test_support::columns<QString, bool, QString>({"tags", "shared", "name"});
         QTest::newRow("maker in front") << "IFD0:Make=Apple;IFD0:Model=iPhone 12" << false << "Apple iPhone 12";
         QTest::newRow("maker note's serial") << "IFD0:Make=Canon;IFD0:Model=Canon EOS 40D;Canon:InternalSerialNumber=H9876"
                                              << true << "Canon EOS 40D …9876";
@@ -1086,8 +1057,7 @@ private slots:
 
     void gps_stamps_data()
     {
-        QTest::addColumn<QDateTime>("gps");
-        QTest::addColumn<bool>("usable");
+        test_support::columns<QDateTime, bool>({"gps", "usable"});
         QTest::newRow("an hour late") << recorded_at.addSecs(3600) << true;
         QTest::newRow("zero: 1970") << QDateTime::fromSecsSinceEpoch(0, Qt::UTC) << false;
         QTest::newRow("1989") << QDateTime(QDate(1989, 12, 31), QTime(23, 0), Qt::UTC) << false;
@@ -1103,8 +1073,7 @@ private slots:
 
     void estimates_data()
     {
-        QTest::addColumn<QVector<qint64>>("differences");
-        QTest::addColumn<QVector<qint64>>("median_spread_photos");
+        test_support::columns<QVector<qint64>, QVector<qint64>>({"differences", "median_spread_photos"});
         QTest::newRow("odd count") << QVector<qint64>{-3790, -3795, -3792} << QVector<qint64>{-3792, 5, 3};
         QTest::newRow("even count") << QVector<qint64>{10, 14, 12, 100} << QVector<qint64>{13, 90, 4};
     }
@@ -1120,9 +1089,7 @@ private slots:
     // The panel's offset first, then the camera's correction; a date alone moves by its days.
     void offsets_add_up_data()
     {
-        QTest::addColumn<qint64>("correction");
-        QTest::addColumn<bool>("date_only");
-        QTest::addColumn<QString>("moved");
+        test_support::columns<qint64, bool, QString>({"correction", "date_only", "moved"});
         QTest::newRow("clock") << qint64(-nikon_ahead) << false << "2017-07-21 17:26:53";
         QTest::newRow("days and clock") << qint64(2 * 86400 + 60) << false << "2017-07-23 18:31:05";
         QTest::newRow("date alone") << qint64(2 * 86400 + 60) << true << "2017-07-23 00:00:00";
@@ -1143,8 +1110,7 @@ private slots:
     // `before` cameras are loaded first: a new load leaves none of their rows behind.
     void panel_has_one_row_per_camera_data()
     {
-        QTest::addColumn<int>("before");
-        QTest::addColumn<int>("count");
+        test_support::columns<int, int>({"before", "count"});
         for (int count : {0, 1, 2, 3, 6})
             QTest::addRow("%d", count) << 0 << count;
         QTest::newRow("3, then 2") << 3 << 2;
@@ -1181,9 +1147,7 @@ private slots:
     // A correction typed (days first) or set elsewhere (no `entered`) shows carried, in its own row alone.
     void panel_corrections_data()
     {
-        QTest::addColumn<parts>("entered");
-        QTest::addColumn<qint64>("seconds");
-        QTest::addColumn<QString>("shown");
+        test_support::columns<parts, qint64, QString>({"entered", "seconds", "shown"});
         QTest::newRow("every part back") << parts{-1, -2, -3, -4} << qint64(-93784) << "-1 -2 -3 -4";
         QTest::newRow("mixed signs kept as typed") << parts{0, 1, -30, 0} << qint64(1800) << "0 1 -30 0";
         QTest::newRow("90 minutes carry") << parts{0, 0, 90, 0} << qint64(5400) << "0 1 30 0";
@@ -1222,8 +1186,7 @@ private slots:
     // place stays faint.
     void timeline_marks_follow_the_shift_data()
     {
-        QTest::addColumn<int>("cameras");
-        QTest::addColumn<qint64>("shift");
+        test_support::columns<int, qint64>({"cameras", "shift"});
         QTest::newRow("two, later") << 2 << 5 * hour;
         QTest::newRow("five, earlier") << 5 << -2 * hour;
     }
@@ -1256,12 +1219,9 @@ private slots:
 
     void timeline_click_names_the_photo_data()
     {
-        QTest::addColumn<qint64>("shift");
-        QTest::addColumn<int>("lane");
-        QTest::addColumn<int>("mark_lane"); // whose mark the click's column comes from
-        QTest::addColumn<int>("mark");
-        QTest::addColumn<int>("dx");
-        QTest::addColumn<QString>("expected");
+        // mark_lane: whose mark the click's column comes from
+        test_support::columns<qint64, int, int, int, int, QString>(
+            {"shift", "lane", "mark_lane", "mark", "dx", "expected"});
         QTest::newRow("on a mark") << qint64(0) << 0 << 0 << 1 << 0 << "A1";
         QTest::newRow("just right of a mark") << qint64(0) << 1 << 1 << 1 << 3 << "B1";
         QTest::newRow("just left of a mark") << qint64(0) << 0 << 0 << 0 << -3 << "A0";

@@ -66,9 +66,7 @@ private slots:
     // its photo are one) gets `answer`, then the lock once it is given back or its holder dies.
     void a_second_copy_waits_its_turn_data()
     {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("asked");
-        QTest::addColumn<QString>("answer");
+        test_support::columns<QString, QString, QString>({"name", "asked", "answer"});
         QTest::newRow("plain") << "p.jpg" << "" << "refused";
         QTest::newRow("beyond ASCII") << "Grüße 日本.jpg" << "" << "refused";
         QTest::newRow("a link to it") << "p.jpg" << "link.jpg" << "refused";

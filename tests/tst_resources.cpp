@@ -1,3 +1,5 @@
+#include "test_support.h"
+
 #include <ondo/style.h>
 
 #include <QApplication>
@@ -44,8 +46,7 @@ private slots:
     // sharp at their own size; a picture without a finer drawing comes as it is.
     void artwork_for_a_dense_screen_data()
     {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<qreal>("ratio");
+        test_support::columns<QString, qreal>({"path", "ratio"});
         for (const char* name : {"icon_fix_time", "icon_undo", "icon_undo_small", "icon_clear_small", "icon_open", "icon_settings",
                  "icon_about", "icon_help", "logo_small", "head_medium_dark_without_shadow", "Head"})
             QTest::newRow(name) << QString(":/images/%1.png").arg(name) << qreal(2);

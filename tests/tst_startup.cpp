@@ -70,8 +70,7 @@ private slots:
 
     void lines_data()
     {
-        QTest::addColumn<QString>("message");
-        QTest::addColumn<bool>("printed");
+        test_support::columns<QString, bool>({"message", "printed"});
         QTest::newRow("plain") << "disk full" << true;
         QTest::newRow("libpng's sRGB warning") << "libpng warning: iCCP: known incorrect sRGB profile" << false;
         QTest::newRow("trailing blank") << "libpng warning: iCCP: known incorrect sRGB profile " << true;
@@ -98,9 +97,7 @@ private slots:
     // the platform can't come up (xcb with no display). A box there would crash the program.
     void fatal_prints_and_aborts_data()
     {
-        QTest::addColumn<QString>("child");
-        QTest::addColumn<QString>("platform");
-        QTest::addColumn<QString>("line");
+        test_support::columns<QString, QString, QString>({"child", "platform", "line"});
         QTest::newRow("worker thread") << "worker" << "offscreen" << "^Fatal: .* worker gave up \\(.*worker_body\\(\\)\\)$";
         QTest::newRow("plain core application") << "core" << "offscreen" << "^Fatal: .* core gave up \\(.*core_body\\(\\)\\)$";
         QTest::newRow("no display for the platform") << "platform" << "xcb" << "^Fatal: .* no Qt platform plugin could be initialized";
@@ -129,9 +126,7 @@ private slots:
 
     void language_suffix_data()
     {
-        QTest::addColumn<QString>("system_locale");
-        QTest::addColumn<QString>("stored");
-        QTest::addColumn<QString>("expected");
+        test_support::columns<QString, QString, QString>({"system_locale", "stored", "expected"});
         QTest::newRow("German system") << "de_DE.UTF-8" << "" << "de";
         QTest::newRow("French system: in the table, not offered") << "fr_FR.UTF-8" << "" << "en";
         QTest::newRow("fr set by hand") << "de_DE.UTF-8" << "fr" << "fr";
@@ -159,13 +154,9 @@ private slots:
     // Offscreen, the window stays up, quiet, until closed, and with no file open no ExifTool starts.
     void without_a_display_data()
     {
-        QTest::addColumn<QString>("program");
-        QTest::addColumn<QString>("platform");
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QString>("lang");
-        QTest::addColumn<int>("exit_code");
-        QTest::addColumn<QString>("out"); // a part of it
-        QTest::addColumn<QString>("err");
+        // out: a part of it
+        test_support::columns<QString, QString, QStringList, QString, int, QString, QString>(
+            {"program", "platform", "arguments", "lang", "exit_code", "out", "err"});
         auto row = [](const char* name, const char* program, const char* platform, const QStringList& arguments,
                       const char* lang, int exit_code, const char* out, const QString& err) {
             QTest::newRow(name) << program << platform << arguments << lang << exit_code << out << err;

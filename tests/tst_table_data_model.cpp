@@ -85,13 +85,8 @@ private slots:
     // one ExifTool reports for an IPTC time stored without one.
     void shown_times_data()
     {
-        QTest::addColumn<QString>("file");
-        QTest::addColumn<QString>("tags");
-        QTest::addColumn<QString>("zone");
-        QTest::addColumn<offset>("change");
-        QTest::addColumn<QString>("recording");
-        QTest::addColumn<QString>("new_time");
-        QTest::addColumn<QString>("iptc_zone");
+        test_support::columns<QString, QString, QString, offset, QString, QString, QString>(
+            {"file", "tags", "zone", "change", "recording", "new_time", "iptc_zone"});
         auto row = [](const char* name, const char* file, const QString& tags, const char* zone, const offset& change,
                        const char* recording, const char* new_time, const char* iptc_zone = "") {
             QTest::newRow(name) << QString(file) << tags << QString(zone) << change << QString(recording) << QString(new_time)
@@ -185,8 +180,7 @@ private slots:
 
     void sort_data()
     {
-        QTest::addColumn<int>("column");
-        QTest::addColumn<QString>("expected");
+        test_support::columns<int, QString>({"column", "expected"});
         QTest::newRow("name, equal names by folder") << 0 << "2/a 1/b 2/b 1/c";
         QTest::newRow("time descending across seasons") << 1 << "1/b 2/b 2/a 1/c";
         QTest::newRow("camera, then folder and name") << 3 << "1/b 1/c 2/a 2/b";

@@ -7,7 +7,9 @@
 #include <QPair>
 #include <QSharedPointer>
 #include <QStringList>
+#include <QTest>
 
+#include <array>
 #include <functional>
 
 class MainWindow;
@@ -21,6 +23,14 @@ namespace test_support {
 
 inline const QString fix_tip = "Apply changes to the timestamps of the images";
 inline const QString undo_tip = "Undo the last set of timestamp changes";
+
+// A `_data()` table's columns in one line: columns<QString, int>({"name", "count"}).
+template <typename... T>
+void columns(const std::array<const char*, sizeof...(T)>& names)
+{
+    int i = 0;
+    (QTest::addColumn<T>(names[i++]), ...);
+}
 
 // Standard output of `program` run to its end.
 QString run(const QString& program, const QStringList& arguments);
