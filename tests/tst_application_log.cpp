@@ -2,19 +2,8 @@
 
 #include "test_support.h"
 
-#include <QApplication>
-#include <QDir>
 #include <QHostAddress>
-#include <QLineEdit>
 #include <QNetworkInterface>
-#include <QProcess>
-#include <QPushButton>
-#include <QScreen>
-#include <QScrollBar>
-#include <QTabWidget>
-#include <QTemporaryDir>
-#include <QTextEdit>
-#include <QtTest>
 
 #include <atomic>
 #include <iostream>

@@ -10,10 +10,6 @@
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
-#include <QDir>
-#include <QProcess>
-#include <QSettings>
-#include <QtTest>
 
 // The desktop's open request, on a session bus of the test's own (the suite runs this program
 // under dbus-run-session).

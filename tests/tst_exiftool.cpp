@@ -11,15 +11,6 @@
 #include <ondo/exiftool_worker.h>
 #include <ondo/sanitizer.h>
 
-#include <QCryptographicHash>
-#include <QElapsedTimer>
-#include <QImage>
-#include <QProgressDialog>
-#include <QRandomGenerator>
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QtTest>
-
 #include <algorithm>
 #include <csignal>
 #include <thread>

@@ -7,15 +7,6 @@
 
 #include <ondo/application.h>
 
-#include <QHeaderView>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QLabel>
-#include <QProgressDialog>
-#include <QSettings>
-#include <QtTest>
-
 #include <sys/stat.h>
 
 using namespace test_support;

@@ -8,16 +8,6 @@
 
 #include <ondo/application.h>
 
-#include <QAbstractButton>
-#include <QImage>
-#include <QLabel>
-#include <QMessageBox>
-#include <QProcess>
-#include <QRandomGenerator>
-#include <QStandardPaths>
-#include <QStorageInfo>
-#include <QtTest>
-
 #include <cerrno>
 #include <sys/mount.h>
 

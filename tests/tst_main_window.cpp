@@ -23,39 +23,6 @@
 #include <ondo/qt_compat.h>
 #include <ondo/widgets.h>
 
-#include <QAction>
-#include <QApplication>
-#include <QCollator>
-#include <QComboBox>
-#include <QDateTimeEdit>
-#include <QDesktopServices>
-#include <QDialog>
-#include <QDir>
-#include <QFileDialog>
-#include <QFileOpenEvent>
-#include <QFontInfo>
-#include <QHeaderView>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
-#include <QRadioButton>
-#include <QRegularExpression>
-#include <QScreen>
-#include <QSettings>
-#include <QShortcut>
-#include <QSpinBox>
-#include <QSignalSpy>
-#include <QSysInfo>
-#include <QTableView>
-#include <QTextBlock>
-#include <QTextBrowser>
-#include <QTextDocument>
-#include <QTextLayout>
-#include <QToolButton>
-#include <QTreeView>
-#include <QWindow>
-#include <QtTest>
-
 #include <algorithm>
 #include <cmath>
 

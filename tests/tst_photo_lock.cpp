@@ -2,13 +2,6 @@
 
 #include "test_support.h"
 
-#include <QCoreApplication>
-#include <QDir>
-#include <QFile>
-#include <QProcess>
-#include <QTemporaryDir>
-#include <QtTest>
-
 #include <cstdio>
 #include <memory>
 #include <vector>

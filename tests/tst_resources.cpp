@@ -2,12 +2,6 @@
 
 #include <ondo/style.h>
 
-#include <QApplication>
-#include <QDirIterator>
-#include <QFileInfo>
-#include <QImage>
-#include <QtTest>
-
 // The resource lists are kept by hand: a picture that goes missing shows here or as a blank widget.
 class tst_resources : public QObject {
     Q_OBJECT

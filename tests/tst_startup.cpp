@@ -4,15 +4,6 @@
 #include <ondo/language.h>
 #include <ondo/message_handler.h>
 
-#include <QFileInfo>
-#include <QLibraryInfo>
-#include <QProcess>
-#include <QSettings>
-#include <QStandardPaths>
-#include <QTemporaryDir>
-#include <QThread>
-#include <QtTest>
-
 #include <csignal>
 #include <functional>
 #include <iostream>

@@ -8,12 +8,6 @@
 #include <ondo/misc.h>
 #include <ondo/packed_tags.h>
 
-#include <QAbstractItemModelTester>
-#include <QHeaderView>
-#include <QProgressDialog>
-#include <QSignalSpy>
-#include <QtTest>
-
 #include <ctime>
 #include <malloc.h>
 #include <unistd.h>

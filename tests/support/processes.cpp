@@ -4,18 +4,6 @@
 #include <ondo/application.h>
 #include <ondo/exiftool.h>
 
-#include <QCoreApplication>
-#include <QDir>
-#include <QFile>
-#include <QImage>
-#include <QLineEdit>
-#include <QProcess>
-#include <QProgressBar>
-#include <QPushButton>
-#include <QRandomGenerator>
-#include <QTableView>
-#include <QTest>
-
 #include <ctime>
 #include <unistd.h>
 

@@ -2,8 +2,6 @@
 
 #include "test_support.h"
 
-#include <QTemporaryDir>
-
 #include <functional>
 
 class QProcess;

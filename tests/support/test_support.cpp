@@ -6,32 +6,6 @@
 #include <ondo/application.h>
 #include <ondo/language.h>
 
-#include <QAbstractButton>
-#include <QApplication>
-#include <QDir>
-#include <QDropEvent>
-#include <QMimeData>
-#include <QUrl>
-#include <QDateTime>
-#include <QElapsedTimer>
-#include <QFile>
-#include <QImage>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QLoggingCategory>
-#include <QMessageBox>
-#include <QPointer>
-#include <QProcess>
-#include <QPushButton>
-#include <QSettings>
-#include <QRegularExpression>
-#include <QStandardPaths>
-#include <QTemporaryDir>
-#include <QTemporaryFile>
-#include <QTest>
-#include <QThread>
-#include <QTimer>
-
 #include <cstdio>
 #include <ctime>
 #include <fcntl.h>

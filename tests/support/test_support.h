@@ -2,22 +2,13 @@
 
 #include <ondo/exiftool.h>
 
-#include <QJsonObject>
-#include <QMap>
-#include <QPair>
-#include <QSharedPointer>
-#include <QStringList>
-#include <QTest>
+#include <QtTest>
+#include <QtWidgets>
 
 #include <array>
 #include <functional>
 
 class MainWindow;
-class QDialog;
-class QTranslator;
-class QPushButton;
-class QUrl;
-class QWidget;
 
 namespace test_support {
 

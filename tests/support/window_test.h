@@ -6,15 +6,6 @@
 #include <undo_journal.h>
 #include <ondo/exiftool.h>
 
-#include <QDir>
-#include <QLineEdit>
-#include <QObject>
-#include <QPointer>
-#include <QPushButton>
-#include <QTableView>
-#include <QTemporaryDir>
-#include <QTest>
-
 #include <memory>
 
 namespace test_support {
