@@ -297,13 +297,6 @@ void use_private_settings()
     QLoggingCategory::setFilterRules("exiftool.debug=false");
 }
 
-void clear_settings()
-{
-    QSettings settings;
-    settings.clear();
-    settings.sync();
-}
-
 MainWindow* open_main_window()
 {
     auto* window = new MainWindow();

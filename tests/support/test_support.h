@@ -70,7 +70,6 @@ void tag_files(const QList<QPair<QString, exif_tag_map>>& files);
 
 // Gives every default QSettings a store of its own and turns the bridge's debug lines off.
 void use_private_settings();
-void clear_settings();
 
 MainWindow* open_main_window();
 // Drags `urls` onto the window's drop area and drops them; true when the drop was taken.
