@@ -182,7 +182,6 @@ private slots:
     void roads_in_data()
     {
         test_support::columns<QString, QStringList, QStringList>({"road", "items", "expected"});
-
         QTest::newRow("drop: a folder one level deep, no extension check")
             << "drop" << QStringList{"album", "https://example.org/photo.jpg", "missing.jpg", "notes.xyz"}
             << QStringList{"notes.xyz", "one.jpg", "two.png"};
@@ -396,7 +395,6 @@ private slots:
     {
         test_support::columns<QString, QString, QString, QString, offset, bool>(
             {"locale", "field", "keys", "shown", "expected", "refused"});
-
         QTest::newRow("negative month") << "C" << "lineedit_month" << "-14" << "-14"
                                         << offset{0, -14, 0, 0, 0, 0, false, 0.0} << false;
         QTest::newRow("lone minus is 0") << "C" << "lineedit_hour" << "-" << "-" << zone(false, 0.0) << false;
