@@ -603,10 +603,8 @@ private slots:
         } else if (trouble == "replaced") {
             QVERIFY(QFile::rename(paths[0], paths[0] + ".was") && QFile::copy(paths[0] + ".was", paths[0]));
         }
-        if (trouble == "cut" || trouble == "journal") {
-            QFile file(journal);
-            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(journal_text) > 0);
-        }
+        if (trouble == "cut" || trouble == "journal")
+            QVERIFY(write_file(journal, journal_text));
         const auto crashed = listings(dir->path());
         QStringList untouched; // the photos no undo may touch: those not written, and the one the leftover blocks
         for (const QJsonObject& tags : crashed)
@@ -691,10 +689,8 @@ private slots:
             journal.written(path, true, identity);
             journal.written(odd, false);
         }
-        QFile file(first_journal());
-        QVERIFY(file.open(QIODevice::ReadOnly));
         QStringList read;
-        for (const QByteArray& line : file.readAll().split('\n')) {
+        for (const QByteArray& line : contents(first_journal()).split('\n')) {
             QJsonParseError error{};
             const QJsonObject record = QJsonDocument::fromJson(line, &error).object();
             read << (line.isEmpty() ? "end" : error.error ? error.errorString() : record.keys().join(','));
@@ -738,15 +734,12 @@ private slots:
             QVERIFY(crashed.begin_run() && crashed.add(path, loaded, undo));
         }
         if (how == "older") {
-            QFile file(first_journal());
-            QVERIFY(file.open(QIODevice::ReadWrite));
-            QList<QByteArray> lines = file.readAll().split('\n');
+            QList<QByteArray> lines = contents(first_journal()).split('\n');
             QJsonObject photo = QJsonDocument::fromJson(lines[1]).object();
             photo.remove("size");
             photo.remove("modified_ns");
             lines[1] = QJsonDocument(photo).toJson(QJsonDocument::Compact);
-            file.resize(0);
-            file.write(lines.join('\n'));
+            QVERIFY(write_file(first_journal(), lines.join('\n')));
         }
         undo_journal journal(undo_journal::default_folder());
         const QList<undo_journal::unfinished_run> runs = journal.unfinished_runs();
@@ -835,10 +828,8 @@ private:
     // The photos in the one journal on disk: those of its whole lines, less the failed ones.
     static QStringList journaled()
     {
-        QFile file(first_journal());
-        QList<QByteArray> lines = file.open(QIODevice::ReadOnly) ? file.readAll().split('\n') : QList<QByteArray>();
         QStringList photos;
-        for (const QByteArray& line : lines) {
+        for (const QByteArray& line : contents(first_journal()).split('\n')) {
             const QJsonObject record = QJsonDocument::fromJson(line).object();
             photos << record.value("photo").toString();
             photos.removeAll(record.value("failed").toString());
