@@ -95,12 +95,10 @@ private slots:
             "", "XMP-xmp:CreateDate", "", "PNG:CreationTime=2019:03:01 10:00:00;XMP-x:XMPToolkit=;XMP-xmp:CreateDate=2019:02:28 10:00:00");
         row("movie: UTC dates, zeros left", movie, {0, 0, 0, 1}, "", "QuickTime:CreateDate", "", quicktime_moved);
         row("movie in UTC, a zone: the moment stays", movie, {}, "-5", "QuickTime:CreateDate", "",
-            "QuickTime:CreateDate=2005:08:11 14:03:54;QuickTime:ModifyDate=2005:08:11 14:03:54;"
-            "Track1:MediaCreateDate=2005:08:11 14:03:54;Track1:TrackCreateDate=2005:08:11 14:03:54");
+            QString(quicktime_moved).replace("15:03:54", "14:03:54"));
         row("garbage is no source and stays", "ExifIFD:DateTimeOriginal=2017:13:45 18:30:05;XMP-exif:DateTimeOriginal=yesterday;"
             "IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=25:00:00;ExifIFD:CreateDate=#;ExifIFD:OffsetTimeOriginal=+99:00;"
-            "XMP-xmp:CreateDate=#+15:00",
-            {0, 0, 0, 1}, "", "ExifIFD:CreateDate", "", "ExifIFD:CreateDate=@");
+            "XMP-xmp:CreateDate=#+15:00", {0, 0, 0, 1}, "", "ExifIFD:CreateDate", "", "ExifIFD:CreateDate=@");
         row("no date of its own: nothing added", "XMP-dc:Title=T;System:FileModifyDate=#+02:00", {}, "2", "", "",
             "System:FileModifyDate=#+02:00");
         row("an IPTC time gets no file-system date", "IPTC:TimeCreated=18:30:05+02:00;System:FileModifyDate=#+02:00", {}, "-3", "",
@@ -251,8 +249,7 @@ private slots:
         const QString movie_moved = "QuickTime:CreateDate=%1;QuickTime:ModifyDate=%1;Track1:TrackCreateDate=%1;"
                                     "Track1:TrackModifyDate=%1;Track1:MediaCreateDate=%1;Track1:MediaModifyDate=%1";
         row("CR3, a zone", "r.cr3", exif, "1", "#",
-            QString(exif).replace("#", "@") + ";" + zones.arg("+01:00") + ";"
-                + movie_moved.arg("2005:08:11 18:03:54+02:00"));
+            QString(exif).replace("#", "@") + ";" + zones.arg("+01:00") + ";" + movie_moved.arg("2005:08:11 18:03:54+02:00"));
         row("DNG, a zone", "a.dng", "IFD0:DNGVersion=1.4.0.0;ExifIFD:DateTimeOriginal=#;XMP-xmp:CreateDate=#+02:00;"
             "XMP-x:XMPToolkit=Adobe XMP Core 5.6", "1", "# +02:00",
             "ExifIFD:DateTimeOriginal=@;ExifIFD:OffsetTimeOriginal=+01:00;XMP-xmp:CreateDate=@+01:00");
