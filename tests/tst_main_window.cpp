@@ -27,18 +27,12 @@
 
 using test_support::answer_next_box;
 using test_support::make_tagged_photo;
+using test_support::fetched;
 using offset = QList<QVariant>;
 using parts = QList<int>;
 Q_DECLARE_METATYPE(QMessageBox::StandardButtons)
 
 namespace {
-
-// A value of the current `_data()` row, for one that is used once.
-template <typename T>
-T fetched(const char* column)
-{
-    return *static_cast<T*>(QTest::qData(column, qMetaTypeId<T>()));
-}
 
 // The control key as the help pages name it on this platform, in English and in German.
 #ifdef Q_OS_MACOS

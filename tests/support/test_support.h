@@ -23,6 +23,14 @@ void columns(const std::array<const char*, sizeof...(T)>& names)
     (QTest::addColumn<T>(names[i++]), ...);
 }
 
+// A value of the current `_data()` row where it is used, for one that is used once; as QFETCH,
+// a column of another type fails the test.
+template <typename T>
+T fetched(const char* column)
+{
+    return *static_cast<T*>(QTest::qData(column, qMetaTypeId<T>()));
+}
+
 // Standard output of `program` run to its end.
 QString run(const QString& program, const QStringList& arguments);
 
