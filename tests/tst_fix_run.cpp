@@ -107,10 +107,9 @@ private slots:
 
     void moves_every_tag_from_its_own_value()
     {
-        QFETCH(QString, tags);
         QFETCH(offset, change);
         QFETCH(QString, zone);
-        const exif_tag_map map = tag_map(tags);
+        const exif_tag_map map = tag_map(fetched<QString>("tags"));
         const recording_tags::shift shift{change.value(0), change.value(1), change.value(2), change.value(3),
                                           change.value(4), change.value(5), !zone.isEmpty(), zone.toDouble()};
         const recording_tags::source own = recording_tags::recording_time(map);
@@ -167,11 +166,10 @@ private slots:
 
     void questions_before_the_run()
     {
-        QFETCH(QStringList, files);
         QFETCH(QString, zone);
         QFETCH(QString, answer);
         QFETCH(QString, question);
-        const QStringList paths = make_files(files);
+        const QStringList paths = make_files(fetched<QStringList>("files"));
         open_with(paths, zone, "lineedit_second", "-1");
         // Armed even when no question is expected, to catch one that comes.
         const bool ending = answer == "ending";
@@ -272,8 +270,6 @@ private slots:
         QFETCH(QString, name);
         QFETCH(QString, tags);
         QFETCH(QString, zone);
-        QFETCH(QString, shown);
-        QFETCH(QString, moved);
         QFETCH(QString, sent);
         if (name.endsWith(".heic") && QStandardPaths::findExecutable("heif-enc").isEmpty())
             QSKIP("heif-enc (libheif-examples) is not installed");
@@ -293,7 +289,7 @@ private slots:
         const QDateTime old_time = model->data(model->index(0, 1), Qt::UserRole).toDateTime();
         const QString time = old_time.toString("yyyy:MM:dd hh:mm:ss");
         const QString file_zone = model->data(model->index(0, 1)).toString().section("  UTC", 1);
-        QCOMPARE(file_zone.isEmpty() ? time : time + " " + file_zone, with_times(shown));
+        QCOMPARE(file_zone.isEmpty() ? time : time + " " + file_zone, with_times(fetched<QString>("shown")));
 
         // What a loaded file keeps of its tags gives all that every tag gives.
         const exif_tag_map all = ondo::exiftool::read_result(ondo::exiftool::read_tags_async(path, true));
@@ -319,7 +315,7 @@ private slots:
         const QList<QStringList> fixed = press(fix_tip);
         question->cancelled = true;
         QCOMPARE(question->answered, asks);
-        for (const auto& [tag, value] : tag_map(with_times(moved))) {
+        for (const auto& [tag, value] : tag_map(with_times(fetched<QString>("moved")))) {
             expected = expected.filter(QRegularExpression("^-(?!" + QRegularExpression::escape(tag) + "=)"));
             expected << "-" + tag + "=" + value;
         }
@@ -419,7 +415,6 @@ private slots:
         QFETCH(QStringList, others);
         QFETCH(QString, answer);
         QFETCH(QString, after_fix);
-        QFETCH(QStringList, log);
         log_capture captured;
         const installed_language english("en");
         QStringList paths{make_file(dir->path(), "a.jpg|ExifIFD:DateTimeOriginal=#")};
@@ -447,7 +442,7 @@ private slots:
             press(undo_tip);
         }
         QTEST(note->text(), "after_undo");
-        for (const QString& line : log)
+        for (const QString& line : fetched<QStringList>("log"))
             QVERIFY2(captured.count(QString(line).replace("%left", left)) == 1, qPrintable(line + "\n" + captured.lines().join('\n')));
 
         window->load_files({paths.first()});
