@@ -28,34 +28,34 @@ private slots:
                 QSKIP(qPrintable("the session bus is shared (" + name + " is on it); run under dbus-run-session"));
     }
 
-    // In the folder: a.jpg, "b ü.png" (a URI escapes both), album/c.jpg and album/sub/deep.jpg.
+    // A file manager's call on a connection of its own; the effect is awaited, not the answer. In the
+    // folder: a.jpg, "b ü.png" (a URI escapes both), album/c.jpg and album/sub/deep.jpg.
     void open_takes_the_file_open_road()
     {
         QStringList uris{"https://example.org/photo.jpg"};
         for (const QString& item : open_window_beside_album())
             uris << QUrl::fromLocalFile(item).toString();
-        call_open(uris);
+        QDBusConnection other =
+            QDBusConnection::connectToBus(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"), "file manager");
+        QDBusMessage call = QDBusMessage::createMethodCall(desktop_service::application_id(),
+            desktop_service::object_path(desktop_service::application_id()), "org.freedesktop.Application", "Open");
+        call.setArguments({uris, QVariantMap()});
+        QVERIFY(other.isConnected());
+        other.asyncCall(call);
         QTRY_COMPARE_WITH_TIMEOUT(column_texts(), (QStringList{"a.jpg", "b ü.png", "c.jpg"}), 30000);
         QVERIFY(!QSettings().contains("last_load_path"));
     }
 
-    // The program's own main in a second process opens its window all the same; the requests still come here.
-    void another_copy()
+    // The program's own main in a second process: without names it opens its window all the same and
+    // leaves the name here; with names it hands them here, relative to its folder, and ends without a
+    // window (one would stay).
+    void a_second_start()
     {
-        const QStringList items = open_window_beside_album();
+        open_window_beside_album();
         QString out;
         QVERIFY2(run_copy(out, "1500"), qPrintable(out));
         QVERIFY2(out.contains("visible: MainWindow 800x700"), qPrintable(out));
         QCOMPARE(out.count("Desktop open requests go to the copy that already runs"), 1);
-        call_open({QUrl::fromLocalFile(items.first()).toString()});
-        QTRY_COMPARE_WITH_TIMEOUT(column_texts(), QStringList{"a.jpg"}, 30000);
-    }
-
-    // A start with names hands them here, relative to its folder, and ends without a window (one would stay).
-    void a_second_start_hands_over_its_names()
-    {
-        open_window_beside_album();
-        QString out;
         QVERIFY2(run_copy(out, "60000", {"a.jpg", "album"}) && !out.contains("visible:"), qPrintable(out));
         QTRY_COMPARE_WITH_TIMEOUT(column_texts(), (QStringList{"a.jpg", "c.jpg"}), 30000);
     }
@@ -95,18 +95,6 @@ private:
         const bool ended = QTest::qWaitFor([&] { return copy.state() == QProcess::NotRunning; }, 30000);
         out = QString::fromUtf8(copy.readAllStandardOutput());
         return ended && copy.exitStatus() == QProcess::NormalExit && copy.exitCode() == 0;
-    }
-
-    // Another connection to the bus, as a file manager's would be; the effect is awaited, not the answer.
-    static void call_open(const QStringList& uris)
-    {
-        QDBusConnection other =
-            QDBusConnection::connectToBus(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"), "file manager");
-        QDBusMessage call = QDBusMessage::createMethodCall(desktop_service::application_id(),
-            desktop_service::object_path(desktop_service::application_id()), "org.freedesktop.Application", "Open");
-        call.setArguments({uris, QVariantMap()});
-        QVERIFY(other.isConnected());
-        other.asyncCall(call);
     }
 };
 

@@ -5,7 +5,6 @@
 #include <ondo/message_handler.h>
 
 #include <csignal>
-#include <functional>
 #include <iostream>
 #include <sstream>
 
@@ -20,18 +19,6 @@ namespace {
 const char* pattern = "%{time hh:mm:ss.zzz} %{if-category}%{category}: %{endif}%{message}";
 // No bus, so that no copy elsewhere on this machine takes the names.
 const std::pair<QString, QString> no_bus{"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"};
-
-// What the handler writes to the standard output and error streams while `log` runs.
-QStringList capture(const std::function<void()>& log)
-{
-    std::stringstream out, err;
-    std::streambuf* old_out = std::cout.rdbuf(out.rdbuf());
-    std::streambuf* old_err = std::cerr.rdbuf(err.rdbuf());
-    log();
-    std::cout.rdbuf(old_out);
-    std::cerr.rdbuf(old_err);
-    return {QString::fromStdString(out.str()), QString::fromStdString(err.str())};
-}
 
 // This program again as a child, with `vars` set and `removed` unset, run to its end.
 void run_again(QProcess& child, const QMap<QString, QString>& vars, const QStringList& removed)
@@ -73,10 +60,14 @@ private slots:
         QFETCH(QString, message);
         QFETCH(bool, printed);
         ondo::install_qt_message_handler(true, false);
-        const QStringList streams = capture([&] {
-            QMessageLogger("photo.cpp", 42, "void load()").warning().noquote() << message;
-            QMessageLogger("photo.cpp", 42, "void load()").critical().noquote() << message;
-        });
+        std::stringstream out, err;
+        std::streambuf* old_out = std::cout.rdbuf(out.rdbuf());
+        std::streambuf* old_err = std::cerr.rdbuf(err.rdbuf());
+        QMessageLogger("photo.cpp", 42, "void load()").warning().noquote() << message;
+        QMessageLogger("photo.cpp", 42, "void load()").critical().noquote() << message;
+        std::cout.rdbuf(old_out);
+        std::cerr.rdbuf(old_err);
+        const QStringList streams{QString::fromStdString(out.str()), QString::fromStdString(err.str())};
         const QString line = "\\d\\d:\\d\\d:\\d\\d\\.\\d\\d\\d " + QRegularExpression::escape(message) + "\n$";
         const QStringList expected{printed ? "^Warning: " + line : "\\A\\z", printed ? "^Critical: " + line : "\\A\\z"};
         for (int i = 0; i < 2; ++i)
@@ -123,7 +114,6 @@ private slots:
         QTest::newRow("fr set by hand") << "de_DE.UTF-8" << "fr" << "fr";
     }
 
-    // Each case with a settings store of its own.
     void language_suffix()
     {
         QFETCH(QString, system_locale);
