@@ -106,7 +106,6 @@ private slots:
         QFETCH(QString, what);
         QFETCH(QString, when);
         QFETCH(QString, answer);
-        QFETCH(QString, reason);
         const QStringList paths = make_files({"a.jpg|ExifIFD:DateTimeOriginal=#", "b.jpg|ExifIFD:DateTimeOriginal=#",
                                               "c.jpg|ExifIFD:DateTimeOriginal=#"});
         const QString middle = paths[1];
@@ -145,7 +144,7 @@ private slots:
         QVERIFY(!(when == "fix" ? undo_box : fix_box)->answered);
         const seen_box& seen = when == "fix" ? *fix_box : *undo_box;
         QTEST(seen.title + "|" + seen.buttons.join(','), "box");
-        QVERIFY2(seen.text.contains(middle + reason), qPrintable(seen.text));
+        QVERIFY2(seen.text.contains(middle + fetched<QString>("reason")), qPrintable(seen.text));
         QVERIFY(!seen.text.contains(paths[0]) && !seen.text.contains(paths[2]));
         QVERIFY(contents(paths[0]) == first && contents(paths[2]) == last);
         if (what == "folder" || what == "link") {
@@ -174,8 +173,6 @@ private slots:
 
     void renumbering_during_a_fix()
     {
-        QFETCH(int, interval);
-        QFETCH(QString, answer);
         constexpr int count = 100;
         const QStringList paths = numbered_copies(make_tagged_photo(dir->path(), "p000.jpg"), "p000.jpg", count);
         QList<QPair<QString, exif_tag_map>> files;
@@ -192,7 +189,7 @@ private slots:
                 renumber.stop();
         });
         // Every box is answered: the fix's list of refused photos, the undo's question and its list.
-        const QStringList answers = {"Keep changes", answer, "OK"};
+        const QStringList answers = {"Keep changes", fetched<QString>("answer"), "OK"};
         QTimer answering;
         connect(&answering, &QTimer::timeout, &answering, [&answers] {
             if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
@@ -201,7 +198,7 @@ private slots:
                         return button->click();
         });
         answering.start(10);
-        renumber.start(interval);
+        renumber.start(fetched<int>("interval"));
         tip_button(fix_tip)->click();
         renumber.stop();
         QVERIFY2(next > 1, "the renumbering never ran during the fix");
@@ -330,15 +327,13 @@ private slots:
 
     void which_files_belong_together()
     {
-        QFETCH(QString, folder);
         QFETCH(QString, file);
         QFETCH(QString, sidecars);
-        QFETCH(QString, companions);
-        for (const QString& path : in_dir(folder))
+        for (const QString& path : in_dir(fetched<QString>("folder")))
             QVERIFY(QFile(path).open(QIODevice::WriteOnly));
         photo_family family;
         QCOMPARE(family.sidecars_of(dir->filePath(file)), in_dir(sidecars));
-        QCOMPARE(family.companions_of(dir->filePath(file)), in_dir(companions));
+        QCOMPARE(family.companions_of(dir->filePath(file)), in_dir(fetched<QString>("companions")));
         for (const QString& sidecar : in_dir(sidecars))
             QCOMPARE(family.image_of(sidecar), dir->filePath(file));
     }

@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 
 using test_support::child_of;
+using test_support::fetched;
 using test_support::is_running;
 
 namespace {
@@ -165,9 +166,7 @@ private slots:
     {
         QFETCH(QString, program);
         QFETCH(QString, platform);
-        QFETCH(QStringList, arguments);
         QFETCH(QString, lang);
-        QFETCH(QString, out);
         test_support::fake_perl perl;
         QTemporaryDir dir;
         QSettings(dir.filePath("home/.config/Velmora/Tavimo.conf"), QSettings::IniFormat).setValue("lang", lang);
@@ -177,13 +176,13 @@ private slots:
         QProcess started;
         test_support::launch(started, program, dir.path(), {{"DISPLAY", ""}, {"WAYLAND_DISPLAY", ""},
             {"QT_QPA_PLATFORM", platform}, {"XDG_RUNTIME_DIR", runtime}, {"TAVIMO_TEST_CLOSE_AFTER_MS", "1000"},
-            no_bus}, arguments);
+            no_bus}, fetched<QStringList>("arguments"));
         QVERIFY(started.waitForFinished(30000));
 
         QCOMPARE(started.exitStatus(), QProcess::NormalExit);
         QTEST(started.exitCode(), "exit_code");
         const QString printed = QString::fromUtf8(started.readAllStandardOutput());
-        QVERIFY2(printed.contains(out) && !printed.contains("Warning:"), qPrintable(printed));
+        QVERIFY2(printed.contains(fetched<QString>("out")) && !printed.contains("Warning:"), qPrintable(printed));
         QTEST(QString::fromUtf8(started.readAllStandardError()), "err");
         QVERIFY(perl.starts().isEmpty());
     }
