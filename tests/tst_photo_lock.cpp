@@ -4,7 +4,6 @@
 
 #include <cstdio>
 #include <memory>
-#include <vector>
 
 #include <unistd.h>
 
@@ -12,21 +11,18 @@ namespace {
 
 const char* hold_mode = "--hold-locks";
 
-// The other copy: locks the paths after the folder (in hex, so that any name travels whole),
-// answers "held" or "refused" for each and keeps its locks until its input closes.
-int hold_locks(int argc, char** argv)
+// The other copy: locks the photo after the folder (both in hex, so that any name travels whole),
+// answers "held" or "refused" and keeps its lock until its input closes.
+int hold_lock(char** argv)
 {
-    const QString folder = QString::fromUtf8(QByteArray::fromHex(argv[2]));
-    std::vector<std::unique_ptr<photo_lock>> held;
-    for (int i = 3; i < argc; ++i) {
-        held.push_back(photo_lock::try_lock(QString::fromUtf8(QByteArray::fromHex(argv[i])), folder));
-        std::puts(held.back() ? "held" : "refused");
-    }
+    const auto text = [](const char* hex) { return QString::fromUtf8(QByteArray::fromHex(hex)); };
+    auto held = photo_lock::try_lock(text(argv[3]), text(argv[2]));
+    std::puts(held ? "held" : "refused");
     std::fflush(stdout);
     while (std::getchar() != EOF) {
     }
     // Given back here, then gone at once, without waiting for the libraries' threads to wind down.
-    held.clear();
+    held.reset();
     ::_exit(0);
 }
 
@@ -73,18 +69,19 @@ private slots:
         QFETCH(QString, name);
         QFETCH(QString, asked);
         QFETCH(QString, answer);
-        const QString photo = make_photo(name), other = asked.isEmpty() ? photo : dir->filePath(asked);
+        const QString photo = dir->filePath("photos/" + name), other = asked.isEmpty() ? photo : dir->filePath(asked);
+        QVERIFY(test_support::write_file(photo, "photo"));
         QVERIFY(QFile::link(photo, dir->filePath("link.jpg")) && QFile::copy(photo, dir->filePath("q.jpg")));
         {
             const auto lock = photo_lock::try_lock(photo, folder);
             QVERIFY(lock);
-            QCOMPARE(other_copy({other}), QStringList({answer}));
+            QCOMPARE(other_copy(other), answer);
             QCOMPARE(bool(photo_lock::try_lock(other, folder)), answer == "held");
         }
-        QCOMPARE(other_copy({other}), QStringList({"held"}));
+        QCOMPARE(other_copy(other), QString("held"));
 
-        QProcess* dying = start_copy({other});
-        QVERIFY(answers(dying, 1) == QStringList({"held"}));
+        QProcess* dying = start_copy(other);
+        QCOMPARE(answer_of(dying), QString("held"));
         QCOMPARE(bool(photo_lock::try_lock(photo, folder)), answer == "held");
         dying->kill();
         QVERIFY(dying->waitForFinished());
@@ -99,7 +96,8 @@ private slots:
     // Rather than refusing every photo, the program then works as one copy alone does.
     void an_unusable_folder_keeps_no_one_away()
     {
-        const QString photo = make_photo("p.jpg");
+        const QString photo = dir->filePath("photos/p.jpg");
+        QVERIFY(test_support::write_file(photo, "photo"));
         const QString blocked = dir->filePath("photos/p.jpg/locks");
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression("Photos can't be locked in .*photos/p.jpg/locks"));
         const auto first = photo_lock::try_lock(photo, blocked);
@@ -109,38 +107,29 @@ private slots:
     }
 
 private:
-    QString make_photo(const QString& name)
+    // A copy that locks `photo` and keeps it until its input closes.
+    QProcess* start_copy(const QString& photo)
     {
-        const QString path = dir->filePath("photos/" + name);
-        return test_support::write_file(path, "photo") ? path : QString();
-    }
-
-    // A copy that locks `paths` and keeps them until its input closes.
-    QProcess* start_copy(const QStringList& paths)
-    {
-        QStringList arguments = {hold_mode, folder.toUtf8().toHex()};
-        for (const QString& path : paths)
-            arguments << path.toUtf8().toHex();
         copies << new QProcess;
         copies.last()->setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        copies.last()->start(QCoreApplication::applicationFilePath(), arguments);
-        copies.last()->waitForStarted(); // one that didn't start gives no answers
+        copies.last()->start(QCoreApplication::applicationFilePath(),
+                             {hold_mode, folder.toUtf8().toHex(), photo.toUtf8().toHex()});
+        copies.last()->waitForStarted(); // one that didn't start gives no answer
         return copies.last();
     }
 
-    // Its first `count` answers, once they are all there.
-    QStringList answers(QProcess* copy, int count)
+    // Its answer, once it is there; empty if none comes.
+    static QString answer_of(QProcess* copy)
     {
-        QByteArray out;
-        const auto all = [&] { return (out += copy->readAllStandardOutput()).count('\n') >= count; };
-        return QTest::qWaitFor(all, 10000) ? QString::fromLatin1(out).split('\n', Qt::SkipEmptyParts) : QStringList();
+        (void)QTest::qWaitFor([copy] { return copy->canReadLine(); }, 10000);
+        return QString::fromLatin1(copy->readLine()).trimmed();
     }
 
-    // What a copy that asks for `paths` is told; it ends at once, giving back what it got.
-    QStringList other_copy(const QStringList& paths)
+    // What a copy that asks for `photo` is told; it ends at once, giving back what it got.
+    QString other_copy(const QString& photo)
     {
-        QProcess* copy = start_copy(paths);
-        const QStringList told = answers(copy, paths.size());
+        QProcess* copy = start_copy(photo);
+        const QString told = answer_of(copy);
         copy->closeWriteChannel();
         copy->waitForFinished();
         return told;
@@ -153,8 +142,8 @@ private:
 
 int main(int argc, char** argv)
 {
-    if (argc >= 3 && qstrcmp(argv[1], hold_mode) == 0)
-        return hold_locks(argc, argv);
+    if (argc == 4 && qstrcmp(argv[1], hold_mode) == 0)
+        return hold_lock(argv);
     QCoreApplication app(argc, argv);
     tst_photo_lock test;
     return QTest::qExec(&test, argc, argv);
