@@ -213,7 +213,6 @@ private slots:
         QFETCH(QStringList, rules);
         QFETCH(bool, stop);
         QFETCH(QString, make);
-        QFETCH(QString, logged);
         fake_perl perl;
         for (int i = 0; i + 1 < rules.size(); i += 2)
             perl.rule(rules[i], "0", rules[i + 1]);
@@ -229,7 +228,7 @@ private slots:
         QCOMPARE(exiftool::read_tags("/p/a.jpg", false, false)["Make"], make);
         QVERIFY2(clock.elapsed() < 10000, qPrintable(QString::number(clock.elapsed())));
         QCOMPARE(exiftool::read_tags("/p/b.jpg", false, false), (exif_tag_map{{"Make", "Canon"}}));
-        QVERIFY2(log.count(logged) == 1, qPrintable(log.lines().join('\n')));
+        QVERIFY2(log.count(fetched<QString>("logged")) == 1, qPrintable(log.lines().join('\n')));
         if (stop || !make.isEmpty()) // a flood may pass the short limit too on a slow build
             QCOMPARE(overdue.size(), 1);
         QTEST(int(perl.starts().size()), "children");
@@ -253,13 +252,12 @@ private slots:
 
     void a_child_dying_in_an_in_place_write()
     {
-        QFETCH(QString, how);
         fake_perl perl;
         // Several tries, as each may fall anywhere in the clock's tick of the file system's times.
         for (int attempt = 0; attempt < 5; ++attempt) {
             const QString path = dir->filePath(QString("p%1.jpg").arg(attempt));
             QVERIFY(write_file(path, "old photo"));
-            perl.rule("dies", QString::number(ondo::next_task_id.load()), how);
+            perl.rule("dies", QString::number(ondo::next_task_id.load()), fetched<QString>("how"));
             QVERIFY(!exiftool::write_tags(path, {{"ExifIFD:DateTimeOriginal", "2020:01:01 00:00:00"}}));
             QTEST(test_support::contents(path), "photo");
             QVERIFY(!QFile::exists(path + "_exiftool_tmp"));
