@@ -23,8 +23,8 @@ void columns(const std::array<const char*, sizeof...(T)>& names)
     (QTest::addColumn<T>(names[i++]), ...);
 }
 
-// A value of the current `_data()` row where it is used, for one that is used once; as QFETCH,
-// a column of another type fails the test.
+// A value of the current `_data()` row where it is used, for one that is used once; as with QFETCH,
+// a missing column or one of another type stops the test program.
 template <typename T>
 T fetched(const char* column)
 {
