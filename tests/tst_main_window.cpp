@@ -272,12 +272,13 @@ private slots:
             dialog->hide();
         }
 
-        window->resize(1200, 1000);
-        QApplication::processEvents();
-        const QSize large = table()->size();
-        window->resize(800, 700);
-        QApplication::processEvents();
-        QCOMPARE(large - table()->size(), QSize(400, 300));
+        auto table_at = [this](int width, int height) {
+            window->resize(width, height);
+            QApplication::processEvents();
+            return table()->size();
+        };
+        const QSize large = table_at(1200, 1000);
+        QCOMPARE(large - table_at(800, 700), QSize(400, 300));
         window->load_files(make_files({"a.jpg|ExifIFD:DateTimeOriginal=#;IPTC:TimeCreated=18:30:05+04:00"}));
         QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_timezone"), "-11.5");
         QCOMPARE(column_texts(1), QStringList("21.06.2017 - 18:30:05  UTC+04:00"));
@@ -812,16 +813,18 @@ private slots:
 
     void lineedit_placeholder()
     {
+        QFETCH(bool, enabled);
+        QFETCH(bool, restyled);
         ondo::lineedit typed;
         typed.setText("0");
         ondo::lineedit empty;
         empty.setPlaceholderText("0");
         for (ondo::lineedit* edit : {&typed, &empty}) {
             edit->resize(60, 22);
-            edit->setEnabled(fetched<bool>("enabled"));
+            edit->setEnabled(enabled);
             edit->show();
             QVERIFY(QTest::qWaitForWindowExposed(edit));
-            if (fetched<bool>("restyled")) {
+            if (restyled) {
                 edit->border = QColor(200, 0, 0);
                 edit->update_style();
             }

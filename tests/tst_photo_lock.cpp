@@ -9,7 +9,7 @@
 
 namespace {
 
-const char* hold_mode = "--hold-locks";
+const char* hold_mode = "--hold-lock";
 
 // The other copy: locks the photo after the folder (both in hex, so that any name travels whole),
 // answers "held" or "refused" and keeps its lock until its input closes.
