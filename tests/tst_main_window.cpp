@@ -19,7 +19,6 @@
 #include <ondo/git_version.h>
 #include <ondo/language.h>
 #include <ondo/message_box.h>
-#include <ondo/misc.h>
 #include <ondo/qt_compat.h>
 #include <ondo/widgets.h>
 
@@ -941,31 +940,6 @@ private slots:
             "Application: Tavimo\nVersion: 2\\.1\\.2\nBuild: [A-Z][a-z]{2} [ 1-3]\\d \\d{4} \\d\\d:\\d\\d:\\d\\d\n\n"
             + QRegularExpression::escape(versions) + "\na:\t\t1\nb:\t\t2\n$");
         QVERIFY2(text.match(seen->text).hasMatch(), qPrintable(seen->text));
-    }
-
-    // The order of names in the table, with a collator that ignores case: numbers by value at any
-    // length, letters by the collator, and what it can't tell apart by UTF-16 value, so that no
-    // two names compare equal.
-    void natural_order_data()
-    {
-        test_support::columns<QString, QString>({"a", "b"});
-        QTest::newRow("photo_2 before photo_10") << "photo_2.jpg" << "photo_10.jpg";
-        QTest::newRow("case aside") << "iptc.jpg" << "Strand 01.jpg";
-        QTest::newRow("Ü beside U, before V") << "Ü.jpg" << "V.jpg";
-        QTest::newRow("21 digits don't wrap") << "x2" << "x100000000000000000001";
-        QTest::newRow("leading zeros by value") << "a002b" << "a10b";
-        QTest::newRow("upper before lower when all else is equal") << "A1.jpg" << "a1.jpg";
-    }
-
-    void natural_order()
-    {
-        QFETCH(QString, a);
-        QFETCH(QString, b);
-        QCollator collator{QLocale(QLocale::English)};
-        collator.setCaseSensitivity(Qt::CaseInsensitive);
-        QVERIFY(ondo::compare_qstring_naturally(a, b, collator) < 0);
-        QVERIFY(ondo::compare_qstring_naturally(b, a, collator) > 0);
-        QCOMPARE(ondo::compare_qstring_naturally(a, a, collator), 0);
     }
 
     void names_data()
