@@ -20,17 +20,11 @@ const QString phone_tags = "ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=#;IFD0
                            "XMP-exif:DateTimeOriginal=#;XMP-xmp:CreateDate=2017:06:21 18:30:05.12+02:00;"
                            "XMP-xmp:MetadataDate=2017:06:23 10:00:00+02:00;GPS:GPSDateStamp=2017:06:21;GPS:GPSTimeStamp=16:30:05";
 
-// The sorted listing but for what moves by itself or is derived; IPTC times keep their zones.
+// The listing but for what is derived; IPTC times keep their zones.
 QStringList own_lines(const QString& path)
 {
-    static const QRegularExpression derived("^-((System|Composite|ExifTool):|(File:CurrentIPTCDigest|Photoshop:IPTCDigest)=|"
-                                            "[^=]*(Offsets?|Start|MediaDataSize)=)");
-    QStringList lines;
-    for (const QString& line : run(TAVIMO_EXIFTOOL_SCRIPT, {"-G1", "-a", "-args", path}).split('\n', Qt::SkipEmptyParts))
-        if (!derived.match(line).hasMatch())
-            lines << line;
-    lines.sort();
-    return lines;
+    return listing(path).filter(QRegularExpression("^-(?!(System|Composite|ExifTool):|(File:CurrentIPTCDigest|Photoshop:IPTCDigest)="
+                                                   "|[^=]*(Offsets|MediaDataSize)=)"));
 }
 
 const QString before_time = "2017:06:21 18:30:05";
@@ -274,13 +268,7 @@ private slots:
         if (name.endsWith(".heic") && QStandardPaths::findExecutable("heif-enc").isEmpty())
             QSKIP("heif-enc (libheif-examples) is not installed");
         const QString path = make_file(dir->path(), name + "|" + tags);
-        // Sorted whole: ExifTool may store a HEIC's image properties in another order.
-        auto sorted_listing = [&path] {
-            QStringList lines = listing(path);
-            lines.sort();
-            return lines;
-        };
-        const QStringList before = sorted_listing();
+        const QStringList before = listing(path);
         QStringList expected = own_lines(path);
         const qint64 made_ns = file_identity::of(path).modified_ns;
 
@@ -321,7 +309,7 @@ private slots:
         }
         expected.sort();
         QCOMPARE(own_lines(path), expected);
-        QVERIFY(sorted_listing() != before);
+        QVERIFY(listing(path) != before);
 
         const QList<QStringList> undone = press(undo_tip);
         QCOMPARE(fixed.size() + undone.size(), 2);
@@ -332,7 +320,7 @@ private slots:
             QCOMPARE(fixed.value(0) + undo_lines, sent_lines.replaceInStrings(QRegularExpression("^"), "-"));
         }
         QVERIFY(!tip_button(undo_tip)->isEnabled());
-        QStringList restored = before, now = sorted_listing();
+        QStringList restored = before, now = listing(path);
         if (asks) {
             restored.replaceInStrings(QRegularExpression("^(-IPTC:TimeCreated=18:30:05|-Composite:DateTime(Created|Original)=.*05)$"), "\\1+02:00");
             for (QStringList* lines : {&restored, &now})

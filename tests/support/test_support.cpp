@@ -252,8 +252,10 @@ QStringList listing(const QString& path)
 {
     static const QRegularExpression kept("^(?!-(System:File(Access|InodeChange)Date|ExifTool:[A-Za-z]+)=|"
                                          "-[^=]*(Offset|Start)=)");
-    return run(TAVIMO_EXIFTOOL_SCRIPT, {"-G1", "-a", "-args", "-sort", "-charset", "filename=utf8", path})
-        .split('\n', Qt::SkipEmptyParts).filter(kept);
+    QStringList lines = run(TAVIMO_EXIFTOOL_SCRIPT, {"-G1", "-a", "-args", "-charset", "filename=utf8", path})
+                            .split('\n', Qt::SkipEmptyParts).filter(kept);
+    lines.sort(); // whole lines: ExifTool may store a HEIC's image properties in another order
+    return lines;
 }
 
 QMap<QString, QJsonObject> listings(const QString& folder)

@@ -64,7 +64,7 @@ bool write_file(const QString& path, const QByteArray& bytes); // false when it 
 // Gives `path` the modification time `ns` since the epoch, to the nanosecond.
 bool set_modified_ns(const QString& path, qint64 ns);
 
-// Every line of `exiftool -G1 -a -args -sort` for `path` but for what moves by itself: access
+// Every line of `exiftool -G1 -a -args` for `path`, sorted, but for what moves by itself: access
 // and inode change times, ExifTool's own lines and the offsets of data blocks.
 QStringList listing(const QString& path);
 
