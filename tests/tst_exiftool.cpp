@@ -99,6 +99,11 @@ private slots:
         QTest::newRow("minus sign as an option dash") << "<" << "\u2212@" << "";
         QTest::newRow("minus sign before if") << ">" << "\u2212if" << "";
         QTest::newRow("tag name with a final line break") << "!" << "/p/a.jpg|Software\n" << "";
+        // ExifTool takes a folder for every file in it.
+        QTest::newRow("a folder, read") << "<" << "/" << "";
+        QTest::newRow("a folder, written") << ">" << "/" << "";
+        QTest::newRow("a link to a folder, read") << "<" << "link" << "";
+        QTest::newRow("a link to a folder, written") << ">" << "link" << "";
     }
 
     void wire_bytes()
@@ -109,7 +114,10 @@ private slots:
         fake_perl perl;
         perl.rule("reply", "*", "-Make=Canon\n");
         log_capture log;
-        const QString file = name.section('|', 0, 0), extra = name.section('|', 1);
+        QString file = name.section('|', 0, 0);
+        const QString extra = name.section('|', 1);
+        if (file == "link")
+            QVERIFY(QFile::link(dir->path(), file = dir->filePath("album link")));
         const bool answered = call == "<" ? !exiftool::read_tags(file, false, false).empty()
             : call == "?"                 ? !exiftool::read_specific_tags(file, {extra, "Model"}).empty()
             : call == "!"                 ? exiftool::write_tags(file, {{extra, "x"}})
@@ -496,17 +504,29 @@ private slots:
         QCOMPARE(column_texts(0) + column_texts(1), one);
         QCOMPARE(ondo::workers.size(), 3);
 
-        // Crafted names and a vanished file between good ones: refused or failed, in row order.
-        const QString crafted = album + "/a\n-if\n1.jpg", gone = album + "/zz gone.jpg";
-        QVERIFY(QFile::copy(paths[0], crafted) && QFile::copy(paths[0], gone));
-        window->load_files({crafted, gone});
+        // Crafted names and a vanished file between good ones, the folder dropped again: refused or
+        // failed, in row order; no name turns into a command.
+        QStringList crafted;
+        for (const QString& name : {"a\n-if\n1.jpg", "\n-if\nsystem('touch X') || 1", "\n-all=\n-overwrite_original",
+                 "\n-w!\n%d%f.%e", "b.jpg\n-stay_open\n0", "c.jpg\r", "zz gone.jpg"}) {
+            crafted << album + "/" + name;
+            QVERIFY(QFile::copy(paths[0], crafted.last()));
+        }
+        const QString gone = crafted.takeLast();
+        QVERIFY(drop_urls(window, {QUrl::fromLocalFile(album)}));
+        QCOMPARE(column_texts().size(), paths.size() + crafted.size() + 1);
         QVERIFY(QFile::remove(paths[4]) && QFile::remove(gone));
+        const QStringList names = QDir(album).entryList(QDir::Files | QDir::Hidden);
         exiftool::verbose(true);
         log_capture log;
         const QString text = click_answering(fix_tip, "Keep changes")->text;
         exiftool::verbose(false);
-        QVERIFY2(text.indexOf(crafted) >= 0 && text.indexOf(crafted) < text.indexOf(paths[4])
+        QVERIFY2(text.indexOf(crafted[0]) >= 0 && text.indexOf(crafted[0]) < text.indexOf(paths[4])
                      && text.indexOf(paths[4]) < text.indexOf(gone), qPrintable(text));
+        for (const QString& path : crafted)
+            QVERIFY2(text.contains(path), qPrintable(path));
+        QCOMPARE(QDir(album).entryList(QDir::Files | QDir::Hidden), names);
+        QVERIFY(!QFile::exists("X") && !QFile::exists(album + "/X"));
         // Each photo left is written once, through its private link beside it (a double write takes
         // another's, whose time below would stay).
         paths.removeAt(4); // vanished

@@ -339,46 +339,6 @@ private slots:
         QCOMPARE(bridge_log.filter("isn't writable"), QStringList());
     }
 
-    // Crafted names and a vanished file beside a good photo, in a folder dropped; then the folder itself.
-    void crafted_names_change_no_command()
-    {
-        QVERIFY(QDir(dir->path()).mkpath("album"));
-        const QDir album(dir->filePath("album"));
-        const QString good = make_file(album.path(), "good.jpg|ExifIFD:DateTimeOriginal=#;IFD0:Make=V");
-        const QStringList crafted = {"\n-if\nsystem('touch X') || 1", "\n-all=\n-overwrite_original", "\n-w!\n%d%f.%e",
-                                     "a.jpg\n-stay_open\n0", "b.jpg\r"};
-        for (const QString& name : crafted + QStringList{"gone.jpg"})
-            QVERIFY(QFile::copy(good, album.filePath(name)));
-
-        window = open_main_window();
-        QVERIFY(drop_urls(window, {QUrl::fromLocalFile(album.path())}));
-        QCOMPARE(rows(), crafted.size() + 2);
-        for (const QString& name : crafted) // refused at load: nothing read of them
-            QVERIFY(exif_cache::instance()->of(album.filePath(name)).tags.empty());
-        QVERIFY(QFile::remove(album.filePath("gone.jpg")));
-        const QStringList names_before = album.entryList(QDir::Files | QDir::Hidden);
-
-        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
-        const auto shown = click_answering(fix_tip, "Keep changes");
-        QCOMPARE(shown->buttons, QStringList({"Keep changes", "Undo Changes"}));
-        QVERIFY(shown->text.startsWith(QString("The following %1 files could not be fixed:").arg(crafted.size() + 1)));
-        for (const QString& name : crafted + QStringList{"gone.jpg"})
-            QVERIFY(shown->text.contains(album.filePath(name)));
-        const exif_tag_map now = read_back(good);
-        QCOMPARE(now.at("ExifIFD:DateTimeOriginal") + " " + now.at("IFD0:Make"), with_times("@") + " V");
-        QCOMPARE(album.entryList(QDir::Files | QDir::Hidden), names_before);
-        QVERIFY(!QFile::exists("X") && !QFile::exists(dir->filePath("X")) && !album.exists("X"));
-
-        // The bridge itself neither reads nor writes a folder, or a link to one.
-        const QStringList listed = listing(good);
-        QVERIFY(QFile::link(album.path(), dir->filePath("album link")));
-        for (const QString& folder : {album.path(), dir->filePath("album link")}) {
-            QVERIFY(ondo::exiftool::read_tags(folder, true, false).empty());
-            QVERIFY(!ondo::exiftool::write_tags(folder, {{"IFD0:Make", "W"}}));
-        }
-        QCOMPARE(listing(good), listed);
-    }
-
     // A good photo beside others: fine, vanished ("gone"), beside a leftover ("left"), in a skipped
     // hour ("gap"). The note tells what each run did until the next action; the log tells it once.
     void a_note_after_every_run_data()
