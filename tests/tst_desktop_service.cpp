@@ -90,7 +90,7 @@ private:
     bool run_copy(QString& out, const QString& close_after_ms, const QStringList& arguments = {})
     {
         QProcess copy;
-        test_support::launch(copy, "tavimo_close_soon", dir->path(), {{"TAVIMO_TEST_CLOSE_AFTER_MS", close_after_ms}}, arguments);
+        test_support::launch(copy, "tavimo_look", dir->path(), {{"TAVIMO_LOOK_QUIT_AFTER_MS", close_after_ms}}, arguments);
         // This test's own loop answers the copy's call, so it must keep running while the copy waits.
         const bool ended = QTest::qWaitFor([&] { return copy.state() == QProcess::NotRunning; }, 30000);
         out = QString::fromUtf8(copy.readAllStandardOutput());

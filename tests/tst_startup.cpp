@@ -158,8 +158,8 @@ private slots:
         row("German", "tavimo", "", {}, "de", 1, "",
             "Tavimo benötigt eine grafische Anzeige: keine gefunden (DISPLAY und WAYLAND_DISPLAY sind nicht gesetzt).\n");
         const char* window = "visible: MainWindow 800x700";
-        row("offscreen named", "tavimo_close_soon", "offscreen", {}, "en", 0, window, "");
-        row("offscreen on the command line", "tavimo_close_soon", "", {"-platform", "offscreen"}, "en", 0, window, "");
+        row("offscreen named", "tavimo_look", "offscreen", {}, "en", 0, window, "");
+        row("offscreen on the command line", "tavimo_look", "", {"-platform", "offscreen"}, "en", 0, window, "");
     }
 
     void without_a_display()
@@ -175,7 +175,7 @@ private slots:
         // Empty counts as unset, for the program and for Qt.
         QProcess started;
         test_support::launch(started, program, dir.path(), {{"DISPLAY", ""}, {"WAYLAND_DISPLAY", ""},
-            {"QT_QPA_PLATFORM", platform}, {"XDG_RUNTIME_DIR", runtime}, {"TAVIMO_TEST_CLOSE_AFTER_MS", "1000"},
+            {"QT_QPA_PLATFORM", platform}, {"XDG_RUNTIME_DIR", runtime}, {"TAVIMO_LOOK_QUIT_AFTER_MS", "1000"},
             no_bus}, fetched<QStringList>("arguments"));
         QVERIFY(started.waitForFinished(30000));
 
@@ -195,7 +195,7 @@ private slots:
         test_support::photos(dir.path(), 1);
         test_support::photos(dir.filePath("album"), 2);
         QProcess program;
-        test_support::launch(program, "tavimo_close_soon", dir.path(), {{"TAVIMO_TEST_CLOSE_AFTER_MS", "5000"}, no_bus},
+        test_support::launch(program, "tavimo_look", dir.path(), {{"TAVIMO_LOOK_QUIT_AFTER_MS", "5000"}, no_bus},
             {"p000.jpg", "album", "nothing here.jpg"});
         QTRY_VERIFY_WITH_TIMEOUT(child_of(program.processId()) != 0, 30000);
         QVERIFY(program.waitForFinished(30000));

@@ -2,8 +2,8 @@
 // it opens TAVIMO_LOOK_FILES, types TAVIMO_LOOK_HOURS and TAVIMO_LOOK_ZONE, presses the button that
 // TAVIMO_LOOK_PRESS names (or with "correct" opens the first row's correct-time dialog), a second
 // one that TAVIMO_LOOK_THEN names a second and a half later, and after
-// TAVIMO_LOOK_QUIT_AFTER_MS refuses the open box and closes the window, so that ExifTool ends
-// with it.
+// TAVIMO_LOOK_QUIT_AFTER_MS reports the visible top-level windows and the rows of their tables,
+// refuses the open box and closes the window, as a user would, so that ExifTool ends with it.
 #include <QAction>
 #include <QApplication>
 #include <QFileOpenEvent>
@@ -14,6 +14,8 @@
 #include <QTableView>
 #include <QTest>
 #include <QTimer>
+
+#include <iostream>
 
 static QPushButton* find_button(const QString& press)
 {
@@ -71,6 +73,14 @@ static void look()
     const int quit_after = qEnvironmentVariableIntValue("TAVIMO_LOOK_QUIT_AFTER_MS");
     if (quit_after > 0)
         QTimer::singleShot(quit_after, qApp, [] {
+            for (QWidget* w : QApplication::topLevelWidgets()) {
+                if (!w->isVisible())
+                    continue;
+                std::cout << "visible: " << w->metaObject()->className() << ' ' << w->width() << 'x' << w->height() << std::endl;
+                for (QTableView* table : w->findChildren<QTableView*>())
+                    for (int row = 0; row < table->model()->rowCount(); ++row)
+                        std::cout << "row: " << table->model()->index(row, 0).data().toString().toStdString() << std::endl;
+            }
             if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
                 box->button(QMessageBox::No) ? box->button(QMessageBox::No)->click() : box->reject();
             else if (auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget()))
