@@ -13,7 +13,6 @@
 
 using test_support::child_of;
 using test_support::fetched;
-using test_support::is_running;
 
 namespace {
 
@@ -38,8 +37,8 @@ void run_again(QProcess& child, const QMap<QString, QString>& vars, const QStrin
 
 // The process before and around its window: the message handler and the language, which a fatal
 // message or the system locale (read once per process) make cases for this program run again as a
-// child; the program's start with and without a display, its command line, its end mid-run, and a
-// session under a Wayland compositor.
+// child; the program's start with and without a display, its command line, and a session under a
+// Wayland compositor.
 class tst_startup : public QObject {
     Q_OBJECT
 
@@ -207,30 +206,6 @@ private slots:
         const QString here = "row: " + QFileInfo(dir.path()).fileName() + "/p000.jpg";
         QCOMPARE(rows, (QStringList{"row: album/p000.jpg", "row: p001.jpg", here}));
         QVERIFY2(out.contains("visible: ondo::message_box"), qPrintable(out));
-    }
-
-    // SIGTERM mid-run: the run writes its last file, and the program stops ExifTool the orderly way.
-    void a_run_ends_before_the_program()
-    {
-        QTemporaryDir dir;
-        const QStringList paths = test_support::photos(dir.path(), 150);
-        test_support::run(TAVIMO_EXIFTOOL_SCRIPT, QStringList{"-q", "-overwrite_original",
-            "-ExifIFD:DateTimeOriginal=2017:06:21 18:30:05"} + paths);
-        QProcess program;
-        test_support::launch(program, "tavimo_look", dir.path(), {{"TAVIMO_LOOK_FILES", paths.join(':')}, {"TAVIMO_LOOK_PRESS", "fix"}});
-        qint64 child = 0;
-        QTRY_VERIFY_WITH_TIMEOUT((child = child_of(program.processId())) != 0, 30000);
-        // The run has begun once a file carries its new time as its modification time.
-        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(paths.first()).lastModified().date().year() == 2017, 60000);
-        ::kill(pid_t(program.processId()), SIGTERM);
-        QVERIFY(program.waitForFinished(60000));
-        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
-        QCOMPARE(program.exitCode(), 0);
-        const QString out = QString::fromUtf8(program.readAllStandardOutput());
-        QVERIFY2(out.contains("Worker shutdown: Ok"), qPrintable(out.right(2000)));
-        QTRY_VERIFY_WITH_TIMEOUT(!is_running(child), 10000);
-        const QString times = test_support::run(TAVIMO_EXIFTOOL_SCRIPT, QStringList{"-s3", "-ExifIFD:DateTimeOriginal"} + paths);
-        QCOMPARE(times.count("2017:06:21 19:30:05"), paths.size());
     }
 
     // Weston's headless backend has no seat: every key comes from the driver. The program loads a photo,
