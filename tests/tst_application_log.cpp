@@ -153,8 +153,7 @@ private slots:
 
     void commands()
     {
-        QFETCH(QString, input);
-        QFETCH(bool, runs);
+        const auto [input, runs] = test_support::fetched<QString, bool>({"input", "runs"});
         QTextEdit* main_page = page("Tavimo");
         const int listings = main_page->toPlainText().count("List of commands:");
         filter()->setText(input);
@@ -208,8 +207,7 @@ private slots:
 
     void masked_addresses()
     {
-        QFETCH(QString, address);
-        QFETCH(bool, hardware);
+        const auto [address, hardware] = test_support::fetched<QString, bool>({"address", "hardware"});
         QTEST(hardware ? ondo::masked_hardware_address(address) : ondo::masked_ip_address(QHostAddress(address)), "masked");
     }
 

@@ -1,11 +1,7 @@
 #include "desktop_service.h"
-#include "mainwindow.h"
 
 #include "processes.h"
-#include "test_support.h"
 #include "window_test.h"
-
-#include <ondo/application.h>
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -98,12 +94,6 @@ private:
     }
 };
 
-int main(int argc, char** argv)
-{
-    test_support::use_private_settings();
-    ondo::application<MainWindow> app(argc, argv);
-    tst_desktop_service test;
-    return QTest::qExec(&test, argc, argv);
-}
+TAVIMO_WINDOW_TEST_MAIN(tst_desktop_service)
 
 #include "tst_desktop_service.moc"

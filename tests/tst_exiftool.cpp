@@ -5,9 +5,7 @@
 #include "table_data_model.h"
 #include "window_test.h"
 
-#include <ondo/application.h>
 #include <ondo/exif_response.h>
-#include <ondo/exiftool.h>
 #include <ondo/exiftool_worker.h>
 #include <ondo/sanitizer.h>
 
@@ -108,9 +106,7 @@ private slots:
 
     void wire_bytes()
     {
-        QFETCH(QString, call);
-        QFETCH(QString, name);
-        QFETCH(QString, wire);
+        const auto [call, name, wire] = fetched<QString, QString, QString>({"call", "name", "wire"});
         fake_perl perl;
         perl.rule("reply", "*", "-Make=Canon\n");
         log_capture log;
@@ -169,15 +165,13 @@ private slots:
 
     void framing()
     {
-        QFETCH(int, first_id);
-        QFETCH(QStringList, replies);
-        QFETCH(QList<QByteArray>, results);
+        const auto [first_id, replies, results] =
+            fetched<int, QStringList, QList<QByteArray>>({"first_id", "replies", "results"});
         fake_perl perl;
         for (int i = 0; i < replies.size(); ++i)
             perl.rule("plain", QString::number(first_id + i), replies[i]);
         exiftool::start();
-        exiftool::verbose(true);
-        log_capture log;
+        log_capture log(true);
         ondo::next_task_id = first_id;
 
         QList<exif_response*> responses;
@@ -191,7 +185,6 @@ private slots:
             QCOMPARE(responses[i]->get_data(), results[i]);
             delete responses[i];
         }
-        exiftool::verbose(false);
         // Two tasks go out at once; a third only once the first one's marker has been consumed.
         QCOMPARE(writes_when_first_ready.load(), qMin(int(replies.size()), 2));
         QCOMPARE(perl.input().count("-execute"), replies.size());
@@ -218,9 +211,7 @@ private slots:
 
     void child_faults()
     {
-        QFETCH(QStringList, rules);
-        QFETCH(bool, stop);
-        QFETCH(QString, make);
+        const auto [rules, stop, make] = fetched<QStringList, bool, QString>({"rules", "stop", "make"});
         fake_perl perl;
         for (int i = 0; i + 1 < rules.size(); i += 2)
             perl.rule(rules[i], "0", rules[i + 1]);
@@ -286,8 +277,7 @@ private slots:
 
     void joined_reads()
     {
-        QFETCH(QStringList, rules);
-        QFETCH(QString, action);
+        const auto [rules, action] = fetched<QStringList, QString>({"rules", "action"});
         fake_perl perl;
         perl.rule("delay", "0", "300");
         for (int i = 0; i + 1 < rules.size(); i += 2)
@@ -333,10 +323,8 @@ private slots:
 
     void bound_write()
     {
-        QFETCH(QString, description);
-        QFETCH(QString, expects);
-        QFETCH(QString, meanwhile);
-        QFETCH(bool, written);
+        const auto [description, expects, meanwhile, written] =
+            fetched<QString, QString, QString, bool>({"description", "expects", "meanwhile", "written"});
         exif_tag_map held = {{"IFD0:Make", "Canon"}, {"IFD0:Model", "EOS"}};
         if (!description.isEmpty())
             held["IFD0:ImageDescription"] = description;
@@ -398,8 +386,7 @@ private slots:
         for (const QString& path : paths)
             alone.push_back(tags_of(exiftool::read_tags(path, true, false)));
 
-        exiftool::verbose(true);
-        log_capture log;
+        log_capture log(true);
         // Held while the reads are queued, so that all but the first two wait.
         const qint64 child = child_of(QCoreApplication::applicationPid());
         QVERIFY(child > 0);
@@ -410,7 +397,6 @@ private slots:
         ::kill(pid_t(child), SIGCONT);
         for (size_t i = 0; i < reads.size(); ++i)
             QCOMPARE(tags_of(exiftool::read_result(reads[i])), alone[i]);
-        exiftool::verbose(false);
         QVERIFY(alone[2].empty() && alone[0].at("IFD0:Make") == "Canon" && alone[3].at("XMP-dc:Title") == "{ready3}"
                 && alone[1].at("IFD0:Model") == "EOS" && alone[4].at("IFD0:Artist") == "a");
         const QStringList joined = log.lines().filter("Writing '").filter(paths[2]);
@@ -431,8 +417,7 @@ private slots:
 
     void a_faulty_child_fails_only_its_file()
     {
-        QFETCH(QString, run);
-        QFETCH(QString, fault);
+        const auto [run, fault] = fetched<QString, QString>({"run", "fault"});
         const QStringList paths = photos(dir->path(), 3);
         fake_perl perl;
         perl.rule("reply", "*", "-ExifIFD:DateTimeOriginal=" + before + "\n    1 image files updated\n");
@@ -517,10 +502,8 @@ private slots:
         QCOMPARE(column_texts().size(), paths.size() + crafted.size() + 1);
         QVERIFY(QFile::remove(paths[4]) && QFile::remove(gone));
         const QStringList names = QDir(album).entryList(QDir::Files | QDir::Hidden);
-        exiftool::verbose(true);
-        log_capture log;
+        log_capture log(true);
         const QString text = click_answering(fix_tip, "Keep changes")->text;
-        exiftool::verbose(false);
         QVERIFY2(text.indexOf(crafted[0]) >= 0 && text.indexOf(crafted[0]) < text.indexOf(paths[4])
                      && text.indexOf(paths[4]) < text.indexOf(gone), qPrintable(text));
         for (const QString& path : crafted)
@@ -619,12 +602,6 @@ private:
     QStringList sound;
 };
 
-int main(int argc, char** argv)
-{
-    use_private_settings();
-    ondo::application<MainWindow> app(argc, argv);
-    tst_exiftool test;
-    return QTest::qExec(&test, argc, argv);
-}
+TAVIMO_WINDOW_TEST_MAIN(tst_exiftool)
 
 #include "tst_exiftool.moc"

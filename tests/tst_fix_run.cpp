@@ -5,8 +5,6 @@
 #include "processes.h"
 #include "window_test.h"
 
-#include <ondo/application.h>
-
 #include <sys/stat.h>
 
 using namespace test_support;
@@ -101,8 +99,7 @@ private slots:
 
     void moves_every_tag_from_its_own_value()
     {
-        QFETCH(offset, change);
-        QFETCH(QString, zone);
+        const auto [change, zone] = fetched<offset, QString>({"change", "zone"});
         const exif_tag_map map = tag_map(fetched<QString>("tags"));
         const recording_tags::shift shift{change.value(0), change.value(1), change.value(2), change.value(3),
                                           change.value(4), change.value(5), !zone.isEmpty(), zone.toDouble()};
@@ -160,9 +157,7 @@ private slots:
 
     void questions_before_the_run()
     {
-        QFETCH(QString, zone);
-        QFETCH(QString, answer);
-        QFETCH(QString, question);
+        const auto [zone, answer, question] = fetched<QString, QString, QString>({"zone", "answer", "question"});
         const QStringList paths = make_files(fetched<QStringList>("files"));
         open_with(paths, zone, "lineedit_second", "-1");
         // Armed even when no question is expected, to catch one that comes.
@@ -261,10 +256,8 @@ private slots:
 
     void a_fix_moves_its_tags_and_the_undo_gives_all_back()
     {
-        QFETCH(QString, name);
-        QFETCH(QString, tags);
-        QFETCH(QString, zone);
-        QFETCH(QString, sent);
+        const auto [name, tags, zone, sent] =
+            fetched<QString, QString, QString, QString>({"name", "tags", "zone", "sent"});
         if (name.endsWith(".heic") && QStandardPaths::findExecutable("heif-enc").isEmpty())
             QSKIP("heif-enc (libheif-examples) is not installed");
         const QString path = make_file(dir->path(), name + "|" + tags);
@@ -360,9 +353,8 @@ private slots:
 
     void a_note_after_every_run()
     {
-        QFETCH(QStringList, others);
-        QFETCH(QString, answer);
-        QFETCH(QString, after_fix);
+        const auto [others, answer, after_fix] =
+            fetched<QStringList, QString, QString>({"others", "answer", "after_fix"});
         log_capture captured;
         const installed_language english("en");
         QStringList paths{make_file(dir->path(), "a.jpg|ExifIFD:DateTimeOriginal=#")};
@@ -507,10 +499,8 @@ private slots:
 
     void an_unfinished_run_is_offered()
     {
-        QFETCH(int, photos);
-        QFETCH(int, written);
-        QFETCH(int, confirmed);
-        QFETCH(QString, answer);
+        const auto [photos, written, confirmed, answer] =
+            fetched<int, int, int, QString>({"photos", "written", "confirmed", "answer"});
         QFETCH(QString, trouble);
         const QStringList paths = make_photos(photos, written < 0 ? "" : ";IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05+02:00");
         const auto before = listings(dir->path());
@@ -718,9 +708,7 @@ private slots:
 
     void the_undo_gives_back_the_fraction()
     {
-        QFETCH(QString, entry);
-        QFETCH(qint64, present);
-        QFETCH(qint64, loaded);
+        const auto [entry, present, loaded] = fetched<QString, qint64, qint64>({"entry", "present", "loaded"});
         QString path = dir->filePath(entry);
         if (entry == "photo")
             path = make_photos(1).value(0);
@@ -745,10 +733,8 @@ private:
     // Presses `tool_tip` and returns the tag lines of every write it sent, one list per file.
     QList<QStringList> press(const QString& tool_tip)
     {
-        ondo::exiftool::verbose(true);
-        log_capture log;
+        log_capture log(true);
         tip_button(tool_tip)->click();
-        ondo::exiftool::verbose(false);
         bridge_log << log.lines();
 
         QList<QStringList> writes;
@@ -778,12 +764,6 @@ private:
     }
 };
 
-int main(int argc, char** argv)
-{
-    return main_with_crashing_child(argc, argv, [&] {
-        tst_fix_run test;
-        return QTest::qExec(&test, argc, argv);
-    });
-}
+TAVIMO_WINDOW_TEST_MAIN(tst_fix_run)
 
 #include "tst_fix_run.moc"

@@ -6,8 +6,6 @@
 #include "processes.h"
 #include "window_test.h"
 
-#include <ondo/application.h>
-
 #include <cerrno>
 #include <sys/mount.h>
 
@@ -104,8 +102,7 @@ private slots:
     void something_gets_in_the_way()
     {
         QFETCH(QString, what);
-        QFETCH(QString, when);
-        QFETCH(QString, answer);
+        const auto [when, answer] = fetched<QString, QString>({"when", "answer"});
         const QStringList paths = make_files({"a.jpg|ExifIFD:DateTimeOriginal=#", "b.jpg|ExifIFD:DateTimeOriginal=#",
                                               "c.jpg|ExifIFD:DateTimeOriginal=#"});
         const QString middle = paths[1];
@@ -224,8 +221,7 @@ private slots:
     void a_card()
     {
         QFETCH(QString, mount);
-        QFETCH(int, room);
-        QFETCH(QString, outcome);
+        const auto [room, outcome] = fetched<int, QString>({"room", "outcome"});
         const QString card = dir->filePath("card"), image = dir->filePath("card.img");
         const QByteArray card_name = QFile::encodeName(card);
         QVERIFY(QDir(dir->path()).mkpath("card"));
@@ -327,8 +323,7 @@ private slots:
 
     void which_files_belong_together()
     {
-        QFETCH(QString, file);
-        QFETCH(QString, sidecars);
+        const auto [file, sidecars] = fetched<QString, QString>({"file", "sidecars"});
         for (const QString& path : in_dir(fetched<QString>("folder")))
             QVERIFY(QFile(path).open(QIODevice::WriteOnly));
         photo_family family;
@@ -437,10 +432,8 @@ private slots:
     // condition the photo is written and the row stays marked.
     void a_sidecar()
     {
-        QFETCH(QString, photo);
-        QFETCH(QString, sidecar);
-        QFETCH(QString, later);
-        QFETCH(QString, answer);
+        const auto [photo, sidecar, later, answer] =
+            fetched<QString, QString, QString, QString>({"photo", "sidecar", "later", "answer"});
         const QString nef = "a.nef|IFD0:Make=NIKON CORPORATION;ExifIFD:DateTimeOriginal=#";
         const QStringList paths = make_files({nef + photo, "a.nef.xmp|" + sidecar});
         QCOMPARE(paths.size(), 2);
@@ -491,6 +484,7 @@ private slots:
     }
 
 private:
+    const installed_language english{"en"}; // for the singular forms the user reads
     // The paths of `names`, apart by spaces, in the test's folder.
     QStringList in_dir(const QString& names) const
     {
@@ -524,14 +518,6 @@ private:
     }
 };
 
-int main(int argc, char** argv)
-{
-    return main_with_crashing_child(argc, argv, [&] {
-        // The English catalogue, for the singular forms the user reads.
-        const installed_language english("en");
-        tst_fix_safety test;
-        return QTest::qExec(&test, argc, argv);
-    });
-}
+TAVIMO_WINDOW_TEST_MAIN(tst_fix_safety)
 
 #include "tst_fix_safety.moc"

@@ -3,17 +3,14 @@
 #include "camera_timeline.h"
 #include "cameras_panel.h"
 #include "datetime_format.h"
-#include "dialog_settings.h"
-#include "mainwindow.h"
 #include "run_pace.h"
 #include "table_data_model.h"
 #include "time_adjustment.h"
 #include "time_offsets.h"
 
-#include "test_support.h"
+#include "processes.h"
 #include "window_test.h"
 
-#include <ondo/application.h>
 #include <ondo/application_information_box.h>
 #include <ondo/button_dark.h>
 #include <ondo/git_version.h>
@@ -413,10 +410,8 @@ private slots:
 
     void typing_reports_the_whole_offset()
     {
-        QFETCH(QString, field);
-        QFETCH(QString, shown);
-        QFETCH(offset, expected);
-        QFETCH(bool, refused);
+        const auto [field, shown, expected, refused] =
+            fetched<QString, QString, offset, bool>({"field", "shown", "expected", "refused"});
         const auto restore = qScopeGuard([before = QLocale()] { QLocale::setDefault(before); });
         QLocale::setDefault(QLocale(fetched<QString>("locale"))); // before the validators take their locale
         time_adjustment panel;
@@ -477,10 +472,8 @@ private slots:
 
     void date_format()
     {
-        QFETCH(QString, stored);
-        QFETCH(QString, radio);
-        QFETCH(QString, click);
-        QFETCH(QString, reported);
+        const auto [stored, radio, click, reported] =
+            fetched<QString, QString, QString, QString>({"stored", "radio", "click", "reported"});
         const auto restore = qScopeGuard([before = QLocale()] { QLocale::setDefault(before); });
         QLocale::setDefault(QLocale(fetched<QString>("locale")));
         if (!stored.isEmpty())
@@ -575,8 +568,7 @@ private slots:
 
     void counted_texts()
     {
-        QFETCH(QString, source);
-        QFETCH(QStringList, expected);
+        const auto [source, expected] = fetched<QString, QStringList>({"source", "expected"});
         const test_support::installed_language catalogues(fetched<QString>("lang"));
         const QByteArray context = fetched<QString>("context").toLatin1();
         const bool counted = source.contains("%n");
@@ -620,8 +612,7 @@ private slots:
 
     void language_dialog()
     {
-        QFETCH(QString, stored);
-        QFETCH(QString, expected);
+        const auto [stored, expected] = fetched<QString, QString>({"stored", "expected"});
         if (!stored.isEmpty())
             QSettings().setValue("lang", stored);
         window = test_support::open_main_window();
@@ -671,9 +662,8 @@ private slots:
 
     void the_window_speaks_the_language()
     {
-        QFETCH(QString, lang);
+        const auto [lang, help] = fetched<QString, QStringList>({"lang", "help"});
         QFETCH(QStringList, dialog);
-        QFETCH(QStringList, help);
         QSettings().setValue("lang", lang);
         const test_support::installed_language catalogues(ondo::get_language_suffix("lang"));
         QVERIFY(QDir(dir->path()).mkpath("shots"));
@@ -812,8 +802,7 @@ private slots:
 
     void lineedit_placeholder()
     {
-        QFETCH(bool, enabled);
-        QFETCH(bool, restyled);
+        const auto [enabled, restyled] = fetched<bool, bool>({"enabled", "restyled"});
         ondo::lineedit typed;
         typed.setText("0");
         ondo::lineedit empty;
@@ -874,8 +863,7 @@ private slots:
 
     void message_box()
     {
-        QFETCH(QMessageBox::StandardButtons, buttons);
-        QFETCH(int, result);
+        const auto [buttons, result] = fetched<QMessageBox::StandardButtons, int>({"buttons", "result"});
         auto seen = answer_next_box(fetched<QString>("answer"));
         const auto default_button = QMessageBox::StandardButton(fetched<int>("default_button"));
         const int got = buttons ? ondo::message_box::warning(nullptr, "Title", "Text", buttons, default_button)
@@ -1065,9 +1053,7 @@ private slots:
 
     void panel_corrections()
     {
-        QFETCH(parts, entered);
-        QFETCH(qint64, seconds);
-        QFETCH(QString, shown);
+        const auto [entered, seconds, shown] = fetched<parts, qint64, QString>({"entered", "seconds", "shown"});
         time_offsets offsets;
         cameras_panel panel(&offsets);
         panel.set_cameras(summaries(2));
@@ -1098,8 +1084,7 @@ private slots:
 
     void timeline_marks_follow_the_shift()
     {
-        QFETCH(int, cameras);
-        QFETCH(qint64, shift);
+        const auto [cameras, shift] = fetched<int, qint64>({"cameras", "shift"});
         QVector<timeline_lane> lanes{lane("A", {0, 10}), lane("B", {3})};
         for (int i = 2; i < cameras; ++i)
             lanes << lane(QStringLiteral("Camera %1").arg(i), {double(i), i + 2.5, 9});
@@ -1277,15 +1262,6 @@ private:
     url_catcher catcher;
 };
 
-int main(int argc, char** argv)
-{
-    // Before anything reads the local clock.
-    qputenv("TZ", "Europe/Berlin");
-    test_support::use_private_settings();
-    ondo::application<MainWindow> app(argc, argv);
-    QCoreApplication::setApplicationVersion("2.1.2");
-    tst_main_window test;
-    return QTest::qExec(&test, argc, argv);
-}
+TAVIMO_WINDOW_TEST_MAIN(tst_main_window)
 
 #include "tst_main_window.moc"

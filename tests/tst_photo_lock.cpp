@@ -66,9 +66,8 @@ private slots:
 
     void a_second_copy_waits_its_turn()
     {
-        QFETCH(QString, name);
-        QFETCH(QString, asked);
-        QFETCH(QString, answer);
+        const auto [name, asked, answer] =
+            test_support::fetched<QString, QString, QString>({"name", "asked", "answer"});
         const QString photo = dir->filePath("photos/" + name), other = asked.isEmpty() ? photo : dir->filePath(asked);
         QVERIFY(test_support::write_file(photo, "photo"));
         QVERIFY(QFile::link(photo, dir->filePath("link.jpg")) && QFile::copy(photo, dir->filePath("q.jpg")));

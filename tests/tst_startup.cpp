@@ -1,5 +1,4 @@
 #include "processes.h"
-#include "test_support.h"
 
 #include <ondo/language.h>
 #include <ondo/message_handler.h>
@@ -57,8 +56,7 @@ private slots:
     // Warnings go to cout, criticals to cerr, each with its time stamp and without its context.
     void lines()
     {
-        QFETCH(QString, message);
-        QFETCH(bool, printed);
+        const auto [message, printed] = fetched<QString, bool>({"message", "printed"});
         ondo::install_qt_message_handler(true, false);
         std::stringstream out, err;
         std::streambuf* old_out = std::cout.rdbuf(out.rdbuf());
@@ -87,9 +85,7 @@ private slots:
 
     void fatal_prints_and_aborts()
     {
-        QFETCH(QString, child);
-        QFETCH(QString, platform);
-        QFETCH(QString, line);
+        const auto [child, platform, line] = fetched<QString, QString, QString>({"child", "platform", "line"});
         QProcess started;
         run_again(started, {{"QT_QPA_PLATFORM", platform}, {"TST_FATAL_CHILD", child}}, {"DISPLAY", "WAYLAND_DISPLAY"});
         QCOMPARE(started.exitStatus(), QProcess::CrashExit);
@@ -116,8 +112,7 @@ private slots:
 
     void language_suffix()
     {
-        QFETCH(QString, system_locale);
-        QFETCH(QString, stored);
+        const auto [system_locale, stored] = fetched<QString, QString>({"system_locale", "stored"});
         QTemporaryDir config;
         const QString store = config.filePath("Velmora/Tavimo.conf");
         if (!stored.isEmpty())
@@ -163,9 +158,7 @@ private slots:
 
     void without_a_display()
     {
-        QFETCH(QString, program);
-        QFETCH(QString, platform);
-        QFETCH(QString, lang);
+        const auto [program, platform, lang] = fetched<QString, QString, QString>({"program", "platform", "lang"});
         test_support::fake_perl perl;
         QTemporaryDir dir;
         QSettings(dir.filePath("home/.config/Velmora/Tavimo.conf"), QSettings::IniFormat).setValue("lang", lang);

@@ -4,11 +4,9 @@
 #include <recording_tags.h>
 #include <table_data_model.h>
 
-#include <ondo/application.h>
 #include <ondo/misc.h>
 #include <ondo/packed_tags.h>
 
-#include <ctime>
 #include <malloc.h>
 #include <unistd.h>
 
@@ -134,13 +132,9 @@ private slots:
 
     void shown_times()
     {
-        QFETCH(QString, file);
-        QFETCH(QString, tags);
-        QFETCH(QString, zone);
-        QFETCH(offset, change);
-        QFETCH(QString, recording);
-        QFETCH(QString, new_time);
-        QFETCH(QString, iptc_zone);
+        auto [file, tags, zone, change, recording, new_time, iptc_zone] =
+            fetched<QString, QString, QString, offset, QString, QString, QString>(
+                {"file", "tags", "zone", "change", "recording", "new_time", "iptc_zone"});
         table_data_model model;
         model.datetime_format_changed("yyyy-MM-dd HH:mm:ss");
         QAbstractItemModelTester tester(&model);
@@ -183,9 +177,8 @@ private slots:
 
     void sort()
     {
-        QFETCH(int, column);
+        const auto [column, expected] = fetched<int, QString>({"column", "expected"});
         const Qt::SortOrder order = column == 1 ? Qt::DescendingOrder : Qt::AscendingOrder;
-        QFETCH(QString, expected);
         table_data_model model;
         // Around the spring change: 01:45 CET and 03:10 CEST are 25 minutes apart.
         load_by_hand(model, "/p/2/b.jpg", {{"ExifIFD:DateTimeOriginal", "2017:03:26 03:10:00"}});
@@ -363,8 +356,7 @@ private slots:
                 progress = dialog;
         QVERIFY(progress);
 
-        ondo::exiftool::verbose(true);
-        const log_capture log;
+        const log_capture log(true);
         int rows_at_stop = -1, sent_at_stop = -1;
         QTimer stopper;
         connect(&stopper, &QTimer::timeout, &stopper, [&] {
@@ -397,7 +389,6 @@ private slots:
         QCOMPARE(rows_cached_hour_progress, (QVariantList{rows, QString(), false}));
         QCOMPARE(files_sent(log, dir->path()), sent);
         QCOMPARE(log.count(QString("Load ended: %1 rows added, stopped, in ").arg(rows)), 1);
-        ondo::exiftool::verbose(false);
         ondo::exiftool::shutdown(false);
         QTRY_COMPARE(child_of(QCoreApplication::applicationPid()), qint64(0));
 
@@ -414,14 +405,6 @@ private slots:
     }
 };
 
-int main(int argc, char** argv)
-{
-    qputenv("TZ", "Europe/Berlin");
-    tzset();
-    use_private_settings();
-    ondo::application<MainWindow> app(argc, argv);
-    tst_table_data_model test;
-    return QTest::qExec(&test, argc, argv);
-}
+TAVIMO_WINDOW_TEST_MAIN(tst_table_data_model)
 
 #include "tst_table_data_model.moc"

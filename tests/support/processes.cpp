@@ -182,6 +182,7 @@ int main_with_crashing_child(int argc, char** argv, const std::function<int()>& 
     static QTemporaryDir state;
     qputenv("XDG_DATA_HOME", state.path().toLocal8Bit());
     ondo::application<MainWindow> app(argc, argv);
+    QCoreApplication::setApplicationVersion("2.1.2"); // as the program's main sets it
     return run();
 }
 

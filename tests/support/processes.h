@@ -53,9 +53,19 @@ bool is_running(qint64 pid);
 // This test program started again loads every file of `folder`, fixes them by an hour and dies once
 // the fix bar reaches `files` (0: every row). True when it did, and all it started is gone.
 bool crash_a_fix_run(const QString& folder, int files = 0);
-// The main() of a test program that crashes a copy of itself: Berlin's clock, private settings and
-// a state folder shared with that copy; `run` then runs the tests in the program's application.
-// In the copy, the crash is all there is to do.
+// The main() of a test program of the window, which may crash a copy of itself: Berlin's clock,
+// private settings, a state folder shared with that copy and the program's version; `run` then
+// runs the tests in the program's application. In the copy, the crash is all there is to do.
 int main_with_crashing_child(int argc, char** argv, const std::function<int()>& run);
+
+// As QTEST_MAIN, through main_with_crashing_child.
+#define TAVIMO_WINDOW_TEST_MAIN(TestObject)                                                                \
+    int main(int argc, char** argv)                                                                        \
+    {                                                                                                      \
+        return test_support::main_with_crashing_child(argc, argv, [&] {                                    \
+            TestObject test;                                                                               \
+            return QTest::qExec(&test, argc, argv);                                                        \
+        });                                                                                                \
+    }
 
 } // namespace test_support

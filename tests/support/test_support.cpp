@@ -431,8 +431,10 @@ installed_language::~installed_language()
         QCoreApplication::removeTranslator(translator);
 }
 
-log_capture::log_capture()
+log_capture::log_capture(bool verbose) : verbose(verbose)
 {
+    if (verbose)
+        ondo::exiftool::verbose(true);
     QLoggingCategory::setFilterRules("exiftool.debug=true");
     std::lock_guard<std::mutex> lock(capture_mutex);
     // A capture inside another (a helper's inside a test's) adds to what the outer one holds.
@@ -444,6 +446,8 @@ log_capture::log_capture()
 
 log_capture::~log_capture()
 {
+    if (verbose)
+        ondo::exiftool::verbose(false);
     std::lock_guard<std::mutex> lock(capture_mutex);
     if (--capture_depth > 0)
         return;

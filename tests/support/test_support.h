@@ -7,6 +7,7 @@
 
 #include <array>
 #include <functional>
+#include <tuple>
 
 class MainWindow;
 
@@ -29,6 +30,14 @@ template <typename T>
 T fetched(const char* column)
 {
     return *static_cast<T*>(QTest::qData(column, qMetaTypeId<T>()));
+}
+
+// Several values of the current row at once: const auto [name, count] = fetched<QString, int>({"name", "count"}).
+template <typename... T, typename = std::enable_if_t<(sizeof...(T) > 1)>>
+std::tuple<T...> fetched(const std::array<const char*, sizeof...(T)>& columns)
+{
+    int i = 0;
+    return {fetched<T>(columns[i++])...}; // a braced list is evaluated in order
 }
 
 // Standard output of `program` run to its end.
@@ -109,13 +118,17 @@ private:
     QList<QTranslator*> translators;
 };
 
-// Collects the messages of the category "exiftool" while it lives.
+// Collects the messages of the category "exiftool" while it lives; with `verbose` the bridge logs
+// every command it writes to a child, too.
 class log_capture {
 public:
-    log_capture();
+    explicit log_capture(bool verbose = false);
     ~log_capture();
     QStringList lines() const;
     int count(const QString& part) const { return lines().filter(part).size(); }
+
+private:
+    const bool verbose;
 };
 
 } // namespace test_support
