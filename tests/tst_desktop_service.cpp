@@ -64,7 +64,7 @@ private slots:
         bus.unregisterObject(desktop_service::object_path(desktop_service::application_id()));
         qDeleteAll(qApp->findChildren<desktop_service*>());
         delete window;
-        test_support::forget_files();
+        exif_cache::instance()->clear();
     }
 
 private:

@@ -2,7 +2,6 @@
 // the real ExifTool, then what a dying, stalling or killed child does to a run in the window.
 #include "file_identity.h"
 #include "processes.h"
-#include "table_data_model.h"
 #include "window_test.h"
 
 #include <ondo/exif_response.h>
@@ -47,7 +46,7 @@ private slots:
     void cleanup()
     {
         delete window;
-        forget_files();
+        exif_cache::instance()->clear();
         exiftool::shutdown(true);
         exiftool::set_pool_size(1);
         ondo::next_task_id = 0;

@@ -1,6 +1,5 @@
 #include "camera.h"
 #include "file_identity.h"
-#include "table_data_model.h"
 
 #include "processes.h"
 #include "window_test.h"

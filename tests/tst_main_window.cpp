@@ -4,7 +4,6 @@
 #include "cameras_panel.h"
 #include "datetime_format.h"
 #include "run_pace.h"
-#include "table_data_model.h"
 #include "time_adjustment.h"
 #include "time_offsets.h"
 

@@ -2,7 +2,6 @@
 #include "window_test.h"
 
 #include <recording_tags.h>
-#include <table_data_model.h>
 
 #include <ondo/misc.h>
 #include <ondo/packed_tags.h>

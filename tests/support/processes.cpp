@@ -27,6 +27,20 @@ int crashed_processes()
     return count;
 }
 
+// Gives every default QSettings a store of its own and turns the bridge's debug lines off.
+void use_private_settings()
+{
+    static QTemporaryDir home;
+    QDir(home.path()).mkpath(".config");
+    qputenv("HOME", home.path().toLocal8Bit());
+    qputenv("XDG_CONFIG_HOME", (home.path() + "/.config").toLocal8Bit());
+    QCoreApplication::setOrganizationName("Velmora");
+    QCoreApplication::setApplicationName("Tavimo");
+    // ExifTool's warnings come as debug lines from the worker thread, at any moment; QtTest's
+    // own handler isn't safe against that, so they stay off unless a log_capture wants them.
+    QLoggingCategory::setFilterRules("exiftool.debug=false");
+}
+
 } // namespace
 
 fake_perl::fake_perl() : old_path(qgetenv("PATH"))

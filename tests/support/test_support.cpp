@@ -286,19 +286,6 @@ void tag_files(const QList<QPair<QString, exif_tag_map>>& files)
         qFatal("exiftool could not tag every file: %s", qPrintable(out));
 }
 
-void use_private_settings()
-{
-    static QTemporaryDir home;
-    QDir(home.path()).mkpath(".config");
-    qputenv("HOME", home.path().toLocal8Bit());
-    qputenv("XDG_CONFIG_HOME", (home.path() + "/.config").toLocal8Bit());
-    QCoreApplication::setOrganizationName("Velmora");
-    QCoreApplication::setApplicationName("Tavimo");
-    // ExifTool's warnings come as debug lines from the worker thread, at any moment; QtTest's
-    // own handler isn't safe against that, so they stay off unless a log_capture wants them.
-    QLoggingCategory::setFilterRules("exiftool.debug=false");
-}
-
 MainWindow* open_main_window()
 {
     auto* window = new MainWindow();
@@ -328,11 +315,6 @@ QPushButton* button(QWidget* window, const QString& tool_tip)
         if (candidate->toolTip() == tool_tip)
             return candidate;
     return nullptr;
-}
-
-void forget_files()
-{
-    exif_cache::instance()->clear();
 }
 
 namespace {

@@ -85,14 +85,10 @@ QMap<QString, QJsonObject> listings(const QString& folder);
 // file; fatal when a file is not updated.
 void tag_files(const QList<QPair<QString, exif_tag_map>>& files);
 
-// Gives every default QSettings a store of its own and turns the bridge's debug lines off.
-void use_private_settings();
-
 MainWindow* open_main_window();
 // Drags `urls` onto the window's drop area and drops them; true when the drop was taken.
 bool drop_urls(QWidget* window, const QList<QUrl>& urls);
 QPushButton* button(QWidget* window, const QString& tool_tip);
-void forget_files();
 
 struct seen_box {
     bool answered = false;

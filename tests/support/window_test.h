@@ -3,6 +3,7 @@
 #include "test_support.h"
 
 #include <mainwindow.h>
+#include <table_data_model.h>
 #include <undo_journal.h>
 #include <ondo/exiftool.h>
 
@@ -25,7 +26,7 @@ private slots:
     void cleanup()
     {
         delete window;
-        forget_files();
+        exif_cache::instance()->clear();
     }
     void cleanupTestCase() { ondo::exiftool::shutdown(false); }
 
