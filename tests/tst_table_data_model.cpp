@@ -2,6 +2,7 @@
 #include "window_test.h"
 
 #include <recording_tags.h>
+#include <table_data_model.h>
 
 #include <ondo/misc.h>
 #include <ondo/packed_tags.h>
