@@ -20,8 +20,8 @@ const QString phone_tags = "ExifIFD:DateTimeOriginal=#;ExifIFD:CreateDate=#;IFD0
 // The listing but for what is derived; IPTC times keep their zones.
 QStringList own_lines(const QString& path)
 {
-    return listing(path).filter(QRegularExpression("^-(?!(System|Composite|ExifTool):|(File:CurrentIPTCDigest|Photoshop:IPTCDigest)="
-                                                   "|[^=]*(Offsets|MediaDataSize)=)"));
+    return listing(path).filter(QRegularExpression(
+        "^-(?!(System|Composite|ExifTool):|(File:CurrentIPTCDigest|Photoshop:IPTCDigest)=|[^=]*(Offsets|MediaDataSize)=)"));
 }
 
 const QString before_time = "2017:06:21 18:30:05";
@@ -391,7 +391,8 @@ private slots:
             // Its row keeps its time, marked, and says why; a written row is not marked.
             const QAbstractItemModel* model = table()->model();
             const QModelIndex failed = model->index(column_texts().indexOf("left.jpg"), 0);
-            QVERIFY(failed.data(Qt::ForegroundRole).isValid() && failed.data(Qt::ToolTipRole).toString().contains("\nNot changed: "));
+            QVERIFY(failed.data(Qt::ForegroundRole).isValid());
+            QVERIFY(failed.data(Qt::ToolTipRole).toString().contains("\nNot changed: "));
             QVERIFY(!model->index(column_texts().indexOf("a.jpg"), 0).data(Qt::ForegroundRole).isValid());
         }
         if (answer != "Undo Changes") {
