@@ -63,8 +63,7 @@ private slots:
         bus.unregisterService(desktop_service::application_id());
         bus.unregisterObject(desktop_service::object_path(desktop_service::application_id()));
         qDeleteAll(qApp->findChildren<desktop_service*>());
-        delete window;
-        exif_cache::instance()->clear();
+        close_window();
     }
 
 private:

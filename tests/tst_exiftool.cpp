@@ -45,8 +45,7 @@ private slots:
     // the usual time limit.
     void cleanup()
     {
-        delete window;
-        exif_cache::instance()->clear();
+        close_window();
         exiftool::shutdown(true);
         exiftool::set_pool_size(1);
         ondo::next_task_id = 0;

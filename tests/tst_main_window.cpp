@@ -614,7 +614,7 @@ private slots:
         const auto [stored, expected] = fetched<QString, QString>({"stored", "expected"});
         if (!stored.isEmpty())
             QSettings().setValue("lang", stored);
-        window = test_support::open_main_window();
+        make_window();
         QString first_shown;
         QSharedPointer<test_support::seen_box> prompt;
         QTimer::singleShot(0, window, [&]() {
@@ -885,7 +885,7 @@ private slots:
         QCOMPARE(versions, QString("Component: application\tVersion: %1\nComponent: ondo_infrastructure\tVersion: %1\n"
                                    "Component: ondo_toolkit\tVersion: %1\n").arg(revision));
 
-        window = test_support::open_main_window();
+        make_window();
         auto label_texts = [](QDialog* dialog) {
             QStringList texts;
             for (QLabel* label : dialog->findChildren<QLabel*>())

@@ -1,7 +1,6 @@
 #include "test_support.h"
 
 #include "mainwindow.h"
-#include "table_data_model.h"
 
 #include <ondo/application.h>
 #include <ondo/language.h>

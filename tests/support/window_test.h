@@ -23,14 +23,17 @@ private slots:
         QDir(undo_journal::default_folder()).removeRecursively();
         dir = std::make_unique<QTemporaryDir>();
     }
-    void cleanup()
+    void cleanup() { close_window(); }
+    void cleanupTestCase() { ondo::exiftool::shutdown(false); }
+
+protected:
+    // What each test leaves: its window and the tags the window read. A test class with a cleanup()
+    // of its own calls this from it.
+    void close_window()
     {
         delete window;
         exif_cache::instance()->clear();
     }
-    void cleanupTestCase() { ondo::exiftool::shutdown(false); }
-
-protected:
     // Opens the window on `paths` and types `offset` into `field` and `zone` into the zone field.
     void open_with(const QStringList& paths, const QString& zone = {}, const QString& field = "lineedit_hour",
         const QString& offset = "1")
