@@ -30,14 +30,6 @@ QTextEdit* page(const QString& name)
 
 QLineEdit* filter() { return log_window()->findChild<QLineEdit*>(); }
 
-QPushButton* log_button(const QString& text)
-{
-    for (QPushButton* button : log_window()->findChildren<QPushButton*>())
-        if (button->text() == text)
-            return button;
-    return nullptr;
-}
-
 // The lightness of what `widget` shows, averaged into one pixel, 0 to 255.
 int lightness(QWidget* widget)
 {
@@ -178,7 +170,7 @@ private slots:
         QVERIFY(screen.contains(window->frameGeometry()));
         QVERIFY2(lightness(window) < 80, qPrintable(QString::number(lightness(window))));
 
-        log_button("Network report")->click();
+        test_support::button(log_window(), "Network report")->click();
         QTextEdit* report = nullptr;
         QTRY_VERIFY((report = qobject_cast<QTextEdit*>(QApplication::activeModalWidget())));
         auto close_report = qScopeGuard([report] { report->close(); });
@@ -221,7 +213,7 @@ private slots:
         QVERIFY(QFile(home.filePath("Desktop")).open(QIODevice::WriteOnly));
         QSharedPointer<test_support::seen_box> second;
         const auto failed = test_support::answer_next_box("OK", [&](QDialog*) { second = test_support::answer_next_box("OK", {}, 2000); });
-        log_button("Save to disk")->click();
+        test_support::button(log_window(), "Save to disk")->click();
         QCOMPARE(failed->title, QString("Failed to save application logs"));
         QVERIFY(failed->text.startsWith("Can't save the application logs to\nTavimo Log "));
         QVERIFY(second && !second->answered); // one box only
@@ -231,7 +223,7 @@ private slots:
         ondo::application_log::instance()->add_data("second", "second page\n");
         const QString main_text = page("Tavimo")->toPlainText();
         const auto seen = test_support::answer_next_box("OK");
-        log_button("Save to disk")->click();
+        test_support::button(log_window(), "Save to disk")->click();
         QCOMPARE(seen->title, QString("Application logs saved"));
         const QStringList saved = QDir(home.filePath("Desktop")).entryList(QDir::Files);
         QCOMPARE(saved.size(), 1);

@@ -19,19 +19,6 @@ const char* pattern = "%{time hh:mm:ss.zzz} %{if-category}%{category}: %{endif}%
 // No bus, so that no copy elsewhere on this machine takes the names.
 const std::pair<QString, QString> no_bus{"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent"};
 
-// This program again as a child, with `vars` set and `removed` unset, run to its end.
-void run_again(QProcess& child, const QMap<QString, QString>& vars, const QStringList& removed)
-{
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    for (const QString& name : removed)
-        env.remove(name);
-    for (auto it = vars.begin(); it != vars.end(); ++it)
-        env.insert(it.key(), it.value());
-    child.setProcessEnvironment(env);
-    child.start(QCoreApplication::applicationFilePath(), QStringList());
-    QVERIFY(child.waitForFinished(30000));
-}
-
 } // namespace
 
 // The process before and around its window: the message handler and the language, which a fatal
@@ -86,8 +73,11 @@ private slots:
     void fatal_prints_and_aborts()
     {
         const auto [child, platform, line] = fetched<QString, QString, QString>({"child", "platform", "line"});
-        QProcess started;
-        run_again(started, {{"QT_QPA_PLATFORM", platform}, {"TST_FATAL_CHILD", child}}, {"DISPLAY", "WAYLAND_DISPLAY"});
+        QTemporaryDir dir;
+        QProcess started; // this program again; an empty display counts as none
+        test_support::launch(started, "tst_startup", dir.path(),
+            {{"QT_QPA_PLATFORM", platform}, {"TST_FATAL_CHILD", child}, {"DISPLAY", ""}, {"WAYLAND_DISPLAY", ""}});
+        QVERIFY(started.waitForFinished(30000));
         QCOMPARE(started.exitStatus(), QProcess::CrashExit);
         // On Unix a crashed child's exit code is the signal that ended it: Qt's abort, not a
         // segmentation fault in a box.
@@ -118,8 +108,9 @@ private slots:
         if (!stored.isEmpty())
             QSettings(store, QSettings::IniFormat).setValue("lang", stored);
         QProcess child;
-        run_again(child, {{"TAVIMO_PRINT_LANGUAGE", "1"}, {"LC_ALL", system_locale}, {"XDG_CONFIG_HOME", config.path()}},
-                  {"LANGUAGE"});
+        test_support::launch(child, "tst_startup", config.path(), {{"TAVIMO_PRINT_LANGUAGE", "1"},
+            {"LC_ALL", system_locale}, {"LANGUAGE", ""}, {"XDG_CONFIG_HOME", config.path()}});
+        QVERIFY(child.waitForFinished(30000));
         QTEST(QString::fromUtf8(child.readAllStandardOutput()).trimmed(), "expected");
         // The answer is never written back.
         QCOMPARE(QSettings(store, QSettings::IniFormat).value("lang").toString(), stored);

@@ -308,10 +308,10 @@ bool drop_urls(QWidget* window, const QList<QUrl>& urls)
     return enter.isAccepted() && drop.isAccepted();
 }
 
-QPushButton* button(QWidget* window, const QString& tool_tip)
+QPushButton* button(QWidget* window, const QString& label)
 {
     for (QPushButton* candidate : window->findChildren<QPushButton*>())
-        if (candidate->toolTip() == tool_tip)
+        if (candidate->toolTip() == label || candidate->text() == label)
             return candidate;
     return nullptr;
 }

@@ -88,7 +88,8 @@ void tag_files(const QList<QPair<QString, exif_tag_map>>& files);
 MainWindow* open_main_window();
 // Drags `urls` onto the window's drop area and drops them; true when the drop was taken.
 bool drop_urls(QWidget* window, const QList<QUrl>& urls);
-QPushButton* button(QWidget* window, const QString& tool_tip);
+// The button of `window` whose tool tip or text is `label`.
+QPushButton* button(QWidget* window, const QString& label);
 
 struct seen_box {
     bool answered = false;
