@@ -408,51 +408,30 @@ private slots:
         QCOMPARE(note->text(), QString());
     }
 
-    // The window closed during a run: the run goes on to its last file, the window goes after it.
-    void closing_during_a_run_data()
+    // The window closed during a run: the run goes on to its last file, the window goes after it. Or
+    // the table re-sorted between two files: the run still writes each file once. Either way its
+    // dialog goes, as after an empty load and after a run whose last row had no time to write.
+    void closing_or_resorting_during_a_run_data()
     {
-        QTest::addColumn<QString>("run");
+        test_support::columns<QString, QString>({"run", "during"});
         for (const char* run : {"load", "fix", "undo"})
-            QTest::newRow(run) << QString(run);
+            QTest::addRow("%s, closing", run) << QString(run) << "closing";
+        QTest::newRow("fix, resorting") << "fix" << "resorting";
     }
 
-    void closing_during_a_run()
+    void closing_or_resorting_during_a_run()
     {
-        QFETCH(QString, run);
-        const QStringList paths = make_photos(6);
+        const auto [run, during] = fetched<QString, QString>({"run", "during"});
+        const QStringList paths = make_photos(6), loaded = paths + QStringList{dir->filePath("zz missing.jpg")};
         QGuiApplication::setQuitOnLastWindowClosed(false);
-        open_with(run == "load" ? QStringList() : paths);
+        open_with({});
+        for (QProgressDialog* dialog : window->findChildren<QProgressDialog*>())
+            QVERIFY(!dialog->isVisible());
+        if (run != "load")
+            window->load_files(loaded);
         window->setAttribute(Qt::WA_DeleteOnClose, true);
         if (run == "undo")
             tip_button(fix_tip)->click();
-        QTimer::singleShot(0, window.data(), [this] { window->close(); });
-        if (run == "load")
-            window->load_files(paths);
-        else
-            tip_button(run == "fix" ? fix_tip : undo_tip)->click();
-        QVERIFY(window); // still there when the run returns
-        QVERIFY(!window->isVisible());
-        QCOMPARE(rows(), paths.size());
-        for (const QString& path : paths)
-            QCOMPARE(read_back(path).at("ExifIFD:DateTimeOriginal"), with_times(run == "fix" ? "@" : "#"));
-        QTRY_VERIFY(!window);
-        QGuiApplication::setQuitOnLastWindowClosed(true);
-        // A fix the closing window cuts short ends without the user's word: its journal stays for the next start.
-        QCOMPARE(journals().size(), int(run == "fix"));
-    }
-
-    // Re-sorting between two files: the run still writes each file once, and its dialog goes, as
-    // after an empty load and after a run whose last row had no time to write.
-    void runs_survive_resorting_and_hide_their_dialogs()
-    {
-        const QStringList paths = make_photos(6);
-        window = open_main_window();
-        window->load_files({});
-        for (QProgressDialog* dialog : window->findChildren<QProgressDialog*>())
-            QVERIFY(!dialog->isVisible());
-        window->load_files(paths + QStringList{dir->filePath("zz missing.jpg")});
-        QTest::keyClicks(window->findChild<QLineEdit*>("lineedit_hour"), "1");
-
         auto* header = table()->horizontalHeader();
         int clicks = 0;
         QTimer resort;
@@ -460,14 +439,27 @@ private slots:
             QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, QPoint(header->sectionViewportPosition(0) + 5, 5));
             ++clicks;
         });
-        resort.start(0);
-        tip_button(fix_tip)->click();
+        if (during == "resorting")
+            resort.start(0);
+        else
+            QTimer::singleShot(0, window.data(), [this] { window->close(); });
+        if (run == "load")
+            window->load_files(loaded);
+        else
+            tip_button(run == "fix" ? fix_tip : undo_tip)->click();
         resort.stop();
-        QVERIFY(clicks >= 2);
+        QVERIFY(window); // still there when the run returns
+        QCOMPARE(window->isVisible(), during == "resorting");
+        QVERIFY(during == "closing" || clicks >= 2);
+        QCOMPARE(rows(), loaded.size());
         for (const QString& path : paths)
-            QCOMPARE(read_back(path).at("ExifIFD:DateTimeOriginal"), with_times("@"));
+            QCOMPARE(read_back(path).at("ExifIFD:DateTimeOriginal"), with_times(run == "fix" ? "@" : "#"));
         for (QProgressDialog* dialog : window->findChildren<QProgressDialog*>())
             QVERIFY(!dialog->isVisible());
+        QTRY_VERIFY(during == "resorting" || !window);
+        QGuiApplication::setQuitOnLastWindowClosed(true);
+        // A fix the closing window cuts short ends without the user's word: its journal stays for the next start.
+        QCOMPARE(journals().size(), int(run == "fix" && during == "closing"));
     }
 
     // A run that died: this program crashing (written -1) or a made journal. The next start counts what
