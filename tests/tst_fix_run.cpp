@@ -487,7 +487,13 @@ private slots:
         const auto [photos, written, confirmed, answer] =
             fetched<int, int, int, QString>({"photos", "written", "confirmed", "answer"});
         QFETCH(QString, trouble);
-        const QStringList paths = make_photos(photos, written < 0 ? "" : ";IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05+02:00");
+        // XMP without a toolkit's name: the fix leaves none, which a crashed run's journal notes as null.
+        QStringList paths = make_photos(photos, written < 0 ? ";XMP-exif:DateTimeOriginal=#;XMP-x:XMPToolkit="
+                                                            : ";IPTC:DateCreated=2017:06:21;IPTC:TimeCreated=18:30:05+02:00");
+        // The first photo's name holds every kind of character a journal line must carry.
+        const QString odd = dir->filePath(QString::fromUtf8("a q\"b\\s\x01\x1f\t\x7f \xc3\xa9 \xf0\x9f\x93\xb7 \\u0041 }].jpg"));
+        QVERIFY(QFile::rename(paths[0], odd));
+        paths[0] = odd;
         const auto before = listings(dir->path());
         QMap<QString, qint64> loaded_ns; // by name: an undo gives the time back to the nanosecond
         for (const QString& path : paths)
@@ -605,43 +611,6 @@ private slots:
         QVERIFY2(again->text.contains("changed: 1\nPhotos it had not written yet: 0\n"), qPrintable(again->text));
         QVERIFY(journals().isEmpty());
         QVERIFY(listings(dir->path()) == before);
-    }
-
-    // Any name and any text reach the journal as lines that read back as they were written.
-    void journal_lines_keep_every_character()
-    {
-        const QString odd = QString::fromUtf8("q\"b\\s\x01\x1f\t\r\x7f \xc3\xa9 \xf0\x9f\x93\xb7 \\u0041 }]");
-        const QString path = dir->filePath(odd + "\n.jpg");
-        QVERIFY(QFile(path).open(QIODevice::WriteOnly));
-        const file_identity identity = file_identity::of(path);
-        {
-            undo_journal journal(undo_journal::default_folder());
-            QVERIFY(journal.begin_run());
-            const QList<undo_entry> undo = {{"XMP-dc:Title", true, odd, odd, true},
-                                            {"IPTC:TimeCreated", false, {}, {}, true},
-                                            {"ExifIFD:DateTimeOriginal", true, "2017:06:21 18:30:05"}};
-            QVERIFY(journal.add(path, identity, undo));
-            journal.written(path, true, identity);
-            journal.written(odd, false);
-        }
-        QStringList read;
-        for (const QByteArray& line : contents(first_journal()).split('\n')) {
-            QJsonParseError error{};
-            const QJsonObject record = QJsonDocument::fromJson(line, &error).object();
-            read << (line.isEmpty() ? "end" : error.error ? error.errorString() : record.keys().join(','));
-            for (const QJsonValue& entry : record.value("undo").toArray()) {
-                const QJsonValue written = entry.toObject().value("written");
-                read << entry.toObject().value("value").toString()
-                     << (written.isNull() ? "null" : written.isUndefined() ? "none" : written.toString());
-            }
-            for (const char* key : {"photo", "written", "failed"})
-                if (record.value(key).isString())
-                    read << record.value(key).toString();
-        }
-        const QString identity_keys = "device,inode,link,modified_ns,";
-        QCOMPARE(read, QStringList({"journal,version", identity_keys + "photo,size,type,undo", odd, odd, "", "null",
-                                    "2017:06:21 18:30:05", "none", path, identity_keys + "size,type,written", path,
-                                    "failed", odd, "end"}));
     }
 
     void the_undo_gives_back_the_fraction_data()
