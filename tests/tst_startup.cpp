@@ -9,7 +9,6 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
-using test_support::child_of;
 using test_support::fetched;
 
 namespace {
@@ -121,6 +120,11 @@ private slots:
         const char* window = "visible: MainWindow 800x700";
         row("offscreen named", "tavimo_look", "offscreen", {}, "en", 0, window, "");
         row("offscreen on the command line", "tavimo_look", "", {"-platform", "offscreen"}, "en", 0, window, "");
+        // Two p000.jpg show their folders (the test's own is named tst_startup-XXXXXX); a name that is
+        // nothing is told in a box.
+        row("a relative name, a folder and a name that is nothing", "tavimo_look", "offscreen",
+            {"p000.jpg", "album", "nothing here.jpg"}, "en", 0, "visible: ondo::message_box|row: album/p000.jpg|"
+            "row: %dir/p000.jpg|row: p001.jpg", "");
     }
 
     void without_a_display()
@@ -129,43 +133,31 @@ private slots:
         test_support::fake_perl perl;
         QTemporaryDir dir;
         QSettings(dir.filePath("home/.config/Velmora/Tavimo.conf"), QSettings::IniFormat).setValue("lang", lang);
+        const QStringList arguments = fetched<QStringList>("arguments");
+        if (arguments.contains("album")) {
+            QVERIFY(QDir(dir.path()).mkdir("album"));
+            test_support::photos(dir.path(), 1);
+            test_support::photos(dir.filePath("album"), 2);
+        }
         const QString runtime = dir.filePath("runtime");
         QVERIFY(QDir().mkpath(runtime) && ::chmod(QFile::encodeName(runtime).constData(), 0700) == 0);
         // Empty counts as unset, for the program and for Qt.
         QProcess started;
         test_support::launch(started, program, dir.path(), {{"DISPLAY", ""}, {"WAYLAND_DISPLAY", ""},
-            {"QT_QPA_PLATFORM", platform}, {"XDG_RUNTIME_DIR", runtime}, {"TAVIMO_LOOK_QUIT_AFTER_MS", "1000"},
-            no_bus}, fetched<QStringList>("arguments"));
+            {"QT_QPA_PLATFORM", platform}, {"XDG_RUNTIME_DIR", runtime}, {"TAVIMO_LOOK_QUIT_AFTER_MS", "3000"},
+            no_bus}, arguments);
         QVERIFY(started.waitForFinished(30000));
 
         QCOMPARE(started.exitStatus(), QProcess::NormalExit);
         QTEST(started.exitCode(), "exit_code");
         const QString printed = QString::fromUtf8(started.readAllStandardOutput());
-        QVERIFY2(printed.contains(fetched<QString>("out")) && !printed.contains("Warning:"), qPrintable(printed));
+        // No warning but the offscreen platform's own when a box shows.
+        const QRegularExpression warning("^Warning: (?!\\S+ This plugin does not support propagateSizeHints)",
+                                         QRegularExpression::MultilineOption);
+        for (const QString& part : fetched<QString>("out").replace("%dir", QFileInfo(dir.path()).fileName()).split('|'))
+            QVERIFY2(printed.contains(part) && !printed.contains(warning), qPrintable(part + "\n" + printed));
         QTEST(QString::fromUtf8(started.readAllStandardError()), "err");
-        QVERIFY(perl.starts().isEmpty());
-    }
-
-    // A relative name, a folder that holds it and one more, and a name that is nothing.
-    void names_on_the_command_line()
-    {
-        QTemporaryDir dir;
-        QVERIFY(QDir(dir.path()).mkdir("album"));
-        test_support::photos(dir.path(), 1);
-        test_support::photos(dir.filePath("album"), 2);
-        QProcess program;
-        test_support::launch(program, "tavimo_look", dir.path(), {{"TAVIMO_LOOK_QUIT_AFTER_MS", "5000"}, no_bus},
-            {"p000.jpg", "album", "nothing here.jpg"});
-        QTRY_VERIFY_WITH_TIMEOUT(child_of(program.processId()) != 0, 30000);
-        QVERIFY(program.waitForFinished(30000));
-        QCOMPARE(program.exitCode(), 0);
-        const QString out = QString::fromUtf8(program.readAllStandardOutput());
-        QStringList rows = out.split('\n').filter(QRegularExpression("^row: "));
-        rows.sort();
-        // The two p000.jpg show their folders (this one's is named tst_startup-XXXXXX).
-        const QString here = "row: " + QFileInfo(dir.path()).fileName() + "/p000.jpg";
-        QCOMPARE(rows, (QStringList{"row: album/p000.jpg", "row: p001.jpg", here}));
-        QVERIFY2(out.contains("visible: ondo::message_box"), qPrintable(out));
+        QCOMPARE(perl.starts().isEmpty(), !arguments.contains("album"));
     }
 
     // Weston's headless backend has no seat: every key comes from the driver. The program loads a photo,
