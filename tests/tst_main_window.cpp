@@ -36,8 +36,6 @@ const QString ctrl_en = "Cmd", ctrl_de = "Cmd";
 const QString ctrl_en = "Ctrl", ctrl_de = "Strg";
 #endif
 
-QString read_all(const QString& path) { return QString::fromUtf8(test_support::contents(path)); }
-
 // A report of the zone field alone: whether it holds a zone, and that zone in hours.
 offset zone(bool stated, double hours) { return offset{0, 0, 0, 0, 0, 0, stated, hours}; }
 
@@ -591,7 +589,7 @@ private slots:
     void german_is_polite()
     {
         QFETCH(QString, file);
-        const QString text = read_all(QFINDTESTDATA("../" + file));
+        const QString text = QString::fromUtf8(test_support::contents(QFINDTESTDATA("../" + file)));
         QVERIFY2(!text.isEmpty(), qPrintable(file));
         const QRegularExpression familiar("\\b(du|dich|dir|dein\\w*|[Kk]licke|[Dd]rücke|[Zz]iehe|[Ww]ähle|[Tt]rage)\\b",
                                           QRegularExpression::UseUnicodePropertiesOption);
@@ -729,7 +727,7 @@ private slots:
         const QString path = QDir::tempPath() + QString("/tavimo_help_%1.html").arg(lang);
         // Three slashes before /tmp.
         QCOMPARE(QUrl::toStringList(catcher.urls, QUrl::None), QStringList("file://" + path));
-        const QString text = read_all(path);
+        const QString text = QString::fromUtf8(test_support::contents(path));
         QVERIFY(help[0].isEmpty() ? text.isEmpty() : text.contains(help[0]));
         for (const QString other : {"Cmd", "Ctrl", "Strg"})
             QVERIFY2(other == ctrl_en || other == ctrl_de || !text.contains(other), qPrintable(other));
